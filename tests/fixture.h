@@ -1,0 +1,67 @@
+#ifndef KWINSTUTIL_TESTS_FIXTURE_H_
+#define KWINSTUTIL_TESTS_FIXTURE_H_
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// A test with a temporary directory of its own and an environment that is put back afterwards.
+///
+/// The message catalog in use gives each key of the English catalog the text
+/// KEY|{1}|{2}|{3}|{4}, so a test reads key and parameters from the message itself: see Message().
+class Fixture : public ::testing::Test {
+ protected:
+  Fixture();
+  ~Fixture() override;
+
+  /// The full path of `relative` in the test's directory.
+  std::string Path(const std::string& relative) const { return dir_ + "/" + relative; }
+
+  /// Makes a file, and the directories that it needs. Returns its full path.
+  std::string Write(const std::string& relative, std::string_view content = "") const;
+
+  /// Makes a directory, and those above it. Returns its full path.
+  std::string MakeDir(const std::string& relative) const;
+
+  /// Sets a variable until the test ends; a null `value` unsets it.
+  void SetEnv(const std::string& name, const char* value);
+
+  std::string dir_;  ///< the test's directory, readable by everyone
+
+ private:
+  std::map<std::string, std::optional<std::string>> environment_;  ///< values before the test
+};
+
+/// The content of a file, or "(no file)".
+std::string Read(const std::string& path);
+
+bool Exists(const std::string& path);
+
+/// The message that the test catalog makes of a key and up to four parameters.
+std::string Message(const std::string& key, const std::string& p1 = "", const std::string& p2 = "",
+                    const std::string& p3 = "", const std::string& p4 = "");
+
+/// Runs `body` in a child process that has become `nobody` when the tests run as root, since root
+/// may do everything. The expectations in `body` count for the calling test.
+void AsNobody(const std::function<void()>& body);
+
+/// What `body` prints on a standard stream (1 or 2).
+std::string Captured(int descriptor, const std::function<void()>& body);
+
+/// A path as the exported functions take it; some shorten it in place.
+class CharPath {
+ public:
+  explicit CharPath(std::string text) : text_(std::move(text)) {}
+  // Stands for the char* that it is passed as.
+  operator char*() { return text_.data(); }  // NOLINT(google-explicit-constructor)
+  std::string str() const { return text_.c_str(); }
+
+ private:
+  std::string text_;
+};
+
+#endif  // KWINSTUTIL_TESTS_FIXTURE_H_
