@@ -1,0 +1,61 @@
+#ifndef QTOCLIB_TABLE_H_
+#define QTOCLIB_TABLE_H_
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "qtoclib/TEVINSToc.h"
+
+namespace kwinst {
+
+constexpr int kTypes = 6;
+constexpr int kKinds = 10;
+
+/// One package: one line of a table.
+struct Package {
+  TEVINSType type;
+  TEVINSPkg kind;
+  std::string name;
+};
+
+}  // namespace kwinst
+
+/// The content of a table file.
+struct TEVINSToc::Table {
+  /// Reads a table file. What cannot be read goes to the information text; a file that does not
+  /// exist is an empty table where it `may_be_missing`.
+  static std::unique_ptr<Table> Read(const std::string& path, bool may_be_missing);
+
+  /// The indices of the packages of a kind and type, or null when there is no such kind or type.
+  const std::vector<uint32_t>* Find(TEVINSPkg kind, TEVINSType type) const;
+
+  /// True when a package of that type and name is in the table, whatever its kind.
+  bool Has(TEVINSType type, std::string_view name) const;
+
+  std::string path;
+  std::deque<kwinst::Package> packages;  ///< in the order of the file; large, so never moved
+  std::optional<std::string> os;
+  std::optional<std::string> ga;
+  std::optional<int> service_pack_level;  ///< the highest
+  std::optional<uint32_t> last_hot_fix;   ///< its index
+  int hot_fix_level = 0;                  ///< of the last hot fix
+
+ private:
+  /// Adds the package of a line. Returns what is wrong with the line, or null.
+  const char* Add(std::string_view line);
+
+  std::array<std::array<std::vector<uint32_t>, kwinst::kKinds>, kwinst::kTypes> indices_;
+
+  // The names of each type. Made when they are first asked for: the table of a medium never is.
+  using Names = std::array<std::unordered_set<std::string_view>, kwinst::kTypes>;
+  mutable std::optional<Names> names_;
+};
+
+#endif  // QTOCLIB_TABLE_H_
