@@ -1,0 +1,10 @@
+#ifndef KWINSTUTIL_KWINSTUTIL_H_
+#define KWINSTUTIL_KWINSTUTIL_H_
+
+/// The whole exported interface. All functions are called from one thread, and none throws.
+
+#include "kwinstutil/checks.h"
+#include "kwinstutil/report.h"
+#include "kwinstutil/toc.h"
+
+#endif  // KWINSTUTIL_KWINSTUTIL_H_

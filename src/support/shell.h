@@ -1,0 +1,25 @@
+#ifndef KWINSTUTIL_SUPPORT_SHELL_H_
+#define KWINSTUTIL_SUPPORT_SHELL_H_
+
+#include <cstdio>
+#include <memory>
+#include <string>
+
+namespace kwinst {
+
+/// Runs `command` through the system shell and returns what system(3) does.
+int RunShell(const std::string& command);
+
+struct PipeCloser {
+  void operator()(std::FILE* pipe) const { pclose(pipe); }
+};
+
+/// The output of a shell command that runs; closing it waits for the command's end.
+using ShellOutput = std::unique_ptr<std::FILE, PipeCloser>;
+
+/// Starts `command` through the system shell. Null when that fails.
+ShellOutput OpenShell(const std::string& command);
+
+}  // namespace kwinst
+
+#endif  // KWINSTUTIL_SUPPORT_SHELL_H_
