@@ -4,6 +4,7 @@
 /// The whole exported interface. All functions are called from one thread, and none throws.
 
 #include "kwinstutil/checks.h"
+#include "kwinstutil/dirs.h"
 #include "kwinstutil/report.h"
 #include "kwinstutil/toc.h"
 

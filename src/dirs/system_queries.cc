@@ -1,0 +1,99 @@
+#include <kb0core/TEVEnvironment.h>
+#include <kb0core/TEVFile.h>
+#include <pwd.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <iomanip>
+#include <string>
+
+#include "kwinstutil/dirs.h"
+#include "report/message.h"
+#include "support/shell.h"
+#include "support/tree_paths.h"
+
+namespace {
+
+constexpr size_t kPathSize = 1024;
+
+/// Reads the first line of the pointer file `name` in `dir` into `result` of kPathSize bytes.
+int ReadPointerFile(const char* dir, const char* name, char* result) {
+  if (dir == nullptr || result == nullptr) return -10;
+  result[0] = '\0';
+  const std::string path = kwinst::JoinPath(dir, name);
+  if (TEVFileAccess(path.c_str(), 0) != 0) return -1;
+  std::ifstream file(path);
+  if (!file.good()) return -1;
+  file.getline(result, kPathSize);
+  return file.bad() ? -1 : 1;
+}
+
+/// Blocks of `size` bytes in kilobytes, computed in the order that avoids an overflow.
+unsigned long long Kilobytes(unsigned long long size, unsigned long long blocks) {
+  if (size >= 1024) return size / 1024 * blocks;
+  if (blocks >= 1024) return blocks / 1024 * size;
+  return size * blocks / 1024;
+}
+
+}  // namespace
+
+int TEVInsComputeAvailSpace(const char* path, unsigned int* availableKB,
+                            TEVUnicodeString* message) noexcept {
+  const kwinst::MessageFrame frame;
+  const char* measured = path;
+  char examined[kPathSize] = "";
+  if (TEVFileAccess(path, 0) != 0) {
+    std::string copy = path;
+    TEVInsCheckAccessDir(copy.data(), examined);
+    measured = examined;
+  }
+  struct statvfs info {};
+  if (statvfs(measured, &info) != 0) {
+    const char* reason = std::strerror(errno);
+    *message = frame.Build("ErrWndAvailSpace", {measured, reason});
+    return -1;
+  }
+  *availableKB = static_cast<unsigned int>(Kilobytes(info.f_frsize, info.f_bavail));
+  return 0;
+}
+
+int TEVInsGetCodeDir(char* dir, char* result) noexcept {
+  return ReadPointerFile(dir, "CodeDir.txt", result);
+}
+
+int TEVInsGetZEBDir(char* dir, char* result) noexcept {
+  return ReadPointerFile(dir, "ZEBDir.txt", result);
+}
+
+void TEVInsReadOSFile(const char* dir, int index, char* result) noexcept {
+  if (dir == nullptr || result == nullptr || index < 1 || index > 4) return;
+  if (TEVFileAccess(dir, 0) != 0) return;
+  std::ifstream file(kwinst::JoinPath(dir, "OSUNIX"));
+  if (!file.good()) return;
+  char words[4][16] = {};
+  for (char(&word)[16] : words) file >> std::setw(sizeof(word)) >> word;
+  std::strcpy(result, words[index - 1]);
+}
+
+void TEVInsGetTempDir(char* result) noexcept {
+  if (result != nullptr) std::strcpy(result, "/tmp");
+}
+
+int TEVInsIsRoot() noexcept {
+  const char* home = TEVGetEnv("HOME");
+  const passwd* root = getpwnam("root");
+  return root != nullptr && home != nullptr && std::strcmp(home, root->pw_dir) == 0 ? 1 : 0;
+}
+
+int executeCmd(char* command, char* output, int size) noexcept {
+  const size_t room = size > 0 ? static_cast<size_t>(size) : 0;
+  if (output != nullptr) std::memset(output, 0, room);
+  const kwinst::ShellOutput pipe = kwinst::OpenShell(command);
+  if (pipe == nullptr) return -1;
+  sleep(1);
+  if (output != nullptr) std::fread(output, 1, room, pipe.get());
+  return 0;
+}
