@@ -3,8 +3,11 @@
 
 /// The whole exported interface. All functions are called from one thread, and none throws.
 
+#include "kwinstutil/actions.h"
 #include "kwinstutil/checks.h"
 #include "kwinstutil/dirs.h"
+#include "kwinstutil/files.h"
+#include "kwinstutil/lang.h"
 #include "kwinstutil/report.h"
 #include "kwinstutil/toc.h"
 

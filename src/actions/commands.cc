@@ -1,0 +1,83 @@
+#include <kb0core/TEVFile.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "kwinstutil/actions.h"
+#include "report/message.h"
+#include "support/format.h"
+#include "support/shell.h"
+
+using kwinst::Format;
+using kwinst::MessageFrame;
+
+namespace {
+
+/// Writes `text` and a newline to `path`. False when any of it could not be stored.
+bool WriteLine(const char* path, const char* text) {
+  std::FILE* file = nullptr;
+  if (TEVFOpen(path, "w", &file) != 0) return false;
+  const bool written = std::fprintf(file, "%s\n", text) >= 0 && std::fflush(file) == 0;
+  return TEVFClose(file) == 0 && written;
+}
+
+/// Appends the file `from` to `to` with `command`. When that fails, as on a full disk, `to` is cut
+/// back to its former length. False on failure.
+bool AppendWhole(const std::string& command, const char* to) {
+  TEVFileInfo before;
+  TEVGetFileInfo(to, &before);
+  if (kwinst::RunShell(command) == 0) return true;
+
+  TEVFileInfo after;
+  if (TEVGetFileInfo(to, &after) == 0 && after.size > before.size) {
+    // Nothing is left to be done for a file that cannot be cut back.
+    [[maybe_unused]] const int cut = truncate(to, before.size);
+  }
+  return false;
+}
+
+}  // namespace
+
+int TEVInsCommande(char* command, TEVUnicodeString* message) noexcept {
+  if (command == nullptr) return -10;
+  const MessageFrame frame;
+  if (kwinst::RunShell(command) != 0) {
+    *message = frame.Build("ErrCmdFailed", {command});
+    return -1;
+  }
+  *message = frame.Build("CmdSuccessful", {command});
+  return 1;
+}
+
+int TEVInsUpdate(char* from, char* to, TEVUnicodeString* message) noexcept {
+  if (from == nullptr || to == nullptr) return -10;
+  const MessageFrame frame;
+  if (TEVFileAccess(from, 0) == -1) {
+    *message = frame.Build("ErrFileNotExist", {from});
+    return -1;
+  }
+  const std::string command = Format("cat %s >> %s", from, to);
+  if (!AppendWhole(command, to)) {
+    *message = frame.Build("ErrCmdFailed", {command.c_str()});
+    return -1;
+  }
+  // This function's success key has one "s": catalogs have always had both spellings.
+  *message = frame.Build("CmdSucessful", {command.c_str()});
+  return 1;
+}
+
+int TEVInsCopyInstall(char* from, char* to, TEVUnicodeString* message) noexcept {
+  if (from == nullptr || to == nullptr) return -10;
+  return TEVInsCommande(Format("cp %s %s", from, to).data(), message);
+}
+
+int TEVInsCreateFile(char* path, char* text, TEVUnicodeString* message) noexcept {
+  if (path == nullptr || text == nullptr) return -10;
+  const MessageFrame frame;
+  if (!WriteLine(path, text)) {
+    *message = frame.Build("CreateFile_KO", {path});
+    return -1;
+  }
+  *message = frame.Build("CreateFile_OK", {path});
+  return 1;
+}
