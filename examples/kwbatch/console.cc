@@ -1,0 +1,51 @@
+#include "console.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+void Print(const std::string& text, std::FILE* stream) {
+  std::fputs(text.c_str(), stream);
+  if (text.empty() || text.back() != '\n') std::fputc('\n', stream);
+  std::fflush(stream);
+}
+
+}  // namespace
+
+void RequirePlainWord(const std::string& what, const std::string& word) {
+  const auto plain = [](unsigned char c) {
+    return c >= 0x80 || std::isalnum(c) != 0 || std::strchr("/._-+,=@%:", c) != nullptr;
+  };
+  if (!word.empty() && word[0] != '-' && std::all_of(word.begin(), word.end(), plain)) return;
+  throw Refusal("The " + what + " \"" + word +
+                "\" cannot be used: it is empty, starts with \"-\", or holds blanks or characters "
+                "that mean something to the shell.\n");
+}
+
+void Say(const std::string& text) { Print(text, stdout); }
+
+void Complain(const std::string& text) { Print(text, stderr); }
+
+Progress::Progress(size_t steps) : steps_(steps), terminal_(isatty(STDOUT_FILENO) != 0) {}
+
+Progress::~Progress() {
+  if (terminal_ && begun_ > 0) Say("");
+}
+
+void Progress::Begin(const std::string& step) {
+  constexpr size_t kWidth = 30;
+  ++begun_;
+  if (!terminal_) {
+    std::printf("  %zu of %zu: %s\n", begun_, steps_, step.c_str());
+  } else {
+    const std::string bar(kWidth * begun_ / steps_, '#');
+    // Clears what a longer name left behind.
+    std::printf("\r  [%-*s] %zu of %zu: %s\x1b[K", static_cast<int>(kWidth), bar.c_str(), begun_,
+                steps_, step.c_str());
+  }
+  std::fflush(stdout);
+}

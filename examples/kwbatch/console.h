@@ -1,0 +1,44 @@
+#ifndef KWBATCH_CONSOLE_H_
+#define KWBATCH_CONSOLE_H_
+
+#include <kb0core/TEVUnicodeString.h>
+
+#include <stdexcept>
+#include <string>
+
+/// Ends the command with exit status 1; what() is told to the user.
+struct Refusal : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+/// A refusal in the library's own words.
+inline Refusal Refused(const TEVUnicodeString& message) { return Refusal(message.ConvertToChar()); }
+
+/// Refuses a name or path that the shell would read as more than one plain word: the library hands
+/// paths to the shell unquoted.
+void RequirePlainWord(const std::string& what, const std::string& word);
+
+/// Prints a library message or a line of our own, with a newline at its end.
+void Say(const std::string& text);
+
+/// The same on standard error.
+void Complain(const std::string& text);
+
+/// How far a number of steps has come: a bar on a terminal, a line for each step elsewhere.
+class Progress {
+ public:
+  explicit Progress(size_t steps);
+  ~Progress();
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  /// The next step begins.
+  void Begin(const std::string& step);
+
+ private:
+  size_t steps_;
+  size_t begun_ = 0;
+  bool terminal_;
+};
+
+#endif  // KWBATCH_CONSOLE_H_

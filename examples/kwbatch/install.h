@@ -1,0 +1,17 @@
+#ifndef KWBATCH_INSTALL_H_
+#define KWBATCH_INSTALL_H_
+
+#include <string>
+
+struct InstallOptions {
+  std::string medium;
+  std::string target;
+  std::string os;       ///< the only system to install; empty for all that the medium has
+  int languages = 127;  ///< language mask
+};
+
+/// Installs a general-availability medium: every code package that the target does not have yet.
+/// Throws a Refusal.
+void Install(InstallOptions options);
+
+#endif  // KWBATCH_INSTALL_H_

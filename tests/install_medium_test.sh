@@ -1,0 +1,148 @@
+#!/usr/bin/env bash
+# install_medium_test.sh BUILDDIR SOURCEDIR: installs the sample media with kwbatch, as a user does.
+set -euo pipefail
+export LC_ALL=C TEVMsgCatalogPath=$2/resources/msgcatalog
+umask 022
+kwbatch=$1/examples/kwbatch/kwbatch
+make_media=$2/examples/sample-medium/make-media.sh
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+fail() {
+  printf 'FAILED: %s\n' "$*" >&2
+  [[ ! -f $work/output ]] || sed 's/^/  | /' "$work/output" >&2
+  exit 1
+}
+
+# expect_exit STATUS COMMAND...: what the command prints is left in $work/output.
+expect_exit() {
+  local want=$1 got=0
+  shift
+  "$@" >"$work/output" 2>&1 || got=$?
+  ((got == want)) || fail "exit $got instead of $want: $*"
+}
+
+# expect_refusal TEXT ARGUMENT...: an installation that fails with a message that holds the text.
+expect_refusal() {
+  expect_exit 1 "$kwbatch" install "${@:2}" --scratch "$work/scratch"
+  grep -qF -- "$1" "$work/output" || fail "no '$1' in the message about ${*:2}"
+}
+
+new_scratch() {
+  rm -rf "$work/scratch"
+  mkdir "$work/scratch"
+  touch "$work/scratch/services" "$work/scratch/inetd.conf"
+}
+
+# component_files TABLE SUFFIX: the files control/NAMESUFFIX of the components in the table.
+component_files() { cut -d : -f 3 "$1" | sed "s|.*|control/&$2|" | xargs cat; }
+
+# check_system DIRECTORY PATTERN: every listed file is as listed, and of the others only those
+# that the pattern names are there.
+check_system() {
+  cd "$1"
+  component_files control/PRESENT '' | paste -d ' ' - - | sort >"$work/listed"
+  cut -d ' ' -f 1 "$work/listed" >"$work/paths"
+  xargs stat -c '%n %a %s' <"$work/paths" >"$work/found"
+  xargs cksum <"$work/paths" | cut -d ' ' -f 1 | paste -d ' ' "$work/found" - |
+    diff "$work/listed" - || fail "files in $1 that differ from their manifest"
+  find . -type f -printf '%P\n' | grep -vxFf "$work/paths" |
+    grep -vxE "NLS.txt|control/[A-Za-z]+|$2" >"$work/output" || true
+  [[ ! -s $work/output ]] || fail "files in $1 that should not be there"
+  component_files "$medium/${1##*/}/TOC" .toc | cmp - control/PRESENT ||
+    fail "$1/control/PRESENT is not the components' tables"
+  cd "$work"
+}
+
+check_media_are_reproducible() {
+  (umask 077 && TZ=Asia/Tokyo "$make_media" "$work/again")
+  diff -r "$work/media" "$work/again" || fail 'two sample media differ'
+}
+
+check_two_systems() {
+  local tree=$work/tree os languages='resources/msgcatalog/(French|Japanese)/[A-Za-z]+\.msg'
+  new_scratch
+  expect_exit 0 "$kwbatch" install "$medium" "$tree" --languages French,Japanese \
+    --scratch "$work/scratch"
+  cmp "$medium/OSUNIX" "$tree/OSUNIX" || fail 'OSUNIX'
+  [[ ! -e $tree/ErrorTar.log ]] || fail 'ErrorTar.log is left behind'
+  for os in aix_a solaris_a; do
+    check_system "$tree/$os" "$languages"
+    (($(find "$tree/$os" | grep -cE "$languages") == 2 * $(wc -l <"$medium/$os/TOC"))) ||
+      fail "catalogs of the chosen languages are missing in $os"
+    printf 'French\nJapanese\n\n' | cmp - "$tree/$os/NLS.txt" || fail "$os/NLS.txt"
+  done
+  (($(grep -cxE '={58}' "$work/scratch/kwinst.log") == 2)) ||
+    fail 'kwinst.log lacks its banner or its closing line'
+}
+
+check_one_system_with_fonts() {
+  new_scratch
+  expect_exit 0 "$kwbatch" install "$medium" "$work/one" --os solaris_a --languages none --fonts \
+    --scratch "$work/scratch"
+  [[ $(<"$work/one/OSUNIX") == solaris_a && ! -e $work/one/aix_a ]] || fail 'more than one system'
+  check_system "$work/one/solaris_a" 'resources/fonts/Stroke/(SICH|TRCH|KANJ|KOHG|SSS4)\.font'
+  (($(find "$work/one" -name '*.font' | wc -l) == 6)) || fail 'fonts are missing'
+}
+
+check_refusals() {
+  mkdir "$work/empty"
+  touch "$work/file"
+  new_scratch
+  expect_refusal "$work/empty" "$work/empty" "$work/new"
+  expect_refusal relative "$medium" relative
+  expect_refusal "$work/file" "$medium" "$work/file/tree"
+  expect_refusal "$work/with blank" "$medium" "$work/with blank"
+  expect_exit 2 "$kwbatch"
+  expect_exit 2 "$kwbatch" install "$medium"
+  [[ ! -e $work/new && ! -e $work/relative && ! -e "$work/with blank" ]] ||
+    fail 'a refused target was made'
+}
+
+check_damaged_archive() {
+  local archive=$work/damaged/Modeler.Z
+  cp -r "$medium/aix_a" "$work/damaged"
+  head -c 9000 "$medium/aix_a/Modeler.Z" >"$archive"
+  new_scratch
+  expect_refusal "$archive" "$work/damaged" "$work/broken"
+  grep -qF "$(sum -r "$archive")" "$work/scratch/kwinst.log" || fail 'no checksum in kwinst.log'
+  # In a bare root directory df may know no file system, and then prints nothing.
+  grep -qF "$(df -k -i 2>/dev/null | head -n 1)" "$work/scratch/kwinst.log" ||
+    fail 'no file systems in kwinst.log'
+  [[ -z $(find "$work/broken" -name TEVInsErrorTransfer.log) ]] || fail 'a side log is left behind'
+}
+
+# install_on_disk SIZE TEXT: an installation that the disk is too small for, and says so.
+install_on_disk() {
+  new_scratch
+  # shellcheck disable=SC2016
+  expect_exit 1 unshare -m bash -c \
+    'mount -t tmpfs -o size="$4" none "$2" && exec "$0" install "$1" "$2/tree" --scratch "$3"' \
+    "$kwbatch" "$medium" "$work/small" "$work/scratch" "$1"
+  grep -qF -- "$2" "$work/output" || fail "no '$2' in the message about a disk of $1"
+}
+
+check_full_disk() {
+  mkdir "$work/small"
+  if ! unshare -m mount -t tmpfs none "$work/small" 2>/dev/null; then
+    echo 'Not tried: a full disk, because this user may not mount one.'
+    return
+  fi
+  install_on_disk 64k "$work/small/tree"
+  # Small files take more of a disk than archives show: this one fills up on the way.
+  install_on_disk 1500k "cd $work/small/tree;"
+}
+
+if ! command -v compress >/dev/null; then
+  echo 'Skipped: there is no compress.'
+  exit 77
+fi
+cd "$work"
+"$make_media" "$work/media"
+medium=$work/media/ga
+check_media_are_reproducible
+check_two_systems
+check_one_system_with_fonts
+check_refusals
+check_damaged_archive
+check_full_disk
