@@ -1,0 +1,84 @@
+#!/usr/bin/env bash
+# packaging_test.sh BUILDDIR SOURCEDIR: an installed copy, used as another project does.
+set -euo pipefail
+build=$1 source=$2
+export LC_ALL=C
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+fail() {
+  printf 'FAILED: %s\n' "$*" >&2
+  exit 1
+}
+
+cached() { sed -n "s/^$1:[A-Z]*=//p" "$build/CMakeCache.txt"; }
+
+compiler=$(cached CMAKE_CXX_COMPILER)
+sanitizers=$(cached KWINSTUTIL_SANITIZE)
+flags=(${sanitizers:+"-fsanitize=$sanitizers"})
+
+# The copy is moved after its installation, so a path fixed in it would lead nowhere.
+install_copy() {
+  cmake --install "$build" --prefix "$work/first" >/dev/null
+  mv "$work/first" "$work/copy"
+  library=$(compgen -G "$work/copy/lib*/libKWINSTUTIL.so" ||
+    compgen -G "$work/copy/lib/*/libKWINSTUTIL.so") || fail 'no libKWINSTUTIL.so is installed'
+  libdir=${library%/*}
+  export TEVMsgCatalogPath=$work/copy/share/kwinstutil/msgcatalog
+  [[ -f $TEVMsgCatalogPath/TEVInstUtil.msg ]] || fail 'no message catalog is installed'
+}
+
+check_no_fixed_paths() {
+  local found
+  found=$(cd "$libdir" && grep -rnF -e "$build" -e "$source" -e "$work" pkgconfig cmake) || return 0
+  fail "paths of this machine in the installed files: $found"
+}
+
+check_cmake_package() {
+  cmake -S "$source/examples/kwbatch" -B "$work/kwbatch" -G "$(cached CMAKE_GENERATOR)" \
+    -DCMAKE_PREFIX_PATH="$work/copy" -DCMAKE_CXX_COMPILER="$compiler" \
+    -DCMAKE_CXX_FLAGS="${flags[*]}" >/dev/null
+  cmake --build "$work/kwbatch" >"$work/output" || fail "kwbatch: $(<"$work/output")"
+  "$work/kwbatch/kwbatch" --help | grep -qF install || fail 'kwbatch --help says nothing'
+  command -v compress >/dev/null || return 0
+  "$source/examples/sample-medium/make-media.sh" "$work/media"
+  mkdir "$work/scratch"
+  "$work/kwbatch/kwbatch" install "$work/media/ga" "$work/tree" --os aix_a --languages none \
+    --scratch "$work/scratch" >"$work/output" || fail "kwbatch install: $(<"$work/output")"
+  [[ -x $work/tree/aix_a/code/command/tevstart ]] || fail 'kwbatch installed nothing'
+}
+
+check_pkg_config() {
+  local options
+  cat >"$work/program.cc" <<'PROGRAM'
+#include <kwinstutil/kwinstutil.h>
+
+#include <cstdio>
+
+int main() {
+  char path[] = "/usr/lib/";
+  TEVUnicodeString dir(path);
+  TEVUnicodeString message;
+  std::printf("%d\n", TEVInsCheckSyntaxDir(&dir, &message));
+}
+PROGRAM
+  read -ra options <<<"$(PKG_CONFIG_PATH=$libdir/pkgconfig pkg-config --cflags --libs kwinstutil)"
+  "$compiler" -std=c++17 "${flags[@]}" "$work/program.cc" -o "$work/program" "${options[@]}"
+  [[ $(LD_LIBRARY_PATH=$libdir "$work/program") == 0 ]] || fail 'the pkg-config program'
+}
+
+# The list in the version script has a name on each line: quoted for C++, bare for C.
+check_exported_symbols() {
+  sed -nE 's/^[[:space:]]*"([^"]+)";.*/\1/p; s/^[[:space:]]*([A-Za-z_]\w*);.*/\1/p' \
+    "$source/src/kwinstutil.map" | sort -u >"$work/wanted"
+  nm -DC --defined-only "$library" | sed -nE 's/^[0-9a-f]+ [TWVBDRGSiu] //p' | sed 's/@@.*//' |
+    sort -u >"$work/exported"
+  [[ -s $work/wanted ]] || fail 'no names in the version script'
+  diff "$work/wanted" "$work/exported" || fail 'the version script (<) and the library (>) differ'
+}
+
+install_copy
+check_no_fixed_paths
+check_exported_symbols
+check_pkg_config
+check_cmake_package
