@@ -66,6 +66,7 @@ TEST_F(TocTest, OpensWhatItCanAndTellsTheRest) {
 
 TEST_F(TocTest, OpensTreesThatAreNotThereYet) {
   TEVINSInstToc* tree = nullptr;
+  const TEVINSMediaToc earlier("/missing/TOC");  // its problem is none of the tree's
   EXPECT_EQ(InitInstallToc(CharPath(MakeDir("new")), &tree, &message_), 0);
   EXPECT_STREQ(message_.ConvertToChar(), "untouched");
   delete tree;

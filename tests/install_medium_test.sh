@@ -85,6 +85,30 @@ check_one_system_with_fonts() {
   (($(find "$work/one" -name '*.font' | wc -l) == 6)) || fail 'fonts are missing'
 }
 
+check_later_runs() {
+  # A name with a slash at its end; other languages; a run that finds everything there.
+  new_scratch
+  expect_exit 0 "$kwbatch" install "$medium" "$work/one/" --os aix_a --languages French \
+    --scratch "$work/scratch"
+  expect_exit 0 "$kwbatch" install "$medium" "$work/one" --languages all --scratch "$work/scratch"
+  printf 'French\n\n' | cmp - "$work/one/aix_a/NLS.txt" || fail 'the record of languages changed'
+  printf 'Language-indexed fonts\n\n' | cmp - "$work/one/solaris_a/NLS.txt" || fail 'fonts'
+  cat "$medium/aix_a/TOC" | cmp - "$work/one/aix_a/control/PRESENT" || fail 'installed twice'
+  rm "$work/one/aix_a/NLS.txt"
+  mkdir "$work/one/aix_a/NLS.txt"
+  expect_refusal "$work/one/aix_a/NLS.txt" "$medium" "$work/one"
+}
+
+# A medium whose table leads out of the target.
+check_foreign_names() {
+  mkdir -p "$work/foreign" "$work/victim/resources/msgcatalog/French"
+  echo 'code:PRD:X:os=../victim' >"$work/foreign/TOC"
+  expect_refusal ../victim "$work/foreign" "$work/new" --languages none
+  printf '%s\n' 'code:PRD:X;touch:os=aix_a' 'code:PRD:../X' >"$work/foreign/TOC"
+  expect_refusal 'X;touch' "$work/foreign" "$work/new"
+  [[ -d $work/victim/resources/msgcatalog/French ]] || fail 'a directory outside was removed'
+}
+
 check_refusals() {
   mkdir "$work/empty"
   touch "$work/file"
@@ -102,14 +126,21 @@ check_refusals() {
 check_damaged_archive() {
   local archive=$work/damaged/Modeler.Z
   cp -r "$medium/aix_a" "$work/damaged"
-  head -c 9000 "$medium/aix_a/Modeler.Z" >"$archive"
+  head -c 9000 "$medium/aix_a/BASE" >"$work/damaged/BASE"
   new_scratch
+  expect_refusal "$work/damaged/BASE" "$work/damaged" "$work/broken"
+  cp "$medium/aix_a/BASE" "$work/damaged"
+  head -c 9000 "$medium/aix_a/Modeler.Z" >"$archive"
   expect_refusal "$archive" "$work/damaged" "$work/broken"
   grep -qF "$(sum -r "$archive")" "$work/scratch/kwinst.log" || fail 'no checksum in kwinst.log'
   # In a bare root directory df may know no file system, and then prints nothing.
   grep -qF "$(df -k -i 2>/dev/null | head -n 1)" "$work/scratch/kwinst.log" ||
     fail 'no file systems in kwinst.log'
   [[ -z $(find "$work/broken" -name TEVInsErrorTransfer.log) ]] || fail 'a side log is left behind'
+  # The installation is taken up where it failed.
+  cp "$medium/aix_a/Modeler.Z" "$work/damaged"
+  expect_exit 0 "$kwbatch" install "$work/damaged" "$work/broken" --scratch "$work/scratch"
+  cmp "$medium/aix_a/TOC" "$work/broken/aix_a/control/PRESENT" || fail 'PRESENT after a failure'
 }
 
 # install_on_disk SIZE TEXT: an installation that the disk is too small for, and says so.
@@ -143,6 +174,8 @@ medium=$work/media/ga
 check_media_are_reproducible
 check_two_systems
 check_one_system_with_fonts
+check_later_runs
+check_foreign_names
 check_refusals
 check_damaged_archive
 check_full_disk

@@ -9,6 +9,7 @@
 #include <random>
 #include <sstream>
 
+#include "checksum.h"
 #include "fixture.h"
 
 namespace {
@@ -76,7 +77,7 @@ class TocTest : public Fixture {
     return std::to_string(verdict) + "\n" + report.str();
   }
 
-  std::mt19937 random{1};  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same at every run
+  std::mt19937 random_{1};  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same at every run
 };
 
 TEST_F(TocTest, EveryLineCountsOrIsTold) {
@@ -91,9 +92,10 @@ TEST_F(TocTest, EveryLineCountsOrIsTold) {
       {"code:PRD:" + std::string(10'000, ':'), "it has no package name"},
       {"code:PRD:X" + std::string(10'000, ':') + "os=last", ""},
       {"code:PRD:X:level=high", ""},
-      {"code:SPK:X:level=-2147483648", ""},
-      {"code:SPK:X:level=2147483648", "its level is no number"},
-      {"code:HFX:X:level=2x", "its level is no number"},
+      {"code:SPK:X:level=2147483647", ""},
+      {"code:HFX:X:level=0", "its level is no number above 0"},
+      {"code:SPK:X:level=2147483648", "its level is no number above 0"},
+      {"code:HFX:X:level=2x", "its level is no number above 0"},
       {"", "-"},
       {" \t\r", "-"},
       {"# code:PRD", "-"},
@@ -132,11 +134,10 @@ TEST_F(TocTest, LevelsAndSystem) {
     const char* expected;  ///< os, ga, service pack, hot fix and its level
   } kCases[] = {
       {"", "(null) (null) 0 (null) 0"},
-      {"code:FWK:B:os=aix:os=sun:ga=R1=2\ncode:PRD:C:ga=\n", "sun  0 (null) 0"},
+      {"code:FWK:B:os=aix:ga=R1=2\ncode:PRD:C:os=hp:os=sun:ga=\n", "sun  0 (null) 0"},
       {"code:FWK:B:os=aix\ncode:bad:C:os=sun\n", "aix (null) 0 (null) 0"},
       {"code:SPK:S\n", "(null) (null) 1 (null) 0"},
       {"code:SPK:S:level=3\nzeb2:SPK:T:level=+2\ncode:FSP:F:level=9\n", "(null) (null) 3 (null) 0"},
-      {"code:SPK:S:level=-3\ncode:SPK:T:level=-7\n", "(null) (null) -3 (null) 0"},
       {"code:HFX:H:level=5\ncode:HFX:I:level=4\ncode:PRD:P:level=8\n", "(null) (null) 0 I 4"},
   };
   for (const auto& c : kCases) {
@@ -225,11 +226,12 @@ TEST_F(TocTest, IntegrityTellsEachDamage) {
     std::string expected;
   } kCases[] = {
       {spk_last, "\n" + prog + " \t\n\n", ":", "1\n"},
-      {spk_last, "./code//bin/prog\r\n100644  7\t" + prog.substr(prog.rfind(' ')), ":", "1\n"},
+      {spk_last, "./code//bin/prog\r\n104644  7\t" + prog.substr(prog.rfind(' ')),
+       "chmod 4644 code/bin/prog", "1\n"},
       {spk_last, "", "rm code/lib", "0\ncode/lib: is missing\n"},
       {spk_last, "", "rm -r code/bin; touch code/bin", "0\ncode/bin/prog: is missing\n"},
       {spk_last, "", "echo >>code/lib", "0\ncode/lib: size is 8, should be 7\n"},
-      {spk_last, "", "chmod 4755 code/lib", "0\ncode/lib: mode is 4755, should be 0644\n"},
+      {spk_last, "", "chmod 4644 code/lib", "0\ncode/lib: mode is 4644, should be 0644\n"},
       {spk_last, "", "mv code/lib l; ln -s ../l code/lib", "0\ncode/lib: is not a regular file\n"},
       // The last package that lists a file decides, both what the file should be and whose it is.
       {spk_last, wrong, ":", "2\n" + changed},
@@ -275,15 +277,20 @@ TEST_F(TocTest, IntegrityOfWhatCannotBeRead) {
   const TEVINSInstToc toc(path.c_str());
   EXPECT_EQ(toc.CheckIntegrity(failed, path.c_str(), 0, 0), 2);
   EXPECT_EQ(toc.CheckIntegrity(failed, nullptr, 0, 0), 0);
+  EXPECT_EQ(toc.CheckIntegrity(failed, Path("not/mounted").c_str(), 0, 0), 0);
 }
 
 TEST_F(TocTest, ChecksumsAreThoseOfCksum) {
   MakeTree("code:PRD:P\n");
   std::string manifest;
   std::string all_changed = "0\n";
-  for (const int size : {0, 1, 7, 8, 15, 16, 63, 64, 65, 79, 80, 127, 128, 1000, 65539, 131172}) {
-    std::string content(static_cast<size_t>(size), ' ');
-    for (char& c : content) c = static_cast<char>(random());
+  for (const uint32_t size :
+       {0, 1, 7, 8, 15, 16, 63, 64, 65, 79, 80, 127, 128, 1000, 65539, 131172}) {
+    std::string content(size, ' ');
+    for (char& c : content) c = static_cast<char>(random_());
+    const auto* bytes = reinterpret_cast<const unsigned char*>(content.data());
+    EXPECT_EQ(kwinst::UpdateCrc(size, bytes, content.size()),
+              kwinst::UpdateCrcByTable(size, bytes, content.size()));
     const std::string file = "code/" + std::to_string(size);
     Write("os/" + file, content);
     manifest += Listed(file);
@@ -294,7 +301,7 @@ TEST_F(TocTest, ChecksumsAreThoseOfCksum) {
   for (const auto& entry : fs::directory_iterator(Path("os/code"))) {
     std::string content = entry.is_regular_file() ? Read(entry.path()) : "";
     if (content.empty()) continue;
-    content[random() % content.size()] ^= 1;
+    content[random_() % content.size()] ^= 1;
     Write("os/code/" + entry.path().filename().string(), content);
   }
   EXPECT_EQ(Integrity(), all_changed);
@@ -305,10 +312,10 @@ TEST_F(TocTest, GarbageHidesNothing) {
   MakeTree("code:PRD:P\n");
   const std::string manifest = Read(Path("os/control/P"));
   const auto mutated = [this](std::string text) {
-    for (size_t n = random() % 20; n > 0; --n) {
-      const size_t at = random() % text.size();
-      if (random() % 3 == 0) text.insert(at, text.substr(random() % text.size(), random() % 99));
-      text[at] = random() % 4 == 0 ? "\n:\r\0"[random() % 4] : static_cast<char>(random());
+    for (size_t n = random_() % 20; n > 0; --n) {
+      const size_t at = random_() % text.size();
+      if (random_() % 3 == 0) text.insert(at, text.substr(random_() % text.size(), random_() % 99));
+      text[at] = random_() % 4 == 0 ? "\n:\r\0"[random_() % 4] : static_cast<char>(random_());
     }
     return text;
   };
@@ -324,9 +331,9 @@ TEST_F(TocTest, GarbageHidesNothing) {
     // No byte of what a manifest says of a file may become another without being noticed.
     std::string changed = manifest;
     const size_t start = changed.find('\n') + 1;
-    char& byte = changed[start + random() % (changed.find('\n', start) - start)];
+    char& byte = changed[start + random_() % (changed.find('\n', start) - start)];
     const char before = byte;
-    while (byte == before || byte == ' ' || byte == '\t') byte = static_cast<char>(random());
+    while (byte == before || byte == ' ' || byte == '\t') byte = static_cast<char>(random_());
     Write("os/control/P", changed);
     EXPECT_EQ(Integrity()[0], '0') << changed;
   }

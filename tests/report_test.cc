@@ -54,6 +54,7 @@ TEST_F(LogTest, ChoosesItsFile) {
     Develop(c.in, c.out, c.tmp);
     CharPath name(c.name == nullptr ? "" : c.name);
     TEVInstallLog log(c.name == nullptr ? nullptr : static_cast<char*>(name));
+    SetEnv("VRK_ODT_IN", nullptr);  // the mode was settled when the log was made
     message_ = "untouched";
     EXPECT_EQ(log.OpenLogFile(message_), c.path.empty() ? -1 : 1);
     EXPECT_STREQ(message_.ConvertToChar(),
@@ -76,6 +77,18 @@ TEST_F(LogTest, TellsWhatCannotBeOpened) {
   EXPECT_EQ(message_.ConvertToChar(), Message("ErrorOpenLog", too_long + "/kwinst.log"));
   EXPECT_EQ(log.GetLogFileName(), file) << "a path that does not fit changed the log's";
   EXPECT_EQ(log.OpenLogFile(nullptr, message_), -1) << "no directory: the last path again";
+  TEVUnicodeString header;
+  SetEnv("HOME", missing.c_str());
+  EXPECT_EQ(log.OpenLogFile(header, message_), -1);
+
+  // The path that just fits, and the one that does not.
+  std::string deep = dir_;
+  while (deep.size() < 1012 - 250) deep += "/" + std::string(240, 'd');
+  deep += "/" + std::string(1012 - deep.size() - 1, 'e');
+  MakeDir(deep.substr(dir_.size() + 1));
+  EXPECT_EQ(log.OpenLogFile(CharPath(deep), message_), 1);
+  log.CloseLogFile();
+  EXPECT_EQ(log.OpenLogFile(CharPath(deep + "/"), message_), -1);
 }
 
 TEST_F(LogTest, FramesEachRun) {
@@ -125,6 +138,7 @@ TEST_F(LogTest, CopiesTextFiles) {
   log.CopyFile(CharPath(source));
   log.CopyFile(CharPath(Path("missing")));
   log.CopyFile(CharPath(binary));
+  log.CopyFile(CharPath(log.GetLogFileName()));
   log.CloseLogFile();
   EXPECT_EQ(Read(Path("home/kwinst.log")), lines + "kept\n");
 }

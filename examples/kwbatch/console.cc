@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstring>
 
@@ -16,14 +17,20 @@ void Print(const std::string& text, std::FILE* stream) {
 
 }  // namespace
 
-void RequirePlainWord(const std::string& what, const std::string& word) {
+void RequirePlainPath(const std::string& what, const std::string& path) {
   const auto plain = [](unsigned char c) {
     return c >= 0x80 || std::isalnum(c) != 0 || std::strchr("/._-+,=@%:", c) != nullptr;
   };
-  if (!word.empty() && word[0] != '-' && std::all_of(word.begin(), word.end(), plain)) return;
-  throw Refusal("The " + what + " \"" + word +
+  if (!path.empty() && path[0] != '-' && std::all_of(path.begin(), path.end(), plain)) return;
+  throw Refusal("The " + what + " \"" + path +
                 "\" cannot be used: it is empty, starts with \"-\", or holds blanks or characters "
                 "that mean something to the shell.\n");
+}
+
+void RequirePlainName(const std::string& what, const std::string& name) {
+  RequirePlainPath(what, name);
+  if (name != "." && name != ".." && name.find('/') == std::string::npos) return;
+  throw Refusal("The " + what + " \"" + name + "\" cannot be used: it is no file name.\n");
 }
 
 void Say(const std::string& text) { Print(text, stdout); }

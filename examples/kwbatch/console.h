@@ -14,9 +14,12 @@ struct Refusal : std::runtime_error {
 /// A refusal in the library's own words.
 inline Refusal Refused(const TEVUnicodeString& message) { return Refusal(message.ConvertToChar()); }
 
-/// Refuses a name or path that the shell would read as more than one plain word: the library hands
-/// paths to the shell unquoted.
-void RequirePlainWord(const std::string& what, const std::string& word);
+/// Refuses a path that the shell would read as more than one plain word: the library hands paths to
+/// the shell unquoted.
+void RequirePlainPath(const std::string& what, const std::string& path);
+
+/// Refuses a name from a medium that is not a plain word too, or would lead out of its directory.
+void RequirePlainName(const std::string& what, const std::string& name);
 
 /// Prints a library message or a line of our own, with a newline at its end.
 void Say(const std::string& text);

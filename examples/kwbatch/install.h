@@ -1,13 +1,14 @@
 #ifndef KWBATCH_INSTALL_H_
 #define KWBATCH_INSTALL_H_
 
+#include <optional>
 #include <string>
 
 struct InstallOptions {
   std::string medium;
   std::string target;
-  std::string os;       ///< the only system to install; empty for all that the medium has
-  int languages = 127;  ///< language mask
+  std::string os;                ///< the only system to install; empty for all of the medium
+  std::optional<int> languages;  ///< language mask; without one, what the target has, or all
 };
 
 /// Installs a general-availability medium: every code package that the target does not have yet.

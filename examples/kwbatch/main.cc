@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
+#include <map>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 
 #include "console.h"
@@ -37,24 +39,22 @@ struct UsageError : std::runtime_error {
 int LanguageMask(const std::string& list) {
   if (list == "all") return 127;
   if (list == "none") return 0;
-  static constexpr const char* kNames[] = {
-      "French", "German", "Italian", "Japanese", "Simplified_Chinese", "Korean"};
+  static const std::map<std::string, int> kBits = {
+      {"French", 2}, {"German", 4}, {"Italian", 8}, {"Japanese", 16}, {"Simplified_Chinese", 32},
+      {"Korean", 64}};
   int mask = 0;
-  std::istringstream names(list);
+  std::istringstream names(list + ",");
   for (std::string name; std::getline(names, name, ',');) {
-    int bit = 2;
-    for (const char* known : kNames) {
-      if (name == known) break;
-      bit *= 2;
-    }
-    if (bit > 64) throw UsageError("unknown language \"" + name + "\"");
-    mask |= bit;
+    const auto known = kBits.find(name);
+    if (known == kBits.end()) throw UsageError("unknown language \"" + name + "\"");
+    mask |= known->second;
   }
   return mask;
 }
 
 /// Puts the library into its development mode: system files and log come from `dir`.
 void UseScratch(const char* dir) {
+  if (dir[0] == '\0') throw UsageError("--scratch needs a directory");
   setenv("VRK_ODT_IN", "1", 1);
   setenv("VRK_ODT_OUT", "1", 1);
   setenv("VRK_ODT_TMP", dir, 1);
@@ -69,6 +69,7 @@ InstallOptions ParseInstall(int count, char** arguments) {
   InstallOptions options;
   bool fonts = false;
   int given = 0;
+  opterr = 0;
   while ((given = getopt_long(count, arguments, "", kOptions, nullptr)) != -1) {
     switch (given) {
       case 'l':
@@ -84,11 +85,11 @@ InstallOptions ParseInstall(int count, char** arguments) {
         UseScratch(optarg);
         break;
       default:
-        throw UsageError("wrong option");
+        throw UsageError(std::string("wrong option ") + arguments[optind - 1]);
     }
   }
   if (count - optind != 2) throw UsageError("install needs a MEDIUM and a TARGET");
-  if (fonts) options.languages |= 1;
+  if (fonts) options.languages = options.languages.value_or(126) | 1;
   options.medium = arguments[optind];
   options.target = arguments[optind + 1];
   return options;
@@ -111,7 +112,9 @@ int Run(int count, char** arguments) {
 
 int main(int argc, char** argv) {
   try {
-    return Run(argc, argv);
+    const int status = Run(argc, argv);
+    // Whoever reads the output must not take a part of it for the whole.
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? status : 1;
   } catch (const UsageError& error) {
     std::fprintf(stderr, "kwbatch: %s; see kwbatch --help\n", error.what());
     return 2;

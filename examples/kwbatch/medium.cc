@@ -1,12 +1,14 @@
 #include "medium.h"
 
-#include <filesystem>
+#include <kb0core/TEVFile.h>
 
 #include "console.h"
 
-namespace fs = std::filesystem;
-
 namespace {
+
+constexpr size_t kSystemNameLength = 15;  ///< of the names in the file OSUNIX
+
+bool Exists(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 0; }
 
 Medium OpenSystem(const std::string& dir, const std::string& os) {
   Medium medium;
@@ -19,7 +21,11 @@ Medium OpenSystem(const std::string& dir, const std::string& os) {
   if (status != 0) throw Refused(message);
   if (TEVInsCheckMedia(code, toc, &message) != 0) throw Refused(message);
   medium.os = os.empty() && toc->GetOS() != nullptr ? toc->GetOS() : os;
-  RequirePlainWord("operating system of the medium", medium.os);
+  if (medium.os.empty()) throw Refusal("The table " + path + " names no operating system.\n");
+  RequirePlainName("operating system of the medium", medium.os);
+  if (medium.os.size() > kSystemNameLength) {
+    throw Refusal("The operating system \"" + medium.os + "\" has more than 15 characters.\n");
+  }
   return medium;
 }
 
@@ -59,7 +65,7 @@ std::vector<std::string> PackagesOf(const TEVINSToc& toc, TEVINSPkg kind) {
 std::string ArchiveOf(const Medium& medium, const std::string& component) {
   const std::string plain = medium.dir + "/" + component;
   for (const std::string& path : {plain + ".Z", plain}) {
-    if (fs::is_regular_file(path)) return path;
+    if (Exists(path)) return path;
   }
   return "";
 }

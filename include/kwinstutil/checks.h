@@ -6,9 +6,9 @@
 
 #include "kwinstutil/export.h"
 
-/// Does the medium hold what it claims to hold? None of these functions writes anything to disk.
-/// A null `media` counts as an empty medium. Unless said otherwise, a null `message` means that no
-/// message is wanted; `*message` is assigned on failure and untouched otherwise.
+// Does the medium hold what it claims to hold? None of these functions writes anything to disk. A
+// null `media` counts as an empty medium. Unless said otherwise, a null `message` means that no
+// message is wanted; `*message` is assigned on failure and untouched otherwise.
 
 /// Does the medium hold products or solutions of the content type?
 ///
@@ -30,7 +30,7 @@ KWINSTUTIL_EXPORT int TEVInsCheckMediaSAT(char* mediaDir, TEVUnicodeString* mess
 ///
 /// Returns
 ///    0  a service pack of the code;
-///    1  a service pack of the SDK part only (without a message);
+///    1  a service pack of the SDK part only, or there is no memory to ask (without a message);
 ///    4  no service pack ("ErrorNoSPK", no parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckMediaSPK(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
@@ -38,7 +38,7 @@ KWINSTUTIL_EXPORT int TEVInsCheckMediaSPK(TEVINSMediaToc* media,
 /// Does the medium hold a hot fix?
 ///
 /// Returns
-///    0  it does;
+///    0  it does, or there is no memory to ask;
 ///    4  it does not ("ErrorNoHFX", no parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckMediaHFX(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;

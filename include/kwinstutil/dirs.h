@@ -5,10 +5,10 @@
 
 #include "kwinstutil/export.h"
 
-/// Target directories, free space and the pointer files of a tree.
-///
-/// Paths have at most 1023 characters. Where a function says that it shortens a path, it removes
-/// one trailing '/' from the caller's string; "/" then becomes the empty path.
+// Target directories, free space and the pointer files of a tree.
+//
+// Paths have at most 1023 characters. Where a function says that it shortens a path, it removes one
+// trailing '/' from the caller's string; "/" then becomes the empty path.
 
 // Validation. `message` must not be null: it is assigned with each failure that names a key, and
 // untouched otherwise. Nothing is written to disk.
@@ -41,7 +41,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckSyntaxDir(TEVUnicodeString* dir,
                                            TEVUnicodeString* message) noexcept;
 
 /// Is `dir` fit to be the target of an installation? `productSubDir` is the subdirectory that holds
-/// control/PRESENT when something is installed; it may be null.
+/// control/PRESENT when something is installed; it may be null. Each call for an existing directory
+/// leaves that open.
 ///
 /// Returns
 ///     1  an empty directory that may be written;
@@ -90,7 +91,7 @@ KWINSTUTIL_EXPORT int TEVInsComputeAvailSpace(const char* path, unsigned int* av
 /// What was created before a failure stays.
 ///
 /// Returns
-///     0  created, or there already and writable;
+///     0  created, or there already and writable (a plain file too);
 ///    -1  a level cannot be created, the path exists and may not be written, or is too long;
 ///   -10  `path` is null.
 KWINSTUTIL_EXPORT int TEVInsCreateDirectory(char* path) noexcept;
@@ -101,8 +102,8 @@ KWINSTUTIL_EXPORT int TEVInsCreateDirectory(char* path) noexcept;
 ///
 /// Returns
 ///    0  done;
-///   -1  `dir` cannot be opened or read, or an entry cannot be examined; what was deleted until
-///       then stays deleted.
+///   -1  `dir` cannot be opened, its reading fails (it then stays open), or an entry cannot be
+///       examined; what was deleted until then stays deleted.
 KWINSTUTIL_EXPORT int TEVInsDeleteDir(char* dir, int removeDirectories) noexcept;
 
 /// Makes a single '/' of every run of them in `path`. A null `path` is left alone.
@@ -135,10 +136,10 @@ KWINSTUTIL_EXPORT void TEVInsGetTempDir(char* result) noexcept;
 /// 1 when the home directory (HOME) is that of the account "root", else 0. The user id has no say.
 KWINSTUTIL_EXPORT int TEVInsIsRoot() noexcept;
 
-/// Runs `command` through the shell and captures the first `size` bytes that it prints into
-/// `output`, zero-filled beforehand; there is no terminator when all `size` bytes are used. Takes
-/// at least a second. `output` may be null: then nothing is captured. The command's exit status is
-/// not told.
+/// Runs `command`, which must not be null, through the shell and captures the first `size` bytes
+/// that it prints into `output`, zero-filled beforehand; there is no terminator when all `size`
+/// bytes are used. Takes at least a second. `output` may be null: then nothing is captured. The
+/// command's exit status is not told.
 ///
 /// Returns
 ///    0  the command was started;

@@ -40,7 +40,8 @@ KWINSTUTIL_EXPORT void WriteLogErrorTransfer(char* dir, char* archive) noexcept;
 
 /// Copies a side log into `log`, under a heading, and deletes it. The side log is
 /// DIR/TEVInsErrorTransfer.log for the type `zeb2` and DIR/COMPONENT/TEVInsErrorTransfer.log for
-/// every other one; without it nothing is done. With a null `log` it is only deleted.
+/// every other one; without it nothing is done. With a null `log` it is only deleted. `dir` must
+/// not be null.
 KWINSTUTIL_EXPORT void TEVInsTransferLogInfo(char* dir, const char* componentName, TEVINSType type,
                                              TEVInstallLog* log) noexcept;
 

@@ -16,8 +16,8 @@
 /// directory is VRK_ODT_TMP/kwinst.log instead.
 ///
 /// Where an opening fails, `message` is assigned "ErrorOpenLog" with the path tried, or "ErrHOME"
-/// (no parameter) when HOME is unset or empty; it is untouched on success. A path of more than 1023
-/// characters counts as one that cannot be opened.
+/// (no parameter) when HOME is unset or empty; it is untouched on success. A path in a directory of
+/// more than 1023 characters counts as one that cannot be opened.
 class KWINSTUTIL_EXPORT TEVInstallLog {
  public:
   /// `name` is a file name, or a path for OpenPathLogFile; null means "kwinst.log".
@@ -33,11 +33,12 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
   int OpenLogFile(TEVUnicodeString& message) noexcept;
 
   /// Opens the log in the home directory and writes the opening banner: a rule, the time and
-  /// `header`. Returns 0, unlike the others, or -1 on failure.
+  /// `header`. Returns 0, unlike the others, or -1 when the log cannot be opened; a banner that it
+  /// cannot take is told as WriteLogFile does.
   int OpenLogFile(TEVUnicodeString& header, TEVUnicodeString& message) noexcept;
 
   /// Opens the log in `directory`, whatever the mode; with a null `directory`, the path that was
-  /// opened last. Returns 1, or -1 on failure.
+  /// tried last. Returns 1, or -1 on failure.
   int OpenLogFile(char* directory, TEVUnicodeString& message) noexcept;
 
   /// Opens the constructor's `name` as a path; GetLogFileName does not change. Returns 1, or -1 on
@@ -47,8 +48,8 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
   /// Writes `text`, which must not be null, and nothing else; a failed write goes unnoticed.
   void WriteLogFile(char* text) noexcept;
 
-  /// Writes `text`. When the file cannot take it, prints "ErrWndErrorWriteLog" (the log's path) on
-  /// standard error and `text` on standard output, where everything goes from then on.
+  /// Writes `text`. When the file cannot take it, prints "ErrWndErrorWriteLog" (GetLogFileName())
+  /// on standard error and `text` on standard output, where everything goes from then on.
   void WriteLogFile(TEVUnicodeString& text) noexcept;
 
   /// Closes the file, if one is open.
@@ -57,14 +58,15 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
   /// Writes the time, `trailer` and a rule, and closes the file.
   void CloseLogFile(TEVUnicodeString& trailer) noexcept;
 
-  /// Appends the text file `source`, up to its first line that begins with a zero byte. Does
-  /// nothing when no log is open or `source` cannot be read; `source` must not be null.
+  /// Appends the text file `source`, up to its first line that begins with a zero byte; a zero byte
+  /// further in ends its line. Does nothing when no log is open, or `source` cannot be read or is
+  /// the log itself.
   void CopyFile(char* source) noexcept;
 
   /// Deletes the file GetLogFileName(), if it exists; an open file stays open.
   void DeleteLogFile() noexcept;
 
-  /// The path that was last opened in a directory; empty before. It lives as long as the log.
+  /// The path that was last tried in a directory; empty before. It lives as long as the log.
   char* GetLogFileName() noexcept;
 
   /// The local time as "Sun Nov 15 22:32:20 2026", valid until the next call.
@@ -73,10 +75,10 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
  private:
   int OpenInHome(TEVUnicodeString& message);
   int Open(const std::string& file, TEVUnicodeString& message);
-  int OpenAsPath(const std::string& file, TEVUnicodeString& message);
+  int OpenStream(const std::string& file, bool fits, TEVUnicodeString& message);
   void Write(const char* text);
 
-  char path_[1024] = "";         ///< what OpenLogFile opened last
+  char path_[1024] = "";         ///< what OpenLogFile tried last
   std::string name_;             ///< the constructor's name
   std::FILE* stream_ = nullptr;  ///< null while no file is open
 };

@@ -1,4 +1,5 @@
 #include <kb0core/TEVFile.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
@@ -21,17 +22,24 @@ bool WriteLine(const char* path, const char* text) {
   return TEVFClose(file) == 0 && written;
 }
 
-/// Appends the file `from` to `to` with `command`. When that fails, as on a full disk, `to` is cut
-/// back to its former length. False on failure.
+/// The length of a regular file, a symbolic link followed, or -1.
+off_t LengthOf(const char* path) {
+  struct stat info {};
+  return stat(path, &info) == 0 && S_ISREG(info.st_mode) ? info.st_size : -1;
+}
+
+/// Appends to the file `to` with `command`. When that fails, as on a full disk, `to` is cut back to
+/// its former length, or removed if it is new. False on failure.
 bool AppendWhole(const std::string& command, const char* to) {
-  TEVFileInfo before;
-  TEVGetFileInfo(to, &before);
+  const bool is_new = TEVFileAccess(to, 0) != 0;
+  const off_t before = LengthOf(to);
   if (kwinst::RunShell(command) == 0) return true;
 
-  TEVFileInfo after;
-  if (TEVGetFileInfo(to, &after) == 0 && after.size > before.size) {
+  if (is_new) {
+    TEVDeleteFile(to);
+  } else if (before != -1 && LengthOf(to) > before) {
     // Nothing is left to be done for a file that cannot be cut back.
-    [[maybe_unused]] const int cut = truncate(to, before.size);
+    [[maybe_unused]] const int cut = truncate(to, before);
   }
   return false;
 }

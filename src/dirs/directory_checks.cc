@@ -4,17 +4,17 @@
 #include <cstring>
 #include <string>
 
-#include "dirs/shorten.h"
+#include "dirs/paths.h"
 #include "kwinstutil/dirs.h"
 #include "report/message.h"
 #include "support/format.h"
 #include "support/tree_paths.h"
 
+using kwinst::kPathSize;
 using kwinst::MessageFrame;
 
 namespace {
 
-constexpr size_t kPathSize = 1024;
 constexpr unsigned int kEnvironmentKilobytes = 8;
 
 /// May `dir`, or its nearest existing ancestor, be written? Puts the one that decides into

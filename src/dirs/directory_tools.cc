@@ -9,12 +9,10 @@
 #include <new>
 #include <string>
 
-#include "dirs/shorten.h"
+#include "dirs/paths.h"
 #include "kwinstutil/dirs.h"
 
 namespace {
-
-constexpr size_t kPathSize = 1024;
 
 bool IsDirectory(const TEVFileInfo& info) { return (info.mode & 0xF000) == 0x4000; }
 
@@ -39,8 +37,8 @@ bool DeleteEntry(const char* dir, const char* name, int removeDirectories) {
 
 int TEVInsCreateDirectory(char* path) noexcept {
   if (path == nullptr) return -10;
-  if (std::strlen(path) >= kPathSize) return -1;
   kwinst::ShortenBySlash(path);
+  if (std::strlen(path) >= kwinst::kPathSize) return -1;
   TEVUnicodeString unwanted;
   if (TEVInsCheckExistDir(path, &unwanted) == 1) return 0;
 

@@ -10,14 +10,15 @@
 #include <iomanip>
 #include <string>
 
+#include "dirs/paths.h"
 #include "kwinstutil/dirs.h"
 #include "report/message.h"
 #include "support/shell.h"
 #include "support/tree_paths.h"
 
-namespace {
+using kwinst::kPathSize;
 
-constexpr size_t kPathSize = 1024;
+namespace {
 
 /// Reads the first line of the pointer file `name` in `dir` into `result` of kPathSize bytes.
 int ReadPointerFile(const char* dir, const char* name, char* result) {

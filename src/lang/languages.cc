@@ -67,7 +67,7 @@ int TEVInsInitChosenLang(char* installDir, const char* osDir) noexcept {
     languages |= BitOf(line);
     return true;
   });
-  return languages;
+  return std::ferror(file.get()) == 0 ? languages : kEverything;
 }
 
 void TEVInsRemoveLang(char* installDir, const char* osDir, char* componentName,

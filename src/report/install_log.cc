@@ -1,5 +1,6 @@
 #include <kb0core/TEVEnvironment.h>
 #include <kb0core/TEVFile.h>
+#include <sys/stat.h>
 
 #include <cstring>
 #include <ctime>
@@ -23,6 +24,13 @@ bool development_environment = false;
 bool Print(std::FILE* stream, const char* text) {
   const bool printed = std::fprintf(stream, "%s", text) >= 0;
   return std::fflush(stream) == 0 && printed;
+}
+
+bool SameFile(std::FILE* one, std::FILE* other) {
+  struct stat first {};
+  struct stat second {};
+  return fstat(fileno(one), &first) == 0 && fstat(fileno(other), &second) == 0 &&
+         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
 }  // namespace
@@ -52,7 +60,7 @@ int TEVInstallLog::OpenLogFile(char* directory, TEVUnicodeString& message) noexc
 }
 
 int TEVInstallLog::OpenPathLogFile(TEVUnicodeString& message) noexcept {
-  return OpenAsPath(name_, message);
+  return OpenStream(name_, true, message);
 }
 
 void TEVInstallLog::WriteLogFile(char* text) noexcept { Write(text); }
@@ -92,7 +100,8 @@ void TEVInstallLog::CloseLogFile(TEVUnicodeString& trailer) noexcept {
 void TEVInstallLog::CopyFile(char* source) noexcept {
   if (stream_ == nullptr || TEVFileAccess(source, 0) == -1) return;
   const kwinst::InputFile file = kwinst::OpenForReading(source);
-  if (file == nullptr) return;
+  // A copy of the log into itself would never end.
+  if (file == nullptr || SameFile(file.get(), stream_)) return;
   kwinst::ForEachLine<1024>(file.get(), [this](const char* line) {
     if (line[0] == '\0') return false;
     std::fprintf(stream_, "%s", line);
@@ -133,16 +142,14 @@ int TEVInstallLog::OpenInHome(TEVUnicodeString& message) {
 
 /// Opens `file` and makes it the log's path, if it fits there.
 int TEVInstallLog::Open(const std::string& file, TEVUnicodeString& message) {
-  if (kwinst::CopyWhole(file, path_, sizeof(path_))) return OpenAsPath(file, message);
-  const kwinst::MessageFrame frame;
-  message = frame.Build("ErrorOpenLog", {file.c_str()});
-  return -1;
+  return OpenStream(file, kwinst::CopyWhole(file, path_, sizeof(path_)), message);
 }
 
-int TEVInstallLog::OpenAsPath(const std::string& file, TEVUnicodeString& message) {
-  // A log that is open already is left open: callers open once.
-  TEVFOpen(file.c_str(), "a+", &stream_);
-  if (stream_ != nullptr) return 1;
+/// Opens `file`, if it `fits` the log's path. A log that is open already is left open: callers open
+/// once.
+int TEVInstallLog::OpenStream(const std::string& file, bool fits, TEVUnicodeString& message) {
+  stream_ = nullptr;
+  if (fits && TEVFOpen(file.c_str(), "a+", &stream_) == 0) return 1;
   const kwinst::MessageFrame frame;
   message = frame.Build("ErrorOpenLog", {file.c_str()});
   return -1;

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <climits>
 #include <cstring>
+#include <string>
 #include <unordered_map>
 #include <unordered_set>
 
@@ -220,6 +221,11 @@ void IntegrityCheck::Report(std::string text, bool in_service_pack) {
 int TEVINSInstToc::CheckIntegrity(std::ostream& out, const char* path, int /*unused1*/,
                                   int /*unused2*/) const {
   if (path == nullptr) return 0;
+  struct stat root {};
+  if (stat(path, &root) != 0 || !S_ISDIR(root.st_mode)) {
+    out << path << ": is no directory\n";
+    return 0;
+  }
   kwinst::IntegrityCheck check(out, path);
   for (const kwinst::Package* package : kwinst::LastMentions(table().packages)) {
     check.ReadManifest(*package);

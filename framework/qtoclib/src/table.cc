@@ -42,7 +42,7 @@ std::optional<int> ParseLevel(std::string_view text) {
   int level = 0;
   const char* end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, level);
-  if (error != std::errc() || rest != end) return std::nullopt;
+  if (error != std::errc() || rest != end || level < 1) return std::nullopt;
   return level;
 }
 
@@ -108,7 +108,7 @@ const char* TEVINSToc::Table::Add(std::string_view line) {
     if (key == "os") new_os = value;
     if (key == "ga") new_ga = value;
     if (key == "level" && (kind == SPK || kind == HFX)) level = ParseLevel(value);
-    if (!level) return "its level is no number";
+    if (!level) return "its level is no number above 0";
   }
 
   const auto index = static_cast<uint32_t>(packages.size());
@@ -117,7 +117,7 @@ const char* TEVINSToc::Table::Add(std::string_view line) {
   indices_[static_cast<size_t>(type)][static_cast<size_t>(kind)].push_back(index);
   if (new_os) os = *new_os;
   if (new_ga) ga = *new_ga;
-  if (kind == SPK) service_pack_level = std::max(*level, service_pack_level.value_or(*level));
+  if (kind == SPK) service_pack_level = std::max(*level, service_pack_level);
   if (kind == HFX) {
     last_hot_fix = index;
     hot_fix_level = *level;

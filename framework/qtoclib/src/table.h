@@ -40,12 +40,12 @@ struct TEVINSToc::Table {
   bool Has(TEVINSType type, std::string_view name) const;
 
   std::string path;
-  std::deque<kwinst::Package> packages;  ///< in the order of the file; large, so never moved
+  std::deque<kwinst::Package> packages;  ///< in the order of the file; they never move
   std::optional<std::string> os;
   std::optional<std::string> ga;
-  std::optional<int> service_pack_level;  ///< the highest
-  std::optional<uint32_t> last_hot_fix;   ///< its index
-  int hot_fix_level = 0;                  ///< of the last hot fix
+  int service_pack_level = 0;            ///< the highest
+  std::optional<uint32_t> last_hot_fix;  ///< its index
+  int hot_fix_level = 0;                 ///< of the last hot fix
 
  private:
   /// Adds the package of a line. Returns what is wrong with the line, or null.

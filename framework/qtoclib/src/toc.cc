@@ -42,7 +42,7 @@ const char* TEVINSToc::GetGALevel() const { return table_->ga ? table_->ga->c_st
 
 const char* TEVINSToc::GetOS() const { return table_->os ? table_->os->c_str() : nullptr; }
 
-int TEVINSToc::GetSPKLevel(int /*unused*/) const { return table_->service_pack_level.value_or(0); }
+int TEVINSToc::GetSPKLevel(int /*unused*/) const { return table_->service_pack_level; }
 
 const char* TEVINSToc::GetHFXName() const {
   if (!table_->last_hot_fix) return nullptr;

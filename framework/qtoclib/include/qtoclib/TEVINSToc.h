@@ -18,11 +18,12 @@
 ///     code:SPK:SP2:level=2
 ///
 /// Blank lines and lines that start with `#` count for nothing. The keys are `os`, `ga` and, for
-/// service packs and hot fixes, `level` (1 when it is not given); other fields are ignored. A name
-/// has 1 to 47 characters.
+/// service packs and hot fixes, `level` (at least 1, and 1 when it is not given); other fields are
+/// ignored. A name has 1 to 47 characters.
 ///
 /// Opening a table never fails. What cannot be read (the file, or single lines of it) is told in
-/// the information text, which the whole process shares, and the other lines count.
+/// the information text, which the whole process shares, and the other lines count. Of many bad
+/// lines, twenty are told one by one.
 class QTOCLIB_EXPORT TEVINSToc {
  public:
   TEVINSToc(const TEVINSToc&) = delete;
@@ -99,7 +100,7 @@ class QTOCLIB_EXPORT TEVINSInstToc : public TEVINSToc {
   ///
   /// Each missing or damaged file is reported to `out` in a line of its own. So is a manifest that
   /// cannot be read or understood, or that names a path outside the system directory: it counts as
-  /// a damaged file of its package.
+  /// a damaged file of its package. A `path` that is no directory is damaged as a whole.
   ///
   /// Returns 1 when nothing is wrong, 2 when at least one wrong file was last listed by a service
   /// pack (kinds SPK and FSP), and 0 otherwise. The two integers change nothing.

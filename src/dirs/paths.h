@@ -1,9 +1,11 @@
-#ifndef KWINSTUTIL_DIRS_SHORTEN_H_
-#define KWINSTUTIL_DIRS_SHORTEN_H_
+#ifndef KWINSTUTIL_DIRS_PATHS_H_
+#define KWINSTUTIL_DIRS_PATHS_H_
 
 #include <cstring>
 
 namespace kwinst {
+
+constexpr size_t kPathSize = 1024;  ///< of the buffers that paths are handed out in
 
 /// Removes one '/' from the end of the caller's path. "/" becomes the empty path.
 inline void ShortenBySlash(char* path) {
@@ -13,4 +15,4 @@ inline void ShortenBySlash(char* path) {
 
 }  // namespace kwinst
 
-#endif  // KWINSTUTIL_DIRS_SHORTEN_H_
+#endif  // KWINSTUTIL_DIRS_PATHS_H_
