@@ -6,6 +6,7 @@
 
 #include <climits>
 #include <cstring>
+#include <filesystem>
 
 #include "fixture.h"
 
@@ -233,6 +234,9 @@ TEST_F(DirsTest, ReadsTheSystemsOfATree) {
   EXPECT_EQ(word(5), "before");
   Write("OSUNIX", "one");
   EXPECT_EQ(word(2), "");
+  std::filesystem::remove(Path("OSUNIX"));
+  MakeDir("OSUNIX");
+  EXPECT_EQ(word(1), "before") << "a directory";
 }
 
 TEST_F(DirsTest, AsksTheSystem) {

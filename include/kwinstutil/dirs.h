@@ -126,7 +126,7 @@ KWINSTUTIL_EXPORT int TEVInsGetZEBDir(char* dir, char* result) noexcept;
 /// Copies word number `index` (1 to 4) of DIR/OSUNIX into `result`, of at least 16 bytes: an empty
 /// string when the file has fewer words. A word of more than 15 characters is split there. Leaves
 /// `result` as it was when an argument is null, `index` is another number, or the file cannot be
-/// opened.
+/// opened or read.
 KWINSTUTIL_EXPORT void TEVInsReadOSFile(const char* dir, int index, char* result) noexcept;
 
 /// Copies the scratch directory, "/tmp", into `result`, of at least 5 bytes, unless that is null.

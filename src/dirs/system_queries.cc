@@ -6,14 +6,13 @@
 
 #include <cerrno>
 #include <cstring>
-#include <fstream>
-#include <iomanip>
 #include <string>
 
 #include "dirs/paths.h"
 #include "kwinstutil/dirs.h"
 #include "report/message.h"
 #include "support/shell.h"
+#include "support/text_file.h"
 #include "support/tree_paths.h"
 
 using kwinst::kPathSize;
@@ -23,13 +22,7 @@ namespace {
 /// Reads the first line of the pointer file `name` in `dir` into `result` of kPathSize bytes.
 int ReadPointerFile(const char* dir, const char* name, char* result) {
   if (dir == nullptr || result == nullptr) return -10;
-  result[0] = '\0';
-  const std::string path = kwinst::JoinPath(dir, name);
-  if (TEVFileAccess(path.c_str(), 0) != 0) return -1;
-  std::ifstream file(path);
-  if (!file.good()) return -1;
-  file.getline(result, kPathSize);
-  return file.bad() ? -1 : 1;
+  return kwinst::ReadFirstLine(kwinst::JoinPath(dir, name).c_str(), result, kPathSize) ? 1 : -1;
 }
 
 /// Blocks of `size` bytes in kilobytes, computed in the order that avoids an overflow.
@@ -72,11 +65,15 @@ int TEVInsGetZEBDir(char* dir, char* result) noexcept {
 void TEVInsReadOSFile(const char* dir, int index, char* result) noexcept {
   if (dir == nullptr || result == nullptr || index < 1 || index > 4) return;
   if (TEVFileAccess(dir, 0) != 0) return;
-  std::ifstream file(kwinst::JoinPath(dir, "OSUNIX"));
-  if (!file.good()) return;
-  char words[4][16] = {};
-  for (char(&word)[16] : words) file >> std::setw(sizeof(word)) >> word;
-  std::strcpy(result, words[index - 1]);
+  char found[16] = "";
+  int number = 0;
+  const auto find = [&found, &number, index](const char* word) {
+    if (++number < index) return true;
+    std::strcpy(found, word);
+    return false;
+  };
+  const std::string path = kwinst::JoinPath(dir, "OSUNIX");
+  if (kwinst::ForEachWord<sizeof(found)>(path.c_str(), find)) std::strcpy(result, found);
 }
 
 void TEVInsGetTempDir(char* result) noexcept {

@@ -3,20 +3,27 @@
 
 #include <kb0core/TEVFile.h>
 
+#include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 
 namespace kwinst {
 
+/// Closes a file and leaves errno alone: it tells why the reading failed.
 struct FileCloser {
-  void operator()(std::FILE* file) const { TEVFClose(file); }
+  void operator()(std::FILE* file) const {
+    const int error = errno;
+    TEVFClose(file);
+    errno = error;
+  }
 };
 
 /// A file that is read and closed on every way out. What was written is closed by hand instead,
 /// because that may fail.
 using InputFile = std::unique_ptr<std::FILE, FileCloser>;
 
-/// Opens a file for reading. Null when that fails.
+/// Opens a file for reading. Null, with errno set, when that fails.
 InputFile OpenForReading(const char* path);
 
 /// Calls `use(line)` with each line of a text, its newline included, as a C string in a buffer of
@@ -32,6 +39,29 @@ void ForEachLine(std::FILE* file, Use use) {
 
 /// Cuts a line at its newline.
 void CutNewline(char* line);
+
+/// Reads the next word, which white space ends, or the first `size` - 1 characters of a longer one;
+/// its rest is then the next word. False at the end, and when the file cannot be read.
+bool ReadWord(std::FILE* file, char* word, size_t size);
+
+/// Calls `use(word)` with each word of the file `path` as a C string of at most `Size` - 1
+/// characters: a longer word comes in pieces. Stops at the end, or when `use` returns false. False,
+/// with errno set, when the file cannot be opened or read, as a directory cannot.
+template <size_t Size, typename Use>
+bool ForEachWord(const char* path, Use use) {
+  const InputFile file = OpenForReading(path);
+  if (file == nullptr) return false;
+  char word[Size];
+  while (ReadWord(file.get(), word, Size)) {
+    if (!use(word)) return true;
+  }
+  return std::ferror(file.get()) == 0;
+}
+
+/// Reads the first line of the file `path`, without its newline and at most `size` - 1 characters
+/// of it, into `line`. An empty file has an empty line. False, with errno set and `line` empty,
+/// when the file cannot be opened or read, as a directory cannot.
+bool ReadFirstLine(const char* path, char* line, int size);
 
 }  // namespace kwinst
 
