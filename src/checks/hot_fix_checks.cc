@@ -1,0 +1,81 @@
+#include <kb0core/TEVFile.h>
+
+#include <fstream>
+#include <string>
+
+#include "checks/installed_systems.h"
+#include "kwinstutil/checks.h"
+#include "report/message.h"
+#include "support/format.h"
+#include "support/tree_paths.h"
+
+using kwinst::Format;
+using kwinst::MessageFrame;
+using kwinst::Number;
+
+namespace {
+
+/// Are files of the installed service pack damaged?
+bool ServicePackIsDamaged(const TEVINSInstToc* installed, const char* installDir) {
+  // The report is thrown into a file of this name, which stays in the current directory.
+  std::ofstream report("NUL");
+  return installed->CheckIntegrity(report, installDir, 0, 0) == 2;
+}
+
+/// Refuses a hot fix, `wanted`, because of the one that is installed. Without both names there is
+/// no message.
+void TellInstalledHotFix(const char* present, const char* wanted, const MessageFrame& frame,
+                         TEVUnicodeString* message) {
+  if (present == nullptr || wanted == nullptr) return;
+  if (kwinst::SameText(present, wanted)) {
+    *message = frame.Build("ErrHFXAlreadyInstalled", {wanted},
+                           Format("Hot fix %s is already installed\n", wanted).c_str());
+  } else {
+    *message = frame.Build(
+        "ErrHFXLevelold", {present, wanted},
+        Format("You need to remove hot fix %s before installing %s\n", present, wanted).c_str());
+  }
+}
+
+}  // namespace
+
+int TEVInsCheckHFXLevel(TEVINSInstToc* installed, TEVINSMediaToc* media, char* installDir,
+                        TEVUnicodeString* message) noexcept {
+  if (message == nullptr || installed == nullptr || media == nullptr || installDir == nullptr) {
+    return -1;
+  }
+  const MessageFrame frame;
+  if (TEVInsCheckPrereq(installed, media, message) == 0) return -1;
+
+  const int level = installed->GetSPKLevel(1);
+  const char* ga = installed->GetGALevel();
+  const char* name = media->GetHFXName();
+  if (level != media->GetSPKLevel(1)) {
+    if (ga == nullptr || name == nullptr) return -1;
+    const std::string text =
+        Format("It is impossible to install hot fix %s on %s with Service Pack level %d\n", name,
+               ga, level);
+    *message = frame.Build("ErrHFXLevelSPK", {name, ga, Number(level)}, text.c_str());
+    return -1;
+  }
+  if (TEVFileAccess(kwinst::ControlFile(installDir, "SPK.list").c_str(), 0) == 0) {
+    if (name == nullptr) return -1;
+    // The text has always said "ifx".
+    const std::string text = Format(
+        "You need to commit Service Pack level %d before installing hot ifx %s\n", level, name);
+    *message = frame.Build("ErrHFXCommitSPK", {Number(level), name}, text.c_str());
+    return -1;
+  }
+  if (installed->GetHFXLevel() != 0) {
+    TellInstalledHotFix(installed->GetHFXName(), name, frame, message);
+    return -1;
+  }
+  if (level == 0 || !ServicePackIsDamaged(installed, installDir)) return 1;
+
+  if (name != nullptr) {
+    const std::string text =
+        Format("You need to reinstall Service Pack %d before installing %s\n", level, name);
+    *message = frame.Build("ErrHFXneedreinstallSPK", {Number(level), name}, text.c_str());
+  }
+  return -1;
+}

@@ -1,0 +1,163 @@
+#include <kb0core/TEVFile.h>
+
+#include <fstream>
+#include <string>
+
+#include "checks/installed_systems.h"
+#include "kwinstutil/checks.h"
+#include "kwinstutil/dirs.h"
+#include "report/message.h"
+#include "support/format.h"
+#include "support/tree_paths.h"
+
+using kwinst::Format;
+using kwinst::MessageFrame;
+using kwinst::Number;
+using kwinst::SameText;
+
+namespace {
+
+/// Are the two tables for the same operating system, and of the same general-availability level?
+bool SameSystemAndLevel(TEVINSInstToc* installed, TEVINSMediaToc* media, const MessageFrame& frame,
+                        TEVUnicodeString* message) {
+  if (!SameText(media->GetOS(), installed->GetOS())) {
+    *message = frame.Build("ErrWndOS", {media->GetOS(), installed->GetOS()});
+    return false;
+  }
+  if (!SameText(media->GetGALevel(), installed->GetGALevel())) {
+    *message = frame.Build("ErrWndGALevel", {media->GetGALevel(), installed->GetGALevel()});
+    return false;
+  }
+  return true;
+}
+
+/// Holds one installed system of the code against the service-pack level of the medium.
+class CodeLevelCheck {
+ public:
+  CodeLevelCheck(const char* codeDir, int mediaLevel, const MessageFrame& frame,
+                 TEVUnicodeString* message)
+      : code_dir_(codeDir), media_level_(mediaLevel), frame_(frame), message_(message) {}
+
+  bool operator()(const char* system, TEVINSInstToc* table) {
+    if (table != nullptr) installed_level_ = table->GetSPKLevel(1);
+    const char* os = table != nullptr ? table->GetOS() : nullptr;
+    if (installed_level_ < media_level_) {
+      if (message_ != nullptr) {
+        *message_ =
+            frame_.Build("ErrorBadMedia_1", {Number(media_level_), os, Number(media_level_)});
+      }
+      return false;
+    }
+    if (installed_level_ > media_level_) {
+      // Not tested for null, unlike the message above: callers have always seen it so.
+      *message_ = frame_.Build("ErrorBadMedia_2", {Number(installed_level_), os});
+      return false;
+    }
+    return IsIntact(system, table, os);
+  }
+
+ private:
+  bool IsIntact(const char* system, TEVINSInstToc* table, const char* os) {
+    // The report is thrown into a file of this name, which stays in the current directory.
+    std::ofstream report("NUL");
+    std::string system_dir = kwinst::JoinPath(code_dir_, system);
+    TEVUnicodeString unwanted;
+    if (TEVInsCheckIntegrityGA(table, system_dir.data(), report, &unwanted, 0) != -3) return true;
+    if (table != nullptr) {
+      *message_ = frame_.Build("ErrorMustReinstallSPKCode", {Number(installed_level_), os},
+                               Format("You must re-install Code Service Pack level %d for OS %s\n",
+                                      installed_level_, os == nullptr ? "" : os)
+                                   .c_str());
+    }
+    return false;
+  }
+
+  std::string code_dir_;
+  int media_level_;
+  int installed_level_ = 0;  ///< of the system before, while a table is missing
+  const MessageFrame& frame_;
+  TEVUnicodeString* message_;
+};
+
+}  // namespace
+
+int TEVInsCheckPrereq(TEVINSInstToc* installed, TEVINSMediaToc* media,
+                      TEVUnicodeString* message) noexcept {
+  if (message == nullptr) return -1;
+  const MessageFrame frame;
+  // A missing table is compatible here, and only here.
+  if (installed == nullptr || media == nullptr) return 1;
+  return SameSystemAndLevel(installed, media, frame, message) ? 1 : 0;
+}
+
+int TEVInsCheckPrereqGA(TEVINSInstToc* installed, TEVINSMediaToc* media,
+                        TEVUnicodeString* message) noexcept {
+  if (message == nullptr) return -1;
+  const MessageFrame frame;
+  if (installed == nullptr || media == nullptr) return 0;
+  return SameSystemAndLevel(installed, media, frame, message) ? 1 : 0;
+}
+
+int TEVInsCheckPrereqGASP(TEVINSInstToc* installed, TEVINSMediaToc* media,
+                          TEVUnicodeString* message) noexcept {
+  if (message == nullptr) return -1;
+  const MessageFrame frame;
+  if (installed == nullptr || media == nullptr) return 0;
+  if (!SameSystemAndLevel(installed, media, frame, message)) return 0;
+
+  const int media_level = media->GetSPKLevel(1);
+  const int installed_level = installed->GetSPKLevel(1);
+  if (installed_level >= media_level) return 1;
+
+  const char* ga = media->GetGALevel() == nullptr ? "" : media->GetGALevel();
+  if (installed_level == 0) {
+    const std::string text = Format(
+        "It is forbidden to install GA %s Service Pack %d data on GA %s with no Service Pack\n", ga,
+        media_level, ga);
+    *message = frame.Build("ErrWndGASPLevel2", {ga, Number(media_level), ga}, text.c_str());
+  } else {
+    const std::string text =
+        Format("It is forbidden to install GA %s Service Pack %d data on GA %s Service Pack %d\n",
+               ga, media_level, ga, installed_level);
+    *message = frame.Build("ErrWndGASPLevel1",
+                           {ga, Number(media_level), ga, Number(installed_level)}, text.c_str());
+  }
+  return 0;
+}
+
+int TEVInsCheckSPKLevel(int mediaLevel, int installedLevel, char* installDir, int mode,
+                        TEVUnicodeString* message) noexcept {
+  if (message == nullptr) return -1;
+  const MessageFrame frame;
+  const bool pending = TEVFileAccess(kwinst::ControlFile(installDir, "SPK.list").c_str(), 0) == 0;
+  if (installedLevel < mediaLevel) {
+    if (!pending) return 1;
+    const std::string commit =
+        std::string(installDir) + "/code/command/tevstart -run TEVSoftwareMgt";
+    *message =
+        frame.Build("ErrWndNoCommit", {Number(installedLevel), Number(mediaLevel), commit.c_str()});
+    return -1;
+  }
+  if (mediaLevel < installedLevel) {
+    *message =
+        frame.Build("ErrWndErrorCD", {Number(installedLevel), installDir, Number(mediaLevel)});
+    return -1;
+  }
+  if (pending) return mode == 1 ? 3 : 1;
+  return mode != 0 ? 1 : 2;
+}
+
+int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
+                         TEVUnicodeString* message) noexcept {
+  const MessageFrame frame;
+  char code_dir[1024] = "";
+  TEVInsGetCodeDir(installDir, code_dir);
+  const std::string list = kwinst::JoinPath(code_dir, "OSUNIX");
+  if (TEVFileAccess(list.c_str(), 0) == -1) {
+    if (message != nullptr) *message = frame.Build("ErrorNoFile", {list.c_str()});
+    return 0;
+  }
+  const int media_level = media == nullptr ? 0 : media->GetSPKLevel(1);
+  const CodeLevelCheck check(code_dir, media_level, frame, message);
+  return kwinst::ForEachInstalledSystem(code_dir, frame, message, check) ? 1 : 0;
+}
