@@ -1,25 +1,34 @@
 #!/usr/bin/env bash
 # make-media.sh OUTDIR: writes the sample media, the same bytes at every run.
 #
-#   OUTDIR/ga   general availability R12 for two operating systems: OSUNIX, and a medium for each
+#   ga            general availability R12 for two operating systems: OSUNIX, and a medium for each
+#   sdk           development kits of R12, one of them for a product that ga does not have
+#   samples       samples of R12
+#   sp1, sp2      service packs for the code of R12, level 1 and 2
+#   sp1-sdk       service pack for the development kits of R12, level 1
+#   hf1, hf2      hot fixes for the code of R12 with service pack 1
+#   other-os      general availability R12 for an operating system that ga does not have
+#   other-level   general availability R13
 #
+# All but ga are media for one operating system: other-os for hpux_b, the others for aix_a.
 # A medium is a directory with a table of contents and an archive for each component in it.
 set -euo pipefail
 export LC_ALL=C
 umask 022
 
-readonly level=R12
 readonly languages=(French German Italian Japanese Simplified_Chinese Korean)
 declare -A ready=([English]='ready' [French]='prêt' [German]='bereit' [Italian]='pronto'
   [Japanese]='準備完了' [Simplified_Chinese]='就绪' [Korean]='준비 완료')
 declare -A stopped=([English]='stopped' [French]='arrêté' [German]='beendet' [Italian]='terminato'
   [Japanese]='停止' [Simplified_Chinese]='已停止' [Korean]='중지됨')
 
-# begin_medium DIRECTORY ROOT: an empty medium. Its archives unpack in ROOT of the target tree: the
-# operating system's directory, or "." for content that is the same on all of them.
+# begin_medium DIRECTORY ROOT [LEVEL]: an empty medium. Its archives unpack in ROOT of the target
+# tree: the operating system's directory, or "." for content that is the same on all of them.
 begin_medium() {
   medium=$out/$1
   root=$2
+  level=${3:-R12}
+  rm -rf "$medium"
   mkdir -p "$medium"
   : >"$medium/TOC"
 }
@@ -33,6 +42,18 @@ begin_component() {
   mkdir -p "$tree/control"
   printf '%s\n' "$*" >"$tree/control/$component.toc"
   files+=("control/$component.toc")
+}
+
+# begin_update TYPE KIND NAME [KEY=VALUE...]: a component whose own table is not in the manifest:
+# whoever takes the update back needs it until the listed files are gone.
+begin_update() {
+  begin_component "$@"
+  files=()
+}
+
+# add_parts TYPE NAME...: the parts of a service pack, a table line each.
+add_parts() {
+  printf "$1:FSP:%s\n" "${@:2}" >>"$tree/control/$component.toc"
 }
 
 # add_file PATH: a file with the content of standard input, listed in the manifest. Not to be used
@@ -74,6 +95,40 @@ add_series() {
     printf '%s' "$text" >"$tree/$path"
     files+=("$path")
   done
+}
+
+# add_post_programs NAME...: programs that run once the service pack is installed, and their list.
+add_post_programs() {
+  local name
+  add_removable control/CAFPost.list <<<"$(printf '%s\n' "$@")"
+  for name in "$@"; do
+    add_file "code/bin/${name}_$component" <<PROGRAM
+#!/bin/sh
+# ${name}_$component: sets up ${name#TEVPost} after the installation of $component
+echo "${name}_$component: setting up ${name#TEVPost} for $component"
+echo "LD_LIBRARYN32_PATH=\$LD_LIBRARYN32_PATH"
+echo "TEVInstallPath=\$TEVInstallPath"
+PROGRAM
+    chmod 755 "$tree/code/bin/${name}_$component"
+  done
+}
+
+# add_header NAME PART LEVEL: a header of NAME's development kit.
+add_header() {
+  add_file "include/TEV$1/TEV$1$2.h" <<HEADER
+/* TEV$1$2.h: $2 of $1, $3 */
+#ifndef TEV$1$2_h
+#define TEV$1$2_h
+
+#define TEV$1$2Level "$3"
+
+typedef struct TEV$1$2 TEV$1$2;
+
+TEV$1$2* TEV$1Create$2(const char* name);
+int TEV$1Delete$2(TEV$1$2* object);
+
+#endif
+HEADER
 }
 
 catalog() {
@@ -206,6 +261,83 @@ make_ga() {
   done
 }
 
+# development_kit KIND NAME [KEY=VALUE...]: the headers and the library stub of a product.
+development_kit() {
+  local part
+  begin_component zeb2 "$1" "$2.zeb2" "${@:3}"
+  for part in Session Document Attribute; do add_header "$2" "$part" "$level"; done
+  add_file "lib/libTEV$2.stub" <<<"$(printf "TEV$2%s\n" \
+    {Create,Delete}{Session,Document,Attribute})"
+  pack_component plain
+}
+
+make_sdk() {
+  begin_medium sdk .
+  development_kit PRD Modeler os=aix_a "ga=$level"
+  development_kit PRD Drafting
+  development_kit SLT MechanicalDesign
+  development_kit PRD Simulation
+}
+
+# sample NAME FILES [KEY=VALUE...]
+sample() {
+  begin_component samples SMP "$1" "${@:3}"
+  add_series "samples/$1" sample "$2"
+  pack_component compressed
+}
+
+make_samples() {
+  begin_medium samples aix_a
+  sample ModelerSamples 20 "os=$root" "ga=$level"
+  sample DrawingSamples 12
+}
+
+make_service_packs() {
+  begin_medium sp1 aix_a
+  begin_update code SPK SP1 "os=$root" "ga=$level" level=1
+  add_parts code SP1-BASE SP1-Modeler
+  add_program TEVModeler 'solids and surfaces, service pack 1'
+  add_program TEVSysDemon 'system daemon, service pack 1'
+  add_program TEVRepair 'repair of documents'
+  add_series code/data/Modeler template 2
+  add_post_programs TEVPostModeler TEVPostBase
+  pack_component compressed
+
+  begin_medium sp2 aix_a
+  begin_update code SPK SP2 "os=$root" "ga=$level" level=2
+  add_parts code SP2-BASE SP2-Modeler SP2-Drafting
+  add_program TEVModeler 'solids and surfaces, service pack 2'
+  add_program TEVDrafting 'drawings and sheets, service pack 2'
+  add_post_programs TEVPostModeler TEVPostBase
+  pack_component plain
+
+  begin_medium sp1-sdk .
+  begin_update zeb2 SPK SP1.zeb2 os=aix_a "ga=$level" level=1
+  add_parts zeb2 SP1-Modeler.zeb2
+  add_header Modeler Document "$level, service pack 1"
+  pack_component plain
+}
+
+# hot_fix NAME PACKING PROGRAM TEXT: a medium with a new version of one program. The first line of
+# its table is the service pack that the fix is for.
+hot_fix() {
+  begin_medium "${1/HF/hf}" aix_a
+  echo "code:SPK:SP1:os=$root:ga=$level:level=1" >>"$medium/TOC"
+  begin_update code HFX "$1"
+  add_program "$3" "$4"
+  pack_component "$2"
+}
+
+make_other() {
+  begin_medium other-os hpux_b
+  base
+  product Modeler compressed 20 'solids and surfaces'
+
+  begin_medium other-level aix_a R13
+  base
+  product Modeler compressed 20 'solids and surfaces'
+}
+
 if (($# != 1)); then
   echo "Usage: $0 OUTDIR" >&2
   exit 2
@@ -215,3 +347,9 @@ out=$(cd "$1" && pwd)
 stage=$(mktemp -d)
 trap 'rm -rf "$stage"' EXIT
 make_ga
+make_sdk
+make_samples
+make_service_packs
+hot_fix HF1 plain TEVModeler 'solids and surfaces, service pack 1, hot fix 1'
+hot_fix HF2 compressed TEVSysDemon 'system daemon, service pack 1, hot fix 2'
+make_other
