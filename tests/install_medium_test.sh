@@ -1,38 +1,8 @@
 #!/usr/bin/env bash
 # install_medium_test.sh BUILDDIR SOURCEDIR: installs the sample media with kwbatch, as a user does.
 set -euo pipefail
-export LC_ALL=C TEVMsgCatalogPath=$2/resources/msgcatalog
-umask 022
-kwbatch=$1/examples/kwbatch/kwbatch
-make_media=$2/examples/sample-medium/make-media.sh
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-
-fail() {
-  printf 'FAILED: %s\n' "$*" >&2
-  [[ ! -f $work/output ]] || sed 's/^/  | /' "$work/output" >&2
-  exit 1
-}
-
-# expect_exit STATUS COMMAND...: what the command prints is left in $work/output.
-expect_exit() {
-  local want=$1 got=0
-  shift
-  "$@" >"$work/output" 2>&1 || got=$?
-  ((got == want)) || fail "exit $got instead of $want: $*"
-}
-
-# expect_refusal TEXT ARGUMENT...: an installation that fails with a message that holds the text.
-expect_refusal() {
-  expect_exit 1 "$kwbatch" install "${@:2}" --scratch "$work/scratch"
-  grep -qF -- "$1" "$work/output" || fail "no '$1' in the message about ${*:2}"
-}
-
-new_scratch() {
-  rm -rf "$work/scratch"
-  mkdir "$work/scratch"
-  touch "$work/scratch/services" "$work/scratch/inetd.conf"
-}
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
 
 # component_files TABLE SUFFIX: the files control/NAMESUFFIX of the components in the table.
 component_files() { cut -d : -f 3 "$1" | sed "s|.*|control/&$2|" | xargs cat; }
@@ -90,13 +60,14 @@ check_later_runs() {
   new_scratch
   expect_exit 0 "$kwbatch" install "$medium" "$work/one/" --os aix_a --languages French \
     --scratch "$work/scratch"
-  expect_exit 0 "$kwbatch" install "$medium" "$work/one" --languages all --scratch "$work/scratch"
+  expect_refusal 'already installed' "$medium" "$work/one" --languages all
   printf 'French\n\n' | cmp - "$work/one/aix_a/NLS.txt" || fail 'the record of languages changed'
   printf 'Language-indexed fonts\n\n' | cmp - "$work/one/solaris_a/NLS.txt" || fail 'fonts'
-  cat "$medium/aix_a/TOC" | cmp - "$work/one/aix_a/control/PRESENT" || fail 'installed twice'
-  rm "$work/one/aix_a/NLS.txt"
-  mkdir "$work/one/aix_a/NLS.txt"
-  expect_refusal "$work/one/aix_a/NLS.txt" "$medium" "$work/one"
+  cmp "$medium/aix_a/TOC" "$work/one/aix_a/control/PRESENT" || fail 'installed twice'
+  mkdir -p "$work/nls/aix_a/NLS.txt" "$work/nls/aix_a/control"
+  touch "$work/nls/aix_a/control/PRESENT"
+  echo aix_a >"$work/nls/OSUNIX"
+  expect_refusal "$work/nls/aix_a/NLS.txt" "$medium" "$work/nls"
 }
 
 # A medium whose table leads out of the target.
@@ -164,12 +135,7 @@ check_full_disk() {
   install_on_disk 1500k "cd $work/small/tree;"
 }
 
-if ! command -v compress >/dev/null; then
-  echo 'Skipped: there is no compress.'
-  exit 77
-fi
-cd "$work"
-"$make_media" "$work/media"
+make_sample_media
 medium=$work/media/ga
 check_media_are_reproducible
 check_two_systems

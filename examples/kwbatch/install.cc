@@ -11,8 +11,10 @@
 #include <set>
 #include <vector>
 
+#include "check.h"
 #include "console.h"
 #include "medium.h"
+#include "tree.h"
 
 namespace fs = std::filesystem;
 
@@ -30,53 +32,52 @@ constexpr size_t kMostSystems = 4;  ///< that a tree can have
 /// A path as the library takes it: some functions shorten it in place.
 std::string Copy(const std::string& path) { return path; }
 
-/// Brings the target into a form that the library accepts, and asks it whether it may be used.
-void CheckTarget(std::string& target, const std::string& os) {
-  TEVUnicodeString path = target.c_str();
-  TEVUnicodeString message;
-  TEVInsSuppressSlashDir(&path);
-  if (TEVInsCheckSyntaxDir(&path, &message) != 0) throw Refused(message);
-  target = path.ConvertToChar();
-  if (target.size() > 1 && target.back() == '/') target.pop_back();
-  RequirePlainPath("target directory", target);
-
-  // An installation in the target is known by the systems that it lists.
-  const std::vector<std::string> installed = SystemsOf(target);
-  const std::string& system = installed.empty() ? os : installed.front();
-  if (TEVInsCheckEmptyDir(target.c_str(), system.c_str(), &message) < 0) throw Refused(message);
+/// Can the SDK package be installed: is the code there that it extends?
+bool HasCode(const TEVINSInstToc* code_table, const std::string& name) {
+  const std::string base = name.substr(0, name.find(".zeb2"));
+  return code_table != nullptr && code_table->IsInstalled(base.c_str(), code) == 0;
 }
 
-std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& target, const std::string& os) {
-  std::string path = target + "/" + os;
-  // Nothing is installed for a system that the tree does not have.
-  if (TEVFileAccess(path.c_str(), 0) != 0) return nullptr;
-  TEVINSInstToc* toc = nullptr;
-  TEVUnicodeString message;
-  const int status = InitInstallToc(path.data(), &toc, &message);
-  std::unique_ptr<TEVINSInstToc> owned(toc);
-  if (status != 0) throw Refused(message);
-  return owned;
-}
-
-/// The packages of the media that the target does not have, in the order of installation.
-std::vector<Component> Missing(const std::vector<Medium>& media, const std::string& target) {
-  std::vector<Component> components;
-  for (const Medium& medium : media) {
-    const auto installed = OpenInstalled(target, medium.os);
-    std::set<std::string> seen;
-    for (const TEVINSPkg kind : kProductKinds) {
-      for (const std::string& name : PackagesOf(*medium.toc, kind)) {
-        if (installed != nullptr && installed->IsInstalled(name.c_str(), code) == 0) continue;
-        if (!seen.insert(name).second) continue;
-        RequirePlainName("package name", name);
-        const std::string archive = ArchiveOf(medium, name);
-        if (archive.empty())
-          throw Refusal("The archive " + medium.dir + "/" + name + " is missing on the medium.\n");
-        components.push_back({&medium, name, archive});
+/// The packages of the medium that the target does not have, in the order of installation.
+void AddMissing(const Medium& medium, const InstallOptions& options,
+                std::vector<Component>& components) {
+  const auto installed = OpenInstalled(SystemDir(medium, options.target));
+  const auto code_table =
+      IsSdk(medium) ? OpenInstalled(options.code_tree + "/" + medium.os) : nullptr;
+  const Content content = ContentOf(medium.kind);
+  std::set<std::string> seen;
+  for (const TEVINSPkg kind : content.kinds) {
+    for (const std::string& name : PackagesOf(*medium.toc, content.type, kind)) {
+      if (installed != nullptr && installed->IsInstalled(name.c_str(), content.type) == 0) continue;
+      if (IsSdk(medium) && !HasCode(code_table.get(), name)) continue;
+      if (!seen.insert(name).second) continue;
+      RequirePlainName("package name", name);
+      const std::string archive = ArchiveOf(medium, name);
+      if (archive.empty()) {
+        throw Refusal("The archive " + medium.dir + "/" + name + " is missing on the medium.\n");
       }
+      components.push_back({&medium, name, archive});
     }
   }
-  return components;
+}
+
+/// The media of which something can be installed. Throws a Refusal when there is none.
+std::vector<Medium> Installable(std::vector<Medium> media, const InstallOptions& options) {
+  std::vector<Medium> installable;
+  std::string reason;
+  for (Medium& medium : media) {
+    if (medium.kind > MediumKind::kSamples) {
+      throw Refusal("The medium " + medium.dir + " is a service pack or a hot fix.\n");
+    }
+    try {
+      RequireInstallable(medium, options.target, options.code_tree);
+      installable.push_back(std::move(medium));
+    } catch (const NothingToInstall& refusal) {
+      reason = refusal.what();
+    }
+  }
+  if (installable.empty()) throw Refusal(reason);
+  return installable;
 }
 
 /// Refuses a target without room. A compressed archive is taken to grow fourfold.
@@ -139,22 +140,37 @@ void RecordSystems(const std::vector<Medium>& media, const std::string& target) 
   }
 }
 
-/// Makes the directories of the systems with a table each, at first an empty one: with that, an
+/// Records in an SDK tree and its code tree where the other one is.
+void RecordCodeTree(const std::string& target, const std::string& code_tree) {
+  TEVUnicodeString message;
+  if (TEVInsCreateFile(Copy(target + "/CodeDir.txt").data(), Copy(code_tree).data(), &message) !=
+          1 ||
+      TEVInsCreateFile(Copy(code_tree + "/ZEBDir.txt").data(), Copy(target).data(), &message) !=
+          1) {
+    throw Refused(message);
+  }
+}
+
+/// Makes the system directories with a table each, at first an empty one: with that, an
 /// installation that fails can be taken up again.
-void MakeTree(const std::vector<Medium>& media, const std::string& target) {
+void MakeTree(const std::vector<Medium>& media, const InstallOptions& options) {
   for (const Medium& medium : media) {
-    const std::string control = target + "/" + medium.os + "/control";
+    const std::string control = SystemDir(medium, options.target) + "/control";
     if (TEVInsCreateDirectory(Copy(control).data()) != 0) {
       throw Refusal("The directory " + control + " cannot be created.\n");
     }
     std::ofstream(control + "/PRESENT", std::ios::app);
   }
-  RecordSystems(media, target);
+  if (IsSdk(media.front())) {
+    RecordCodeTree(options.target, options.code_tree);
+  } else {
+    RecordSystems(media, options.target);
+  }
 }
 
 /// The languages for a system: those that it has are kept, since its other languages are gone.
 int LanguagesFor(const Medium& medium, const InstallOptions& options) {
-  const std::string record = options.target + "/" + medium.os + "/NLS.txt";
+  const std::string record = SystemDir(medium, options.target) + "/NLS.txt";
   if (TEVFileAccess(record.c_str(), 0) != 0) return options.languages.value_or(127);
   const int kept = TEVInsInitChosenLang(Copy(options.target).data(), medium.os.c_str());
   if (options.languages && *options.languages != kept) {
@@ -167,8 +183,9 @@ void Transfer(const Component& component, std::string target, int languages, Log
   std::string name = component.name;
   std::string source = component.medium->dir;
   TEVUnicodeString message;
-  const int status = TEVInsTransferCAF(name.data(), source.data(), target.data(),
-                                       component.medium->os.c_str(), languages, message);
+  const char* os = IsSdk(*component.medium) ? nullptr : component.medium->os.c_str();
+  const int status =
+      TEVInsTransferCAF(name.data(), source.data(), target.data(), os, languages, message);
   log.Write(name + " (" + component.medium->os + "): " + (status == 0 ? "installed" : "failed") +
             "\n" + message.ConvertToChar());
   if (status == 0) {
@@ -204,13 +221,15 @@ void RecordLanguages(const Medium& medium, std::string target, int languages, Lo
 /// Shows what the target holds now.
 void Summarize(const std::vector<Medium>& media, const std::string& target) {
   for (const Medium& medium : media) {
-    Say("Installed in " + target + "/" + medium.os + ":");
-    const auto installed = OpenInstalled(target, medium.os);
+    const std::string system_dir = SystemDir(medium, target);
+    Say("Installed in " + system_dir + ":");
+    const auto installed = OpenInstalled(system_dir);
     if (installed == nullptr) continue;
-    for (const TEVINSPkg kind : kProductKinds) {
+    const Content content = ContentOf(medium.kind);
+    for (const TEVINSPkg kind : content.kinds) {
       std::string line;
-      for (const std::string& name : PackagesOf(*installed, kind)) line += " " + name;
-      if (!line.empty()) Say(std::string("  ") + kTEVINSNames[6 + kind] + line);
+      for (const std::string& name : PackagesOf(*installed, content.type, kind)) line += " " + name;
+      if (!line.empty()) Say(std::string("  ") + kTEVINSNames[kTEVINSFirstKind + kind] + line);
     }
   }
 }
@@ -218,22 +237,24 @@ void Summarize(const std::vector<Medium>& media, const std::string& target) {
 }  // namespace
 
 void Install(InstallOptions options) {
-  RequirePlainPath("medium", options.medium);
-  options.medium = fs::absolute(options.medium).lexically_normal();
-  if (options.medium.back() == '/') options.medium.pop_back();
-  RequirePlainPath("medium", options.medium);
+  options.medium = MediumPath(options.medium);
+  options.target = TargetPath(options.target);
   Say("Medium " + options.medium);
-  const std::vector<Medium> media = OpenMedium(options.medium, options.os);
-  CheckTarget(options.target, media.front().os);
-  const std::vector<Component> components = Missing(media, options.target);
+  std::vector<Medium> opened = OpenMedium(options.medium, options.os);
+  options.code_tree = CodeTreeFor(opened.front(), options.target, options.code_tree);
+  const std::vector<Medium> media = Installable(std::move(opened), options);
+  std::vector<Component> components;
+  for (const Medium& medium : media) AddMissing(medium, options, components);
   CheckSpace(components, options.target);
 
   Log log(" installation of " + options.medium + " in " + options.target + "\n");
-  MakeTree(media, options.target);
+  MakeTree(media, options);
   std::map<const Medium*, int> languages;
   for (const Medium& medium : media) languages[&medium] = LanguagesFor(medium, options);
   TransferAll(components, options, languages, log);
-  for (const auto& [medium, mask] : languages) RecordLanguages(*medium, options.target, mask, log);
+  for (const auto& [medium, mask] : languages) {
+    if (!IsSdk(*medium)) RecordLanguages(*medium, options.target, mask, log);
+  }
   log.Succeeded();
   Summarize(media, options.target);
   Say(std::string("The log is ") + log.get()->GetLogFileName());

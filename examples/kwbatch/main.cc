@@ -4,13 +4,14 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <map>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
+#include "check.h"
 #include "console.h"
 #include "install.h"
 
@@ -18,14 +19,19 @@ namespace {
 
 constexpr const char* kHelp =
     "Usage: kwbatch install MEDIUM TARGET [options]\n"
+    "       kwbatch check MEDIUM TARGET [--os NAME] [--code DIR]\n"
+    "       kwbatch verify TARGET\n"
     "\n"
-    "Installs every package of MEDIUM that TARGET does not have yet.\n"
+    "install puts every package of MEDIUM that TARGET does not have yet into TARGET.\n"
+    "check says whether MEDIUM may be installed on TARGET, or why not, and writes nothing.\n"
+    "verify reports each installed file that is missing or damaged.\n"
     "\n"
     "  --languages LIST  languages to keep beside English: all (as without the option), none, or\n"
     "                    some of French, German, Italian, Japanese, Simplified_Chinese, Korean,\n"
-    "                    separated by commas\n"
+    "                    separated by commas; a tree keeps what was chosen first\n"
     "  --fonts           keep the language-indexed fonts too; \"all\" implies it\n"
-    "  --os NAME         install for one operating system of the medium only\n"
+    "  --os NAME         one operating system of the medium only\n"
+    "  --code DIR        the tree of the code that an SDK belongs to\n"
     "  --scratch DIR     keep the log, and work on copies of the system files, in DIR\n"
     "  --help            show this help\n"
     "\n"
@@ -60,61 +66,78 @@ void UseScratch(const char* dir) {
   setenv("VRK_ODT_TMP", dir, 1);
 }
 
-InstallOptions ParseInstall(int count, char** arguments) {
+/// The options of all commands, and the words that are none.
+struct CommandLine {
+  InstallOptions options;
+  std::vector<std::string> words;
+};
+
+CommandLine Parse(int count, char** arguments) {
   static const option kOptions[] = {{"languages", required_argument, nullptr, 'l'},
                                     {"fonts", no_argument, nullptr, 'f'},
                                     {"os", required_argument, nullptr, 'o'},
+                                    {"code", required_argument, nullptr, 'c'},
                                     {"scratch", required_argument, nullptr, 's'},
+                                    {"help", no_argument, nullptr, 'h'},
                                     {nullptr, 0, nullptr, 0}};
-  InstallOptions options;
+  CommandLine line;
   bool fonts = false;
   int given = 0;
   opterr = 0;
   while ((given = getopt_long(count, arguments, "", kOptions, nullptr)) != -1) {
     switch (given) {
       case 'l':
-        options.languages = LanguageMask(optarg);
+        line.options.languages = LanguageMask(optarg);
         break;
       case 'f':
         fonts = true;
         break;
       case 'o':
-        options.os = optarg;
+        line.options.os = optarg;
+        break;
+      case 'c':
+        line.options.code_tree = optarg;
         break;
       case 's':
         UseScratch(optarg);
         break;
+      case 'h':
+        line.words = {"help"};
+        return line;
       default:
         throw UsageError(std::string("wrong option ") + arguments[optind - 1]);
     }
   }
-  if (count - optind != 2) throw UsageError("install needs a MEDIUM and a TARGET");
-  if (fonts) options.languages = options.languages.value_or(126) | 1;
-  options.medium = arguments[optind];
-  options.target = arguments[optind + 1];
-  return options;
+  if (fonts) line.options.languages = line.options.languages.value_or(126) | 1;
+  line.words.assign(arguments + optind, arguments + count);
+  return line;
 }
 
-int Run(int count, char** arguments) {
-  const std::string command = count > 1 ? arguments[1] : "";
-  for (int i = 1; i < count; ++i) {
-    if (std::strcmp(arguments[i], "--help") == 0) {
-      std::fputs(kHelp, stdout);
-      return 0;
-    }
+void Run(CommandLine line) {
+  const std::string command = line.words.empty() ? "" : line.words[0];
+  const size_t words = line.words.size() - 1;
+  if (command == "help") {
+    std::fputs(kHelp, stdout);
+  } else if (command == "install" && words == 2) {
+    line.options.medium = line.words[1];
+    line.options.target = line.words[2];
+    Install(line.options);
+  } else if (command == "check" && words == 2) {
+    Check(line.words[1], line.words[2], line.options.os, line.options.code_tree);
+  } else if (command == "verify" && words == 1) {
+    Verify(line.words[1]);
+  } else {
+    throw UsageError("no such command, or too few or too many words");
   }
-  if (command != "install") throw UsageError("unknown command \"" + command + "\"");
-  Install(ParseInstall(count - 1, arguments + 1));
-  return 0;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    const int status = Run(argc, argv);
+    Run(Parse(argc, argv));
     // Whoever reads the output must not take a part of it for the whole.
-    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? status : 1;
+    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? 0 : 1;
   } catch (const UsageError& error) {
     std::fprintf(stderr, "kwbatch: %s; see kwbatch --help\n", error.what());
     return 2;

@@ -2,24 +2,38 @@
 
 #include <kb0core/TEVFile.h>
 
+#include <filesystem>
+
 #include "console.h"
+#include "tree.h"
 
 namespace {
 
 constexpr size_t kSystemNameLength = 15;  ///< of the names in the file OSUNIX
 
-bool Exists(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 0; }
+MediumKind KindOf(TEVINSMediaToc* toc) {
+  TEVUnicodeString message;
+  if (TEVInsCheckMediaHFX(toc, &message) == 0) return MediumKind::kHotFix;
+  const int pack = TEVInsCheckMediaSPK(toc, &message);
+  if (pack == 0) return MediumKind::kServicePack;
+  if (pack == 1) return MediumKind::kSdkServicePack;
+  if (TEVInsCheckMedia(zeb2, toc, &message) == 0) return MediumKind::kSdk;
+  if (TEVInsCheckMediaSMP(toc, &message) == 0) return MediumKind::kSamples;
+  if (TEVInsCheckMedia(code, toc, &message) == 0) return MediumKind::kProducts;
+  throw Refused(message);
+}
 
 Medium OpenSystem(const std::string& dir, const std::string& os) {
   Medium medium;
   medium.dir = dir;
+  medium.of_several = !os.empty();
   std::string path = dir + "/TOC";
   TEVINSMediaToc* toc = nullptr;
   TEVUnicodeString message;
   const int status = InitMediaToc(path.data(), &toc, &message);
   medium.toc.reset(toc);
   if (status != 0) throw Refused(message);
-  if (TEVInsCheckMedia(code, toc, &message) != 0) throw Refused(message);
+  medium.kind = KindOf(toc);
   medium.os = os.empty() && toc->GetOS() != nullptr ? toc->GetOS() : os;
   if (medium.os.empty()) throw Refusal("The table " + path + " names no operating system.\n");
   RequirePlainName("operating system of the medium", medium.os);
@@ -31,14 +45,12 @@ Medium OpenSystem(const std::string& dir, const std::string& os) {
 
 }  // namespace
 
-std::vector<std::string> SystemsOf(const std::string& dir) {
-  std::vector<std::string> systems;
-  for (int index = 1; index <= 4; ++index) {
-    char name[16] = "";
-    TEVInsReadOSFile(dir.c_str(), index, name);
-    if (name[0] != '\0') systems.emplace_back(name);
-  }
-  return systems;
+std::string MediumPath(const std::string& medium) {
+  RequirePlainPath("medium", medium);
+  std::string path = std::filesystem::absolute(medium).lexically_normal();
+  if (path.back() == '/') path.pop_back();
+  RequirePlainPath("medium", path);
+  return path;
 }
 
 std::vector<Medium> OpenMedium(const std::string& dir, const std::string& os) {
@@ -54,9 +66,27 @@ std::vector<Medium> OpenMedium(const std::string& dir, const std::string& os) {
   return media;
 }
 
-std::vector<std::string> PackagesOf(const TEVINSToc& toc, TEVINSPkg kind) {
+Content ContentOf(MediumKind kind) {
+  switch (kind) {
+    case MediumKind::kSdk:
+      return {zeb2, {PRD, SLT}};
+    case MediumKind::kSamples:
+      return {samples, {SMP}};
+    case MediumKind::kServicePack:
+      return {code, {SPK}};
+    case MediumKind::kSdkServicePack:
+      return {zeb2, {SPK}};
+    case MediumKind::kHotFix:
+      return {code, {HFX}};
+    case MediumKind::kProducts:
+      break;
+  }
+  return {code, {FWK, GRP, PRD, PDO, SLT}};
+}
+
+std::vector<std::string> PackagesOf(const TEVINSToc& toc, TEVINSType type, TEVINSPkg kind) {
   const auto list = std::make_unique<TEVINSStockName>();
-  toc.GetPackage(kind, code, list.get(), 1);
+  toc.GetPackage(kind, type, list.get(), 1);
   std::vector<std::string> names;
   for (int i = 0; i < list->GetNbName(); ++i) names.emplace_back(list->GetName(i));
   return names;
@@ -65,7 +95,7 @@ std::vector<std::string> PackagesOf(const TEVINSToc& toc, TEVINSPkg kind) {
 std::string ArchiveOf(const Medium& medium, const std::string& component) {
   const std::string plain = medium.dir + "/" + component;
   for (const std::string& path : {plain + ".Z", plain}) {
-    if (Exists(path)) return path;
+    if (TEVFileAccess(path.c_str(), 0) == 0) return path;
   }
   return "";
 }

@@ -7,26 +7,35 @@
 #include <string>
 #include <vector>
 
+enum class MediumKind { kProducts, kSdk, kSamples, kServicePack, kSdkServicePack, kHotFix };
+
 /// The content of a medium for one operating system.
 struct Medium {
-  std::string os;   ///< the system's name, and its directory in a tree
+  MediumKind kind;
+  std::string os;   ///< the system's name, and its directory in a code tree
+  bool of_several;  ///< it is one of the systems of a medium that has several
   std::string dir;  ///< where its table and archives lie
   std::unique_ptr<TEVINSMediaToc> toc;
 };
 
-/// The kinds of package that are installed from a general-availability medium, in the order in
-/// which they build upon one another.
-constexpr TEVINSPkg kProductKinds[] = {FWK, GRP, PRD, PDO, SLT};
+/// What is installed from a medium: packages of one type, of some kinds, in the order in which they
+/// build upon one another.
+struct Content {
+  TEVINSType type;
+  std::vector<TEVINSPkg> kinds;
+};
 
-/// The names of the operating systems in DIR/OSUNIX.
-std::vector<std::string> SystemsOf(const std::string& dir);
+/// The full path of a medium, in a form that the library accepts. Throws a Refusal.
+std::string MediumPath(const std::string& medium);
 
 /// Opens a medium: a directory with a table, or with the file OSUNIX and a directory with a table
 /// for each system that it names. With an `os`, only that system. Throws a Refusal.
 std::vector<Medium> OpenMedium(const std::string& dir, const std::string& os);
 
-/// The names of the code packages of a kind.
-std::vector<std::string> PackagesOf(const TEVINSToc& toc, TEVINSPkg kind);
+Content ContentOf(MediumKind kind);
+
+/// The names of the packages of a type and kind.
+std::vector<std::string> PackagesOf(const TEVINSToc& toc, TEVINSType type, TEVINSPkg kind);
 
 /// The path of the component's archive, compressed or not, or empty when there is none.
 std::string ArchiveOf(const Medium& medium, const std::string& component);

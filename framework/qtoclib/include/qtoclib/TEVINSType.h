@@ -25,8 +25,11 @@ enum TEVINSPkg {
   SMP = 9,  ///< samples
 };
 
+/// Where the kinds begin in kTEVINSNames.
+inline constexpr int kTEVINSFirstKind = 6;
+
 /// The words that stand for the types and kinds in every table of contents: type `t` is entry `t`,
-/// kind `p` is entry 6 + `p`.
+/// kind `p` is entry kTEVINSFirstKind + `p`.
 inline constexpr const char* const kTEVINSNames[16] = {
     "code", "zeb2", "documentation", "unknownM", "unknownQ", "samples",  // types
     "FWK",  "GRP",  "PRD",           "PDO",      "SLT",      "FIX",

@@ -1,0 +1,205 @@
+#include "check.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <sstream>
+
+#include "tree.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Makes a directory of its own the current one: some checks leave a file there.
+class CurrentDirectory {
+ public:
+  CurrentDirectory() : before_(fs::current_path()) {
+    std::string name = fs::temp_directory_path() / "kwbatch-XXXXXX";
+    if (mkdtemp(name.data()) == nullptr) throw Refusal("No directory can be made for checks.\n");
+    own_ = name;
+    fs::current_path(own_);
+  }
+  ~CurrentDirectory() {
+    std::error_code ignored;
+    fs::current_path(before_, ignored);
+    fs::remove_all(own_, ignored);
+  }
+  CurrentDirectory(const CurrentDirectory&) = delete;
+  CurrentDirectory& operator=(const CurrentDirectory&) = delete;
+
+ private:
+  fs::path before_;
+  fs::path own_;
+};
+
+/// Throws the message unless the check passed.
+void Require(bool passed, const TEVUnicodeString& message) {
+  if (!passed) throw Refused(message);
+}
+
+void RequireTarget(const Medium& medium, const std::string& target) {
+  TEVUnicodeString message;
+  // An installation in the target is known by the systems that it lists.
+  const std::vector<std::string> systems = SystemsOf(target);
+  const std::string system = systems.empty() ? medium.os : systems.front();
+  const char* sub_dir = medium.kind == MediumKind::kSdk ? "." : system.c_str();
+  Require(TEVInsCheckEmptyDir(target.c_str(), sub_dir, &message) > 0, message);
+}
+
+void RequireProducts(const Medium& medium, const std::string& target) {
+  RequireTarget(medium, target);
+  const std::vector<std::string> systems = SystemsOf(target);
+  const bool has_system = std::count(systems.begin(), systems.end(), medium.os) > 0;
+  // A medium for one system only is for a tree of that system.
+  const bool adds_system = !has_system && (systems.empty() || medium.of_several);
+  if (adds_system) return;
+  const std::string system = has_system ? medium.os : systems.front();
+  const auto installed = OpenInstalled(target + "/" + system);
+  if (installed == nullptr) return;
+  TEVUnicodeString message;
+  Require(TEVInsCheckPrereq(installed.get(), medium.toc.get(), &message) == 1, message);
+  if (TEVInsCheckInstall(code, installed.get(), medium.toc.get(), &message) == 0) {
+    throw NothingToInstall(message.ConvertToChar());
+  }
+}
+
+void RequireSdk(const Medium& medium, const std::string& target, std::string code_tree) {
+  RequireTarget(medium, target);
+  TEVUnicodeString message;
+  const char* level = medium.toc->GetGALevel();
+  Require(TEVInsCheckInstallCode(code_tree.data(), level, &message) == 1, message);
+  const auto installed = OpenInstalled(target);
+  const auto installed_code = OpenInstalled(code_tree + "/" + medium.os);
+  if (installed != nullptr) {
+    Require(TEVInsCheckPrereqGA(installed.get(), medium.toc.get(), &message) == 1, message);
+  }
+  Require(
+      TEVInsCheckInstallZEB(installed.get(), medium.toc.get(), installed_code.get(), &message) == 1,
+      message);
+}
+
+/// The table of the system that the medium is for, which must be there.
+std::unique_ptr<TEVINSInstToc> RequireInstalled(const Medium& medium, const std::string& target) {
+  const std::vector<std::string> systems = SystemsOf(target);
+  const bool has_system = std::count(systems.begin(), systems.end(), medium.os) > 0;
+  if (systems.empty()) throw Refusal("Nothing is installed in " + target + ".\n");
+  auto installed = OpenInstalled(target + "/" + (has_system ? medium.os : systems.front()));
+  if (installed == nullptr) throw Refusal("Nothing is installed in " + target + ".\n");
+  return installed;
+}
+
+void RequireSamples(const Medium& medium, std::string target) {
+  TEVUnicodeString message;
+  const char* level = medium.toc->GetGALevel();
+  Require(TEVInsCheckInstallCode(target.data(), level, &message) == 1, message);
+  const auto installed = RequireInstalled(medium, target);
+  Require(TEVInsCheckPrereqGASP(installed.get(), medium.toc.get(), &message) == 1, message);
+  Require(TEVInsCheckInstallSMP(installed.get(), medium.toc.get(), &message) == 1, message);
+}
+
+void RequireServicePack(const Medium& medium, const std::string& target) {
+  TEVUnicodeString message;
+  const auto installed = RequireInstalled(medium, target);
+  Require(TEVInsCheckPrereq(installed.get(), medium.toc.get(), &message) == 1, message);
+  std::string system_dir = SystemDir(medium, target);
+  const int level = medium.toc->GetSPKLevel(1);
+  const int allowed =
+      TEVInsCheckSPKLevel(level, installed->GetSPKLevel(1), system_dir.data(), 0, &message);
+  Require(allowed > 0, message);
+
+  int value = 0;
+  int automatic = 0;
+  if (TEVInsCheckInterruptSPK(system_dir.data(), &value, &automatic) == 1) {
+    Say("An earlier service pack was interrupted; this installation takes it up.");
+    return;
+  }
+  if (TEVInsCheckInstallSPK(code, installed.get(), medium.toc.get(), &message) == 1) return;
+  // A service pack that is installed already may go over damaged files.
+  std::ostringstream report;
+  TEVUnicodeString verdict;
+  const int status =
+      TEVInsCheckIntegrityGA(installed.get(), system_dir.data(), report, &verdict, 0);
+  Require(status == -3, message);
+}
+
+void RequireSdkServicePack(const Medium& medium, std::string target, std::string code_tree) {
+  TEVUnicodeString message;
+  const auto installed = OpenInstalled(target);
+  if (installed == nullptr) throw Refusal("No SDK is installed in " + target + ".\n");
+  Require(TEVInsCheckPrereqGA(installed.get(), medium.toc.get(), &message) == 1, message);
+  Require(TEVInsCheckCodeLevel(medium.toc.get(), target.data(), &message) == 1, message);
+  std::string os = medium.os;
+  const int level = medium.toc->GetSPKLevel(1);
+  Require(TEVInsCheckInstallSPKCommitted(code_tree.data(), level, os.data(), &message) == 1,
+          message);
+}
+
+void RequireHotFix(const Medium& medium, const std::string& target) {
+  TEVUnicodeString message;
+  const auto installed = RequireInstalled(medium, target);
+  std::string system_dir = SystemDir(medium, target);
+  Require(TEVInsCheckHFXLevel(installed.get(), medium.toc.get(), system_dir.data(), &message) == 1,
+          message);
+}
+
+/// Reports the damages of one system directory. True when there is none.
+bool VerifySystem(const std::string& system_dir, int sdk) {
+  const auto installed = OpenInstalled(system_dir);
+  if (installed == nullptr) throw Refusal("Nothing is installed in " + system_dir + ".\n");
+  std::ostringstream report;
+  TEVUnicodeString message;
+  std::string path = system_dir;
+  const int status = TEVInsCheckIntegrityGA(installed.get(), path.data(), report, &message, sdk);
+  Say(system_dir + ":");
+  if (!report.str().empty()) Say(report.str());
+  Say(message.ConvertToChar());
+  return status == 0;
+}
+
+}  // namespace
+
+void RequireInstallable(const Medium& medium, const std::string& target,
+                        const std::string& code_tree) {
+  const CurrentDirectory own;
+  switch (medium.kind) {
+    case MediumKind::kProducts:
+      return RequireProducts(medium, target);
+    case MediumKind::kSdk:
+      return RequireSdk(medium, target, code_tree);
+    case MediumKind::kSamples:
+      return RequireSamples(medium, target);
+    case MediumKind::kServicePack:
+      return RequireServicePack(medium, target);
+    case MediumKind::kSdkServicePack:
+      return RequireSdkServicePack(medium, target, code_tree);
+    case MediumKind::kHotFix:
+      return RequireHotFix(medium, target);
+  }
+}
+
+void Check(const std::string& medium, const std::string& target, const std::string& os,
+           const std::string& code_tree) {
+  const std::string path = TargetPath(target);
+  bool something = false;
+  std::string reason;
+  for (const Medium& system : OpenMedium(MediumPath(medium), os)) {
+    try {
+      RequireInstallable(system, path, CodeTreeFor(system, path, code_tree));
+      Say(system.dir + " may be installed in " + SystemDir(system, path) + ".");
+      something = true;
+    } catch (const NothingToInstall& refusal) {
+      reason = refusal.what();
+    }
+  }
+  if (!something) throw NothingToInstall(reason);
+}
+
+void Verify(const std::string& target) {
+  const std::string path = TargetPath(target);
+  const std::vector<std::string> systems = SystemsOf(path);
+  bool intact = true;
+  for (const std::string& os : systems) intact = VerifySystem(path + "/" + os, 0) && intact;
+  if (systems.empty()) intact = VerifySystem(path, 1);
+  if (!intact) throw Refusal("The installation in " + path + " is damaged.\n");
+}

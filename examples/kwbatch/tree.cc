@@ -1,0 +1,57 @@
+#include "tree.h"
+
+#include <kb0core/TEVFile.h>
+
+#include "console.h"
+
+bool IsSdk(const Medium& medium) {
+  return medium.kind == MediumKind::kSdk || medium.kind == MediumKind::kSdkServicePack;
+}
+
+std::vector<std::string> SystemsOf(const std::string& dir) {
+  std::vector<std::string> systems;
+  for (int index = 1; index <= 4; ++index) {
+    char name[16] = "";
+    TEVInsReadOSFile(dir.c_str(), index, name);
+    if (name[0] != '\0') systems.emplace_back(name);
+  }
+  return systems;
+}
+
+std::string TargetPath(const std::string& target) {
+  TEVUnicodeString path = target.c_str();
+  TEVUnicodeString message;
+  TEVInsSuppressSlashDir(&path);
+  if (TEVInsCheckSyntaxDir(&path, &message) != 0) throw Refused(message);
+  std::string accepted = path.ConvertToChar();
+  if (accepted.size() > 1 && accepted.back() == '/') accepted.pop_back();
+  RequirePlainPath("target directory", accepted);
+  return accepted;
+}
+
+std::string SystemDir(const Medium& medium, const std::string& target) {
+  return IsSdk(medium) ? target : target + "/" + medium.os;
+}
+
+std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir) {
+  if (TEVFileAccess(system_dir.c_str(), 0) != 0) return nullptr;
+  std::string path = system_dir;
+  TEVINSInstToc* toc = nullptr;
+  TEVUnicodeString message;
+  const int status = InitInstallToc(path.data(), &toc, &message);
+  std::unique_ptr<TEVINSInstToc> owned(toc);
+  if (status != 0) throw Refused(message);
+  // An installation that failed at its first component has left an empty table.
+  return owned->GetNbToc() > 0 ? std::move(owned) : nullptr;
+}
+
+std::string CodeTreeFor(const Medium& medium, const std::string& target, const std::string& given) {
+  if (!IsSdk(medium)) return "";
+  if (!given.empty()) return TargetPath(given);
+  std::string dir = target;
+  char code_tree[1024] = "";
+  if (TEVInsGetCodeDir(dir.data(), code_tree) != 1 || code_tree[0] == '\0') {
+    throw Refusal("The SDK in " + target + " names no code: give its tree with --code.\n");
+  }
+  return TargetPath(code_tree);
+}

@@ -1,0 +1,33 @@
+#ifndef KWBATCH_TREE_H_
+#define KWBATCH_TREE_H_
+
+#include <kwinstutil/kwinstutil.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "medium.h"
+
+/// Does what comes from the medium go into an SDK tree?
+bool IsSdk(const Medium& medium);
+
+/// The names of the operating systems in DIR/OSUNIX; none for an SDK tree.
+std::vector<std::string> SystemsOf(const std::string& dir);
+
+/// Brings the target into a form that the library accepts: absolute, without blanks and doubled
+/// separators. Throws a Refusal.
+std::string TargetPath(const std::string& target);
+
+/// The directory in the target that holds what comes from the medium: that of its operating system,
+/// or the target itself for the SDK.
+std::string SystemDir(const Medium& medium, const std::string& target);
+
+/// Opens the table of a system directory; null when there is nothing. Throws a Refusal.
+std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir);
+
+/// The code tree that an SDK medium's target belongs to: `given`, or else the one that the target
+/// names. Empty for other media. Throws a Refusal when there is none.
+std::string CodeTreeFor(const Medium& medium, const std::string& target, const std::string& given);
+
+#endif  // KWBATCH_TREE_H_

@@ -1,0 +1,45 @@
+# shellcheck shell=bash
+# Sourced by the end-to-end tests with BUILDDIR and SOURCEDIR as $1 and $2: a directory $work of
+# their own, and what they have in common.
+export LC_ALL=C TEVMsgCatalogPath=$2/resources/msgcatalog
+umask 022
+kwbatch=$1/examples/kwbatch/kwbatch
+make_media=$2/examples/sample-medium/make-media.sh
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+fail() {
+  printf 'FAILED: %s\n' "$*" >&2
+  [[ ! -f $work/output ]] || sed 's/^/  | /' "$work/output" >&2
+  exit 1
+}
+
+# expect_exit STATUS COMMAND...: what the command prints is left in $work/output.
+expect_exit() {
+  local want=$1 got=0
+  shift
+  "$@" >"$work/output" 2>&1 || got=$?
+  ((got == want)) || fail "exit $got instead of $want: $*"
+}
+
+# expect_refusal TEXT ARGUMENT...: an installation that fails with a message that holds the text.
+expect_refusal() {
+  expect_exit 1 "$kwbatch" install "${@:2}" --scratch "$work/scratch"
+  grep -qF -- "$1" "$work/output" || fail "no '$1' in the message about ${*:2}"
+}
+
+new_scratch() {
+  rm -rf "$work/scratch"
+  mkdir "$work/scratch"
+  touch "$work/scratch/services" "$work/scratch/inetd.conf"
+}
+
+# The sample media, in $work/media; without compress the test is skipped.
+make_sample_media() {
+  if ! command -v compress >/dev/null; then
+    echo 'Skipped: there is no compress.'
+    exit 77
+  fi
+  cd "$work" || exit
+  "$make_media" "$work/media"
+}
