@@ -73,14 +73,26 @@ const std::vector<uint32_t>* TEVINSToc::Table::Find(TEVINSPkg kind, TEVINSType t
 }
 
 bool TEVINSToc::Table::Has(TEVINSType type, std::string_view name) const {
-  if (type < 0 || type >= kwinst::kTypes) return false;
-  if (!names_) {
-    names_.emplace();
+  if (slots_.empty()) {
+    size_t size = 1;
+    while (size < 2 * packages.size() + 1) size *= 2;
+    slots_.resize(size);
+    uint32_t number = 0;
     for (const kwinst::Package& package : packages) {
-      (*names_)[package.type].insert(package.name);
+      slots_[SlotOf(package.type, package.hash, package.name)] = ++number;
     }
   }
-  return (*names_)[type].count(name) != 0;
+  return slots_[SlotOf(type, std::hash<std::string_view>()(name), name)] != 0;
+}
+
+size_t TEVINSToc::Table::SlotOf(TEVINSType type, size_t hash, std::string_view name) const {
+  const size_t mask = slots_.size() - 1;
+  size_t slot = (hash + static_cast<size_t>(type)) & mask;
+  for (; slots_[slot] != 0; slot = (slot + 1) & mask) {
+    const kwinst::Package& package = packages[slots_[slot] - 1];
+    if (package.hash == hash && package.type == type && package.name == name) break;
+  }
+  return slot;
 }
 
 const char* TEVINSToc::Table::Add(std::string_view line) {
@@ -112,8 +124,8 @@ const char* TEVINSToc::Table::Add(std::string_view line) {
   }
 
   const auto index = static_cast<uint32_t>(packages.size());
-  packages.push_back(
-      {static_cast<TEVINSType>(type), static_cast<TEVINSPkg>(kind), std::string(*name)});
+  packages.push_back({static_cast<TEVINSType>(type), static_cast<TEVINSPkg>(kind),
+                      std::hash<std::string_view>()(*name), std::string(*name)});
   indices_[static_cast<size_t>(type)][static_cast<size_t>(kind)].push_back(index);
   if (new_os) os = *new_os;
   if (new_ga) ga = *new_ga;

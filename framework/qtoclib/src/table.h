@@ -8,7 +8,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_set>
 #include <vector>
 
 #include "qtoclib/TEVINSToc.h"
@@ -22,6 +21,7 @@ constexpr int kKinds = 10;
 struct Package {
   TEVINSType type;
   TEVINSPkg kind;
+  size_t hash;  ///< of the name
   std::string name;
 };
 
@@ -51,11 +51,14 @@ struct TEVINSToc::Table {
   /// Adds the package of a line. Returns what is wrong with the line, or null.
   const char* Add(std::string_view line);
 
+  /// The place in slots_ of a package, or the free one that it would have.
+  size_t SlotOf(TEVINSType type, size_t hash, std::string_view name) const;
+
   std::array<std::array<std::vector<uint32_t>, kwinst::kKinds>, kwinst::kTypes> indices_;
 
-  // The names of each type. Made when they are first asked for: the table of a medium never is.
-  using Names = std::array<std::unordered_set<std::string_view>, kwinst::kTypes>;
-  mutable std::optional<Names> names_;
+  // A hash table: 1 + the index of a package, or 0. Its size is a power of two, and at least half
+  // of it is free. Made when a name is first asked for: the table of a medium never is.
+  mutable std::vector<uint32_t> slots_;
 };
 
 #endif  // QTOCLIB_TABLE_H_
