@@ -178,14 +178,13 @@ void RequireInstallable(const Medium& medium, const std::string& target,
   }
 }
 
-void Check(const std::string& medium, const std::string& target, const std::string& os,
-           const std::string& code_tree) {
-  const std::string path = TargetPath(target);
+void Check(const Options& options) {
+  const std::string path = TargetPath(options.words()[2]);
   bool something = false;
   std::string reason;
-  for (const Medium& system : OpenMedium(MediumPath(medium), os)) {
+  for (const Medium& system : OpenMedium(MediumPath(options.words()[1]), options.Text("os"))) {
     try {
-      RequireInstallable(system, path, CodeTreeFor(system, path, code_tree));
+      RequireInstallable(system, path, CodeTreeFor(system, path, options.Text("code")));
       Say(system.dir + " may be installed in " + SystemDir(system, path) + ".");
       something = true;
     } catch (const NothingToInstall& refusal) {
@@ -195,8 +194,8 @@ void Check(const std::string& medium, const std::string& target, const std::stri
   if (!something) throw NothingToInstall(reason);
 }
 
-void Verify(const std::string& target) {
-  const std::string path = TargetPath(target);
+void Verify(const Options& options) {
+  const std::string path = TargetPath(options.words()[1]);
   const std::vector<std::string> systems = SystemsOf(path);
   bool intact = true;
   for (const std::string& os : systems) intact = VerifySystem(path + "/" + os, 0) && intact;

@@ -5,6 +5,7 @@
 
 #include "console.h"
 #include "medium.h"
+#include "options.h"
 
 /// The refusal of a medium that has nothing more to install.
 struct NothingToInstall : Refusal {
@@ -18,11 +19,10 @@ void RequireInstallable(const Medium& medium, const std::string& target,
                         const std::string& code_tree);
 
 /// The command "check": says what may be installed. Throws a Refusal.
-void Check(const std::string& medium, const std::string& target, const std::string& os,
-           const std::string& code_tree);
+void Check(const Options& options);
 
 /// The command "verify": reports each missing or damaged file of the target, and throws a Refusal
 /// when there is one.
-void Verify(const std::string& target);
+void Verify(const Options& options);
 
 #endif  // KWBATCH_CHECK_H_

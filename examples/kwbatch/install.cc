@@ -8,17 +8,56 @@
 #include <fstream>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
+#include <sstream>
+#include <string>
 #include <vector>
 
 #include "check.h"
 #include "console.h"
+#include "log.h"
 #include "medium.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
 
 namespace {
+
+/// What the user wants.
+struct Request {
+  explicit Request(const Options& options);
+
+  std::string medium;
+  std::string target;
+  std::string code_tree;         ///< the code that an SDK belongs to
+  std::string os;                ///< the only system to install; empty for all of the medium
+  std::optional<int> languages;  ///< language mask; without one, what the target has, or all
+};
+
+/// The bits of a comma-separated list of languages.
+int LanguageMask(const std::string& list) {
+  if (list == "all") return 127;
+  if (list == "none") return 0;
+  static const std::map<std::string, int> kBits = {
+      {"French", 2}, {"German", 4}, {"Italian", 8}, {"Japanese", 16}, {"Simplified_Chinese", 32},
+      {"Korean", 64}};
+  int mask = 0;
+  std::istringstream names(list + ",");
+  for (std::string name; std::getline(names, name, ',');) {
+    const auto known = kBits.find(name);
+    if (known == kBits.end()) throw UsageError("unknown language \"" + name + "\"");
+    mask |= known->second;
+  }
+  return mask;
+}
+
+Request::Request(const Options& options) : code_tree(options.Text("code")), os(options.Text("os")) {
+  if (options.Has("languages")) languages = LanguageMask(options.Text("languages"));
+  if (options.Has("fonts")) languages = languages.value_or(126) | 1;
+  medium = MediumPath(options.words()[1]);
+  target = TargetPath(options.words()[2]);
+}
 
 /// A package that is to be installed.
 struct Component {
@@ -39,11 +78,10 @@ bool HasCode(const TEVINSInstToc* code_table, const std::string& name) {
 }
 
 /// The packages of the medium that the target does not have, in the order of installation.
-void AddMissing(const Medium& medium, const InstallOptions& options,
-                std::vector<Component>& components) {
-  const auto installed = OpenInstalled(SystemDir(medium, options.target));
+void AddMissing(const Medium& medium, const Request& request, std::vector<Component>& components) {
+  const auto installed = OpenInstalled(SystemDir(medium, request.target));
   const auto code_table =
-      IsSdk(medium) ? OpenInstalled(options.code_tree + "/" + medium.os) : nullptr;
+      IsSdk(medium) ? OpenInstalled(request.code_tree + "/" + medium.os) : nullptr;
   const Content content = ContentOf(medium.kind);
   std::set<std::string> seen;
   for (const TEVINSPkg kind : content.kinds) {
@@ -62,7 +100,7 @@ void AddMissing(const Medium& medium, const InstallOptions& options,
 }
 
 /// The media of which something can be installed. Throws a Refusal when there is none.
-std::vector<Medium> Installable(std::vector<Medium> media, const InstallOptions& options) {
+std::vector<Medium> Installable(std::vector<Medium> media, const Request& request) {
   std::vector<Medium> installable;
   std::string reason;
   for (Medium& medium : media) {
@@ -70,7 +108,7 @@ std::vector<Medium> Installable(std::vector<Medium> media, const InstallOptions&
       throw Refusal("The medium " + medium.dir + " is a service pack or a hot fix.\n");
     }
     try {
-      RequireInstallable(medium, options.target, options.code_tree);
+      RequireInstallable(medium, request.target, request.code_tree);
       installable.push_back(std::move(medium));
     } catch (const NothingToInstall& refusal) {
       reason = refusal.what();
@@ -94,30 +132,6 @@ void CheckSpace(const std::vector<Component>& components, const std::string& tar
       " KB are free.");
   if (required > available) throw Refusal("There is not enough space in " + target + ".\n");
 }
-
-/// The installation log, opened, and closed with its trailer on every way out.
-class Log {
- public:
-  explicit Log(const std::string& header) : log_(nullptr) {
-    TEVUnicodeString text = header.c_str();
-    TEVUnicodeString message;
-    if (log_.OpenLogFile(text, message) != 0) throw Refused(message);
-  }
-  ~Log() { log_.CloseLogFile(trailer_); }
-  Log(const Log&) = delete;
-  Log& operator=(const Log&) = delete;
-
-  void Write(const std::string& text) {
-    TEVUnicodeString entry = text.c_str();
-    log_.WriteLogFile(entry);
-  }
-  void Succeeded() { trailer_ = " end of installation"; }
-  TEVInstallLog* get() { return &log_; }
-
- private:
-  TEVInstallLog log_;
-  TEVUnicodeString trailer_ = " installation failed";
-};
 
 /// Adds the systems of the media to those that TARGET/OSUNIX lists.
 void RecordSystems(const std::vector<Medium>& media, const std::string& target) {
@@ -153,27 +167,27 @@ void RecordCodeTree(const std::string& target, const std::string& code_tree) {
 
 /// Makes the system directories with a table each, at first an empty one: with that, an
 /// installation that fails can be taken up again.
-void MakeTree(const std::vector<Medium>& media, const InstallOptions& options) {
+void MakeTree(const std::vector<Medium>& media, const Request& request) {
   for (const Medium& medium : media) {
-    const std::string control = SystemDir(medium, options.target) + "/control";
+    const std::string control = SystemDir(medium, request.target) + "/control";
     if (TEVInsCreateDirectory(Copy(control).data()) != 0) {
       throw Refusal("The directory " + control + " cannot be created.\n");
     }
     std::ofstream(control + "/PRESENT", std::ios::app);
   }
   if (IsSdk(media.front())) {
-    RecordCodeTree(options.target, options.code_tree);
+    RecordCodeTree(request.target, request.code_tree);
   } else {
-    RecordSystems(media, options.target);
+    RecordSystems(media, request.target);
   }
 }
 
 /// The languages for a system: those that it has are kept, since its other languages are gone.
-int LanguagesFor(const Medium& medium, const InstallOptions& options) {
-  const std::string record = SystemDir(medium, options.target) + "/NLS.txt";
-  if (TEVFileAccess(record.c_str(), 0) != 0) return options.languages.value_or(127);
-  const int kept = TEVInsInitChosenLang(Copy(options.target).data(), medium.os.c_str());
-  if (options.languages && *options.languages != kept) {
+int LanguagesFor(const Medium& medium, const Request& request) {
+  const std::string record = SystemDir(medium, request.target) + "/NLS.txt";
+  if (TEVFileAccess(record.c_str(), 0) != 0) return request.languages.value_or(127);
+  const int kept = TEVInsInitChosenLang(Copy(request.target).data(), medium.os.c_str());
+  if (request.languages && *request.languages != kept) {
     Say("The languages that were chosen before are kept: see " + record);
   }
   return kept;
@@ -198,12 +212,12 @@ void Transfer(const Component& component, std::string target, int languages, Log
   throw Refused(message);
 }
 
-void TransferAll(const std::vector<Component>& components, const InstallOptions& options,
+void TransferAll(const std::vector<Component>& components, const Request& request,
                  const std::map<const Medium*, int>& languages, Log& log) {
   Progress progress(components.size());
   for (const Component& component : components) {
     progress.Begin(component.name + " (" + component.medium->os + ")");
-    Transfer(component, options.target, languages.at(component.medium), log);
+    Transfer(component, request.target, languages.at(component.medium), log);
   }
 }
 
@@ -236,26 +250,25 @@ void Summarize(const std::vector<Medium>& media, const std::string& target) {
 
 }  // namespace
 
-void Install(InstallOptions options) {
-  options.medium = MediumPath(options.medium);
-  options.target = TargetPath(options.target);
-  Say("Medium " + options.medium);
-  std::vector<Medium> opened = OpenMedium(options.medium, options.os);
-  options.code_tree = CodeTreeFor(opened.front(), options.target, options.code_tree);
-  const std::vector<Medium> media = Installable(std::move(opened), options);
+void Install(const Options& given) {
+  Request request(given);
+  Say("Medium " + request.medium);
+  std::vector<Medium> opened = OpenMedium(request.medium, request.os);
+  request.code_tree = CodeTreeFor(opened.front(), request.target, request.code_tree);
+  const std::vector<Medium> media = Installable(std::move(opened), request);
   std::vector<Component> components;
-  for (const Medium& medium : media) AddMissing(medium, options, components);
-  CheckSpace(components, options.target);
+  for (const Medium& medium : media) AddMissing(medium, request, components);
+  CheckSpace(components, request.target);
 
-  Log log(" installation of " + options.medium + " in " + options.target + "\n");
-  MakeTree(media, options);
+  Log log(" installation of " + request.medium + " in " + request.target + "\n");
+  MakeTree(media, request);
   std::map<const Medium*, int> languages;
-  for (const Medium& medium : media) languages[&medium] = LanguagesFor(medium, options);
-  TransferAll(components, options, languages, log);
+  for (const Medium& medium : media) languages[&medium] = LanguagesFor(medium, request);
+  TransferAll(components, request, languages, log);
   for (const auto& [medium, mask] : languages) {
-    if (!IsSdk(*medium)) RecordLanguages(*medium, options.target, mask, log);
+    if (!IsSdk(*medium)) RecordLanguages(*medium, request.target, mask, log);
   }
   log.Succeeded();
-  Summarize(media, options.target);
+  Summarize(media, request.target);
   Say(std::string("The log is ") + log.get()->GetLogFileName());
 }

@@ -1,0 +1,78 @@
+#include "options.h"
+
+#include <getopt.h>
+
+#include <charconv>
+
+namespace {
+
+struct Spec {
+  const char* name;   ///< or a heading of the help, when there is no help
+  const char* value;  ///< what the value is; null for an option without one
+  const char* help;
+};
+
+constexpr Spec kSpecs[] = {
+    {"For every command", nullptr, nullptr},
+    {"scratch", "DIR", "keep the log, and work on copies of the system files, in DIR"},
+    {"os", "NAME", "one operating system of the medium or the target only"},
+    {"code", "DIR", "the tree of the code that an SDK belongs to"},
+    {"help", nullptr, "show this help"},
+    {"For install", nullptr, nullptr},
+    {"languages", "LIST", "languages beside English: all, none, or some with commas between"},
+    {"fonts", nullptr, "keep the language-indexed fonts too; all languages imply it"},
+};
+
+}  // namespace
+
+Options::Options(int count, char** arguments) {
+  std::vector<option> known;
+  for (const Spec& spec : kSpecs) {
+    if (spec.help == nullptr) continue;
+    known.push_back({spec.name, spec.value == nullptr ? no_argument : required_argument, nullptr,
+                     static_cast<int>(known.size())});
+  }
+  known.push_back({});
+  // What getopt would print is said in our own words.
+  opterr = 0;
+  for (int given = 0; (given = getopt_long(count, arguments, "", known.data(), nullptr)) != -1;) {
+    if (given == '?') throw UsageError(std::string("wrong option ") + arguments[optind - 1]);
+    const option& found = known[static_cast<size_t>(given)];
+    values_[found.name] = found.has_arg == no_argument ? "" : optarg;
+    if (found.has_arg != no_argument && *optarg == '\0') {
+      throw UsageError(std::string("--") + found.name + " needs a value");
+    }
+  }
+  words_.assign(arguments + optind, arguments + count);
+}
+
+std::string Options::Text(const std::string& name) const {
+  const auto value = values_.find(name);
+  return value == values_.end() ? "" : value->second;
+}
+
+int Options::Number(const std::string& name, int otherwise) const {
+  if (!Has(name)) return otherwise;
+  const std::string text = Text(name);
+  int number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) {
+    throw UsageError("--" + name + " needs a number, not \"" + text + "\"");
+  }
+  return number;
+}
+
+std::string Options::Help() {
+  std::string help;
+  for (const Spec& spec : kSpecs) {
+    if (spec.help == nullptr) {
+      help += std::string("\n") + spec.name + ":\n";
+      continue;
+    }
+    std::string left = std::string("  --") + spec.name;
+    if (spec.value != nullptr) left += std::string(" ") + spec.value;
+    left.resize(left.size() < 30 ? 30 : left.size() + 1, ' ');
+    help += left + spec.help + "\n";
+  }
+  return help;
+}
