@@ -76,7 +76,18 @@ check_updates() {
   expect_check 1 'already installed' hf1 tree
   expect_check 1 'HF1' hf2 tree
   unpack_pack SP2
+  cp "$system/control/PRESENT" "$work/present"
+  expect_check 1 'already installed' sp2 tree
+  rm -r "$system/control/PRESENT"
+  mkdir "$system/control/PRESENT"
+  expect_check 1 'PRESENT' sp1-sdk sdk
+  rmdir "$system/control/PRESENT"
+  cp "$work/present" "$system/control/PRESENT"
   expect_check 1 'level 2' sp1 tree
+  : >"$system/control/Modeler"
+  expect_exit 1 "$kwbatch" verify "$work/tree"
+  grep -q '^control/Modeler: lists no file' "$work/output" || fail 'an empty manifest'
+  [[ ! -e NUL ]] || fail 'a file NUL is left behind'
 }
 
 make_sample_media

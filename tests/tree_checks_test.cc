@@ -397,6 +397,13 @@ TEST_F(TreeChecks, WhereAHotFixMayGo) {
   SetEnv("TEVMsgCatalogPath", "/nonexistent");
   Expect(check(for_pack, pack), -1,
          "You need to commit Service Pack level 1 before installing hot ifx HF1\n");
+  std::filesystem::remove(Path("aix/control/SPK.list"));
+  Expect(check(for_pack, pack), -1, "You need to reinstall Service Pack 1 before installing HF1\n");
+  Expect(check(plain, pack), -1,
+         "It is impossible to install hot fix HF1 on R12 with Service Pack level 1\n");
+  Expect(check(for_pack, pack + "code:HFX:HF1"), -1, "Hot fix HF1 is already installed\n");
+  Expect(check(for_pack, pack + "code:HFX:HF0"), -1,
+         "You need to remove hot fix HF0 before installing HF1\n");
   EXPECT_EQ(TEVInsCheckHFXLevel(nullptr, plain.get(), CharPath(dir_), &message_), -1);
   EXPECT_EQ(TEVInsCheckHFXLevel(Tree(base).get(), plain.get(), nullptr, &message_), -1);
   EXPECT_EQ(TEVInsCheckHFXLevel(Tree(base).get(), plain.get(), CharPath(dir_), nullptr), -1);

@@ -1,36 +1,29 @@
 #include "check.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <sstream>
 
+#include "install.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-/// Makes a directory of its own the current one: some checks leave a file there.
-class CurrentDirectory {
+/// Some checks leave a file of this name in the current directory; this one is removed again.
+class ReportFile {
  public:
-  CurrentDirectory() : before_(fs::current_path()) {
-    std::string name = fs::temp_directory_path() / "kwbatch-XXXXXX";
-    if (mkdtemp(name.data()) == nullptr) throw Refusal("No directory can be made for checks.\n");
-    own_ = name;
-    fs::current_path(own_);
-  }
-  ~CurrentDirectory() {
+  ReportFile() : was_there_(fs::exists("NUL")) {}
+  ~ReportFile() {
     std::error_code ignored;
-    fs::current_path(before_, ignored);
-    fs::remove_all(own_, ignored);
+    if (!was_there_) fs::remove("NUL", ignored);
   }
-  CurrentDirectory(const CurrentDirectory&) = delete;
-  CurrentDirectory& operator=(const CurrentDirectory&) = delete;
+  ReportFile(const ReportFile&) = delete;
+  ReportFile& operator=(const ReportFile&) = delete;
 
  private:
-  fs::path before_;
-  fs::path own_;
+  bool was_there_;
 };
 
 /// Throws the message unless the check passed.
@@ -52,12 +45,18 @@ void RequireProducts(const Medium& medium, const std::string& target) {
   const std::vector<std::string> systems = SystemsOf(target);
   const bool has_system = std::count(systems.begin(), systems.end(), medium.os) > 0;
   // A medium for one system only is for a tree of that system.
-  const bool adds_system = !has_system && (systems.empty() || medium.of_several);
-  if (adds_system) return;
+  const bool adds_system = !has_system && medium.of_several;
+  if (systems.empty()) return;
   const std::string system = has_system ? medium.os : systems.front();
   const auto installed = OpenInstalled(target + "/" + system);
   if (installed == nullptr) return;
   TEVUnicodeString message;
+  if (adds_system) {
+    std::string tree = target;
+    const char* level = medium.toc->GetGALevel();
+    Require(TEVInsCheckInstallCode(tree.data(), level, &message) == 1, message);
+    return;
+  }
   Require(TEVInsCheckPrereq(installed.get(), medium.toc.get(), &message) == 1, message);
   if (TEVInsCheckInstall(code, installed.get(), medium.toc.get(), &message) == 0) {
     throw NothingToInstall(message.ConvertToChar());
@@ -98,29 +97,36 @@ void RequireSamples(const Medium& medium, std::string target) {
   Require(TEVInsCheckInstallSMP(installed.get(), medium.toc.get(), &message) == 1, message);
 }
 
+/// Asks whether a pack may follow what is installed: a higher level, or the same over damaged
+/// files.
+void RequirePackLevel(const Medium& medium, TEVINSInstToc* installed, std::string system_dir) {
+  TEVUnicodeString message;
+  const int level = medium.toc->GetSPKLevel(1);
+  const int installed_level = installed->GetSPKLevel(1);
+  const int allowed = TEVInsCheckSPKLevel(level, installed_level, system_dir.data(), 0, &message);
+  Require(allowed > 0, message);
+  int value = 0;
+  int automatic = 0;
+  const bool interrupted = TEVInsCheckInterruptSPK(system_dir.data(), &value, &automatic) == 1;
+  if (interrupted) Say("An earlier installation of a service pack was interrupted.");
+  if (interrupted || level > installed_level) return;
+
+  const TEVINSType type = IsSdk(medium) ? zeb2 : code;
+  std::ostringstream report;
+  TEVUnicodeString verdict;
+  if (TEVInsCheckIntegrityGA(installed, system_dir.data(), report, &verdict, IsSdk(medium)) == -3) {
+    return;
+  }
+  message = ("Service pack level " + std::to_string(level) + " is already installed.\n").c_str();
+  TEVInsCheckInstallSPK(type, installed, medium.toc.get(), &message);
+  throw NothingToInstall(message.ConvertToChar());
+}
+
 void RequireServicePack(const Medium& medium, const std::string& target) {
   TEVUnicodeString message;
   const auto installed = RequireInstalled(medium, target);
   Require(TEVInsCheckPrereq(installed.get(), medium.toc.get(), &message) == 1, message);
-  std::string system_dir = SystemDir(medium, target);
-  const int level = medium.toc->GetSPKLevel(1);
-  const int allowed =
-      TEVInsCheckSPKLevel(level, installed->GetSPKLevel(1), system_dir.data(), 0, &message);
-  Require(allowed > 0, message);
-
-  int value = 0;
-  int automatic = 0;
-  if (TEVInsCheckInterruptSPK(system_dir.data(), &value, &automatic) == 1) {
-    Say("An earlier service pack was interrupted; this installation takes it up.");
-    return;
-  }
-  if (TEVInsCheckInstallSPK(code, installed.get(), medium.toc.get(), &message) == 1) return;
-  // A service pack that is installed already may go over damaged files.
-  std::ostringstream report;
-  TEVUnicodeString verdict;
-  const int status =
-      TEVInsCheckIntegrityGA(installed.get(), system_dir.data(), report, &verdict, 0);
-  Require(status == -3, message);
+  RequirePackLevel(medium, installed.get(), SystemDir(medium, target));
 }
 
 void RequireSdkServicePack(const Medium& medium, std::string target, std::string code_tree) {
@@ -133,6 +139,7 @@ void RequireSdkServicePack(const Medium& medium, std::string target, std::string
   const int level = medium.toc->GetSPKLevel(1);
   Require(TEVInsCheckInstallSPKCommitted(code_tree.data(), level, os.data(), &message) == 1,
           message);
+  RequirePackLevel(medium, installed.get(), target);
 }
 
 void RequireHotFix(const Medium& medium, const std::string& target) {
@@ -146,7 +153,10 @@ void RequireHotFix(const Medium& medium, const std::string& target) {
 /// Reports the damages of one system directory. True when there is none.
 bool VerifySystem(const std::string& system_dir, int sdk) {
   const auto installed = OpenInstalled(system_dir);
-  if (installed == nullptr) throw Refusal("Nothing is installed in " + system_dir + ".\n");
+  if (installed == nullptr) {
+    Say("Nothing is installed in " + system_dir + ".");
+    return false;
+  }
   std::ostringstream report;
   TEVUnicodeString message;
   std::string path = system_dir;
@@ -161,7 +171,7 @@ bool VerifySystem(const std::string& system_dir, int sdk) {
 
 void RequireInstallable(const Medium& medium, const std::string& target,
                         const std::string& code_tree) {
-  const CurrentDirectory own;
+  const ReportFile removed;
   switch (medium.kind) {
     case MediumKind::kProducts:
       return RequireProducts(medium, target);
@@ -184,7 +194,9 @@ void Check(const Options& options) {
   std::string reason;
   for (const Medium& system : OpenMedium(MediumPath(options.words()[1]), options.Text("os"))) {
     try {
-      RequireInstallable(system, path, CodeTreeFor(system, path, options.Text("code")));
+      const std::string code_tree = CodeTreeFor(system, path, options.Text("code"));
+      RequireInstallable(system, path, code_tree);
+      if (!IsUpdate(system.kind)) RequireRoom(system, path, code_tree);
       Say(system.dir + " may be installed in " + SystemDir(system, path) + ".");
       something = true;
     } catch (const NothingToInstall& refusal) {

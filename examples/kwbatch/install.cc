@@ -78,10 +78,10 @@ bool HasCode(const TEVINSInstToc* code_table, const std::string& name) {
 }
 
 /// The packages of the medium that the target does not have, in the order of installation.
-void AddMissing(const Medium& medium, const Request& request, std::vector<Component>& components) {
-  const auto installed = OpenInstalled(SystemDir(medium, request.target));
-  const auto code_table =
-      IsSdk(medium) ? OpenInstalled(request.code_tree + "/" + medium.os) : nullptr;
+void AddMissing(const Medium& medium, const std::string& target, const std::string& code_tree,
+                std::vector<Component>& components) {
+  const auto installed = OpenInstalled(SystemDir(medium, target));
+  const auto code_table = IsSdk(medium) ? OpenInstalled(code_tree + "/" + medium.os) : nullptr;
   const Content content = ContentOf(medium.kind);
   std::set<std::string> seen;
   for (const TEVINSPkg kind : content.kinds) {
@@ -104,7 +104,7 @@ std::vector<Medium> Installable(std::vector<Medium> media, const Request& reques
   std::vector<Medium> installable;
   std::string reason;
   for (Medium& medium : media) {
-    if (medium.kind > MediumKind::kSamples) {
+    if (IsUpdate(medium.kind)) {
       throw Refusal("The medium " + medium.dir + " is a service pack or a hot fix.\n");
     }
     try {
@@ -250,6 +250,12 @@ void Summarize(const std::vector<Medium>& media, const std::string& target) {
 
 }  // namespace
 
+void RequireRoom(const Medium& medium, const std::string& target, const std::string& code_tree) {
+  std::vector<Component> components;
+  AddMissing(medium, target, code_tree, components);
+  CheckSpace(components, target);
+}
+
 void Install(const Options& given) {
   Request request(given);
   Say("Medium " + request.medium);
@@ -257,7 +263,9 @@ void Install(const Options& given) {
   request.code_tree = CodeTreeFor(opened.front(), request.target, request.code_tree);
   const std::vector<Medium> media = Installable(std::move(opened), request);
   std::vector<Component> components;
-  for (const Medium& medium : media) AddMissing(medium, request, components);
+  for (const Medium& medium : media) {
+    AddMissing(medium, request.target, request.code_tree, components);
+  }
   CheckSpace(components, request.target);
 
   Log log(" installation of " + request.medium + " in " + request.target + "\n");

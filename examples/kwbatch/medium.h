@@ -9,6 +9,9 @@
 
 enum class MediumKind { kProducts, kSdk, kSamples, kServicePack, kSdkServicePack, kHotFix };
 
+/// Does a medium of this kind change what is installed, instead of adding to it?
+constexpr bool IsUpdate(MediumKind kind) { return kind > MediumKind::kSamples; }
+
 /// The content of a medium for one operating system.
 struct Medium {
   MediumKind kind;

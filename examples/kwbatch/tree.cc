@@ -13,7 +13,9 @@ std::vector<std::string> SystemsOf(const std::string& dir) {
   for (int index = 1; index <= 4; ++index) {
     char name[16] = "";
     TEVInsReadOSFile(dir.c_str(), index, name);
-    if (name[0] != '\0') systems.emplace_back(name);
+    if (name[0] == '\0') continue;
+    RequirePlainName("operating system in " + dir + "/OSUNIX", name);
+    systems.emplace_back(name);
   }
   return systems;
 }
@@ -47,7 +49,8 @@ std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir) {
 
 std::string CodeTreeFor(const Medium& medium, const std::string& target, const std::string& given) {
   if (!IsSdk(medium)) return "";
-  if (!given.empty()) return TargetPath(given);
+  // A service pack goes where the SDK is, which knows its code.
+  if (!given.empty() && !IsUpdate(medium.kind)) return TargetPath(given);
   std::string dir = target;
   char code_tree[1024] = "";
   if (TEVInsGetCodeDir(dir.data(), code_tree) != 1 || code_tree[0] == '\0') {

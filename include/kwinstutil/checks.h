@@ -178,12 +178,13 @@ KWINSTUTIL_EXPORT int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installD
 
 // Commit state and integrity.
 
-/// Is `name` one of the first `count` of `names`? 1 or 0.
+/// Is `name`, which must not be null, one of the first `count` of `names`, each ended by a zero
+/// within its 48 bytes? 1 or 0.
 KWINSTUTIL_EXPORT int TEVInsCheckUnloadCAF(char names[][48], int count, char* name) noexcept;
 
 /// Reads INSTALLDIR/control/SPKInterrupted.txt, which an interrupted service pack leaves: an
-/// integer into `*interruptedValue` (0 when it is none), and 1 into `*automaticCommit` when the
-/// word after it is AUTOMATIC_COMMIT, else 0.
+/// integer into `*interruptedValue` (0 when it is none, the nearest int when it is too large), and
+/// 1 into `*automaticCommit` when the word after it is AUTOMATIC_COMMIT, else 0.
 ///
 /// Returns
 ///   1  read;
@@ -192,7 +193,7 @@ KWINSTUTIL_EXPORT int TEVInsCheckInterruptSPK(char* installDir, int* interrupted
                                               int* automaticCommit) noexcept;
 
 /// May an SDK medium of service-pack level `spLevel` be installed on the code of `osName` in
-/// `installDir`?
+/// `installDir`, or on the code in `installDir` itself when `osName` is null?
 ///
 /// Returns
 ///    1  yes: the code has that level, and it is committed;

@@ -127,13 +127,15 @@ int TEVInsCheckInstallCode(char* installDir, const char* gaLevel,
   bool found = false;
   const auto has_level = [&](const char*, TEVINSInstToc* table) {
     found = true;
-    if (kwinst::SameText(table->GetGALevel(), gaLevel)) return true;
+    const char* level = table == nullptr ? nullptr : table->GetGALevel();
+    const char* os = table == nullptr ? nullptr : table->GetOS();
+    if (kwinst::SameText(level, gaLevel)) return true;
     if (message != nullptr) {
-      *message = frame.Build("ErrWndGALevelCode",
-                             {gaLevel, installDir, table->GetGALevel(), table->GetOS()});
+      *message = frame.Build("ErrWndGALevelCode", {gaLevel, installDir, level, os});
     }
     return false;
   };
+  // What stopped the walk has made its message.
   if (!kwinst::ForEachInstalledSystem(installDir, frame, message, has_level)) return 0;
   if (found) return 1;
 

@@ -1,5 +1,7 @@
 #include "support/text_file.h"
 
+#include <sys/stat.h>
+
 #include <cstring>
 
 namespace kwinst {
@@ -12,6 +14,12 @@ bool IsBlank(int c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 }  // namespace
 
 InputFile OpenForReading(const char* path) {
+  // A pipe might have to be waited for, and a device might never end.
+  struct stat info {};
+  if (stat(path, &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) {
+    errno = ENOTSUP;
+    return nullptr;
+  }
   std::FILE* file = nullptr;
   const int error = TEVFOpen(path, "r", &file);
   if (file == nullptr) errno = error;

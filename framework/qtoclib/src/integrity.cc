@@ -134,11 +134,13 @@ void IntegrityCheck::ReadManifest(const Package& package) {
   LineReader reader(root_ + '/' + manifest);
   LineProblems problems(manifest);
   std::string_view line;
+  bool lists_something = false;
   for (bool more = reader.Next(line); more;) {
     if (IsBlank(line)) {
       more = reader.Next(line);
       continue;
     }
+    lists_something = true;
     const size_t number = reader.number();
     const std::optional<std::string> path = PathInTree(line);
     more = reader.Next(line);
@@ -155,6 +157,9 @@ void IntegrityCheck::ReadManifest(const Package& package) {
     }
   }
   for (const std::string& problem : problems.Report()) Report(problem, service_pack);
+  if (reader.error() == 0 && !lists_something) {
+    Report(manifest + ": lists no file", service_pack);
+  }
   if (reader.error() != 0 && reader.error() != ENOENT) {
     Report(manifest + ": " + CannotBeRead(reader.error()), service_pack);
   }

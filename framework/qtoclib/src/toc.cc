@@ -10,9 +10,12 @@ namespace {
 
 std::string ToString(const char* path) { return path == nullptr ? "" : path; }
 
-bool IsDirectory(const std::string& path) {
+/// Is `path` a directory that may hold control/PRESENT? One that has the name of the table itself
+/// stands in its place, and is no new tree.
+bool IsSystemDirectory(const std::string& path) {
   struct stat info {};
-  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode) &&
+         path.substr(path.rfind('/') + 1) != "PRESENT";
 }
 
 }  // namespace
@@ -54,8 +57,9 @@ int TEVINSToc::GetHFXLevel() const { return table_->hot_fix_level; }
 TEVINSMediaToc::TEVINSMediaToc(const char* path) : TEVINSToc(Table::Read(ToString(path), false)) {}
 
 TEVINSInstToc::TEVINSInstToc(const char* path)
-    : TEVINSToc(IsDirectory(ToString(path)) ? Table::Read(ToString(path) + "/control/PRESENT", true)
-                                            : Table::Read(ToString(path), false)) {}
+    : TEVINSToc(IsSystemDirectory(ToString(path))
+                    ? Table::Read(ToString(path) + "/control/PRESENT", true)
+                    : Table::Read(ToString(path), false)) {}
 
 void TEVINSInstToc::GetPackageInst(TEVINSPkg pkg, TEVINSType type, TEVINSStockNameInst* list,
                                    int /*flag*/) const {

@@ -82,7 +82,8 @@ class QTOCLIB_EXPORT TEVINSMediaToc : public TEVINSToc {
 class QTOCLIB_EXPORT TEVINSInstToc : public TEVINSToc {
  public:
   /// Opens the table file `path`. When `path` is a directory, its `control/PRESENT` is meant; a
-  /// directory without that file is a new tree, with an empty table.
+  /// directory without that file is a new tree, with an empty table (but not a directory that is
+  /// named PRESENT itself).
   explicit TEVINSInstToc(const char* path);
 
   /// As GetPackage, for a list without a limit.
@@ -100,7 +101,7 @@ class QTOCLIB_EXPORT TEVINSInstToc : public TEVINSToc {
   ///
   /// Each missing or damaged file is reported to `out` in a line of its own. So is a manifest that
   /// cannot be read or understood, or that names a path outside the system directory: it counts as
-  /// a damaged file of its package. A `path` that is no directory is damaged as a whole.
+  /// a damaged file of its package, as does one that lists nothing. A `path` that is no directory is damaged as a whole.
   ///
   /// Returns 1 when nothing is wrong, 2 when at least one wrong file was last listed by a service
   /// pack (kinds SPK and FSP), and 0 otherwise. The two integers change nothing.
