@@ -11,6 +11,7 @@
 #include "dirs/paths.h"
 #include "kwinstutil/dirs.h"
 #include "report/message.h"
+#include "support/format.h"
 #include "support/shell.h"
 #include "support/text_file.h"
 #include "support/tree_paths.h"
@@ -69,11 +70,12 @@ void TEVInsReadOSFile(const char* dir, int index, char* result) noexcept {
   int number = 0;
   const auto find = [&found, &number, index](const char* word) {
     if (++number < index) return true;
-    std::strcpy(found, word);
-    return false;
+    return !kwinst::CopyWhole(word, found, sizeof(found));
   };
   const std::string path = kwinst::JoinPath(dir, "OSUNIX");
-  if (kwinst::ForEachWord<sizeof(found)>(path.c_str(), find)) std::strcpy(result, found);
+  if (kwinst::ForEachWord<sizeof(found)>(path.c_str(), find)) {
+    kwinst::CopyWhole(found, result, sizeof(found));
+  }
 }
 
 void TEVInsGetTempDir(char* result) noexcept {

@@ -34,7 +34,7 @@ bool ReadWord(std::FILE* file, char* word, size_t size) {
   size_t length = 0;
   for (; c != EOF && !IsBlank(c); c = getc_unlocked(file)) {
     if (length + 1 == size) {
-      std::ungetc(c, file);
+      static_cast<void>(std::ungetc(c, file));
       break;
     }
     word[length++] = static_cast<char>(c);
