@@ -8,6 +8,7 @@
 #include "kwinstutil/dirs.h"
 #include "kwinstutil/files.h"
 #include "kwinstutil/lang.h"
+#include "kwinstutil/ports.h"
 #include "kwinstutil/report.h"
 #include "kwinstutil/toc.h"
 

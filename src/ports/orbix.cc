@@ -1,0 +1,117 @@
+#include <kb0core/TEVEnvironment.h>
+#include <kb0core/TEVProcess.h>
+
+#include <memory>
+#include <new>
+#include <string>
+
+#include "kwinstutil/ports.h"
+#include "report/message.h"
+#include "support/environment_entry.h"
+#include "support/format.h"
+#include "support/shell.h"
+
+using kwinst::Format;
+using kwinst::MessageFrame;
+using kwinst::Number;
+
+char varOrbixPort[128];
+char varOrbixBase[128];
+char varOrbixRange[128];
+char varOrbixBoot[128];
+
+namespace {
+
+constexpr int kLowest = 1024;
+constexpr int kHighestPort = 49151;
+constexpr int kHighestBase = 65485;
+constexpr int kSmallestRange = 50;
+constexpr int kEnd = 65536;  ///< behind the last port of all
+
+/// The two entries of a restart, as long as they need to be; see PublishAtAnyLength.
+char* config_entry = nullptr;
+char* library_entry = nullptr;
+
+int Refuse(const TEVUnicodeString& text, TEVUnicodeString* message) {
+  *message = text;
+  return 0;
+}
+
+/// Puts `entry` into the environment in a buffer of its own. The earlier buffer, `held`, is freed
+/// only when the environment no longer points to it.
+void PublishAtAnyLength(const std::string& entry, char*& held) {
+  std::unique_ptr<char[]> buffer(new (std::nothrow) char[entry.size() + 1]);
+  if (buffer == nullptr || !kwinst::CopyWhole(entry, buffer.get(), entry.size() + 1)) return;
+  if (TEVPutEnv(buffer.get()) != 0) return;
+  delete[] held;
+  held = buffer.release();
+}
+
+}  // namespace
+
+int TEVInsCheckOrbixValue(int port, int base, int range, int boot,
+                          TEVUnicodeString* message) noexcept {
+  if (message == nullptr) return -1;
+  const MessageFrame frame;
+  // The limits in the messages are the nearest values that are refused.
+  if (port < kLowest) {
+    return Refuse(frame.Build("ErrBadOrbixPort1", {Number(port), Number(kLowest - 1)}), message);
+  }
+  if (port > kHighestPort) {
+    return Refuse(frame.Build("ErrBadOrbixPort2", {Number(port), Number(kHighestPort + 1)}),
+                  message);
+  }
+  if (base < kLowest) {
+    return Refuse(frame.Build("ErrBadServerBase1", {Number(base), Number(kLowest - 1)}), message);
+  }
+  if (base > kHighestBase) {
+    return Refuse(frame.Build("ErrBadServerBase2", {Number(base), Number(kHighestBase + 1)}),
+                  message);
+  }
+  if (range < kSmallestRange) {
+    return Refuse(frame.Build("ErrBadServerRange1", {Number(range), Number(kSmallestRange - 1)}),
+                  message);
+  }
+  if (range >= kEnd - base) {
+    return Refuse(frame.Build("ErrBadServerRange2", {Number(range), Number(kEnd - base)}), message);
+  }
+  const int found = GetFreePort(port, message, kHighestPort);
+  if (found == -1) return 0;
+  if (found != port) {
+    return Refuse(frame.Build("ErrWndOrbixPortNotFree", {Number(port), Number(found)}), message);
+  }
+  if (port >= base) {
+    return Refuse(frame.Build("ErrWndOrbixServerBase", {Number(base), Number(port)}), message);
+  }
+  const bool exported =
+      kwinst::Publish(varOrbixPort, Format("ORBIX_ItDaemonPort=%d", port)) &&
+      kwinst::Publish(varOrbixBase, Format("ORBIX_ItDaemonServerBase=%d", base)) &&
+      kwinst::Publish(varOrbixRange, Format("ORBIX_ItDaemonServerRange=%d", range)) &&
+      kwinst::Publish(varOrbixBoot, boot == 1 ? "ORBIX_BootInit=1" : "ORBIX_BootInit=0");
+  return exported ? 1 : 0;
+}
+
+int IsOrbixRunning(char* installDir) noexcept {
+  std::string path = Format("%s/code/bin/lsit", installDir);
+  char* const arguments[] = {path.data(), nullptr};
+  int process = 0;
+  int status = 0;
+  const int started = TEVStartProcess(path.c_str(), arguments, 1, &process, &status);
+  return started != -1 && status == 0 ? 1 : 0;
+}
+
+int TEVInsRestartOrbix(char* installDir) noexcept {
+  PublishAtAnyLength(Format("IT_CONFIG_PATH=%s/startup/orbix", installDir), config_entry);
+  const std::string command = Format(
+      "DISPLAY=`uname -n`:0 ; export DISPLAY ;cd %s;%s/code/bin/orbixd -u -s -t > /dev/null &",
+      installDir, installDir);
+
+  std::string libraries = Format("LD_LIBRARYN32_PATH=%s/code/patchOrbixIRIX", installDir);
+  // Set but empty, the variable still gets its colon.
+  const char* before = TEVGetEnv("LD_LIBRARYN32_PATH");
+  if (before != nullptr) libraries.append(":").append(before);
+  PublishAtAnyLength(libraries, library_entry);
+
+  kwinst::RunShell(command);
+  return 0;
+}

@@ -1,0 +1,185 @@
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <initializer_list>
+
+#include "kwinstutil/ports.h"
+#include "report/message.h"
+
+using kwinst::MessageFrame;
+using kwinst::Number;
+
+namespace {
+
+constexpr int kLowestPort = 1024;
+constexpr int kHighestPort = 65535;
+
+/// What InitFreePort and SetFreePort remember, without the value of group 500. It is for whoever
+/// looks into the process: no search asks it.
+int remembered[8];
+
+/// Stores the value of group 500, which lies over the first bytes of varOrbixPort with its highest
+/// byte first: any port makes that an empty text.
+void StoreOverOrbixPort(int value) {
+  const uint32_t big_endian = htonl(static_cast<uint32_t>(value));
+  std::memcpy(varOrbixPort, &big_endian, sizeof(big_endian));
+}
+
+sockaddr_in AnyAddress(unsigned int port) {
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_ANY);
+  address.sin_port = htons(static_cast<uint16_t>(port));
+  return address;
+}
+
+/// Binds `socket` to the first port from `start` to `max` that is free. False when none is.
+bool BindFirstFree(int socket, unsigned int start, unsigned int max) {
+  const unsigned int last = std::min(max, static_cast<unsigned int>(kHighestPort));
+  for (unsigned int port = start; port <= last; ++port) {
+    const sockaddr_in address = AnyAddress(port);
+    if (bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+/// The first free port from `*port` on that equals no other one of `ports`, or -1.
+int SearchApart(const int* port, std::initializer_list<int*> ports, TEVUnicodeString* message) {
+  int found = GetFreePort(*port, message, kHighestPort);
+  const auto is_found = [&](const int* other) { return other != port && *other == found; };
+  while (std::any_of(ports.begin(), ports.end(), is_found)) {
+    found = GetFreePort(found + 1, message, kHighestPort);
+  }
+  return found;
+}
+
+int CheckRunPorts(std::initializer_list<int*> ports, TEVUnicodeString* message) {
+  if (std::find(ports.begin(), ports.end(), nullptr) != ports.end()) return -1;
+  const MessageFrame frame;
+  bool legal = true;
+  for (const int* port : ports) legal = CheckValuePortMinMax(*port, message) == 1 && legal;
+  if (!legal) return 0;
+
+  int status = 1;
+  for (int* port : ports) {
+    const int found = SearchApart(port, ports, message);
+    if (found == -1) return -1;
+    if (found == *port) continue;
+    message->Append(frame.Build("ErrWndK7RunPortNotFree", {Number(*port), Number(found)}));
+    *port = found;
+    status = 0;
+  }
+  return status;
+}
+
+}  // namespace
+
+int InitFreePort(int group) noexcept {
+  switch (group) {
+    case 100:
+      std::fill_n(remembered, 6, 0);
+      remembered[6] = 8080;
+      StoreOverOrbixPort(8082);
+      break;
+    case 200:
+      std::fill_n(remembered, 2, 0);
+      break;
+    case 300:
+      std::fill_n(remembered + 2, 3, 0);
+      break;
+    case 400:
+      // The value between the two stays.
+      remembered[5] = 0;
+      remembered[7] = 0;
+      break;
+    default:
+      break;
+  }
+  return 0;
+}
+
+int SetFreePort(int group, int first, int second, int third) noexcept {
+  const int values[] = {first, second, third};
+  switch (group) {
+    case 200:
+      std::copy_n(values, 2, remembered);
+      break;
+    case 300:
+      std::copy_n(values, 3, remembered + 2);
+      break;
+    case 400:
+      std::copy_n(values, 3, remembered + 5);
+      break;
+    case 500:
+      StoreOverOrbixPort(first);
+      break;
+    default:
+      break;
+  }
+  return 0;
+}
+
+int GetFreePort(int start, TEVUnicodeString* message, int max) noexcept {
+  if (message == nullptr) return -1;
+  const MessageFrame frame;
+  if (max < start) {
+    *message = frame.Build("ErrValuePortTooBig", {Number(start), Number(max)});
+    return -1;
+  }
+  const int tried = socket(AF_INET, SOCK_STREAM, 0);
+  if (tried == -1) {
+    const char* reason = std::strerror(errno);
+    *message = frame.Build("ErrCreateSocket", {Number(start), reason});
+    return -1;
+  }
+  // The socket stays open when nothing was found: callers have always seen it so.
+  if (!BindFirstFree(tried, static_cast<unsigned int>(start), static_cast<unsigned int>(max))) {
+    *message = frame.Build("ErrSearchFreePort", {Number(start), Number(max)});
+    return -1;
+  }
+  sockaddr_in bound{};
+  socklen_t size = sizeof(bound);
+  if (getsockname(tried, reinterpret_cast<sockaddr*>(&bound), &size) != 0) {
+    const char* reason = std::strerror(errno);
+    *message = frame.Build("Errgetsockname", {Number(start), reason});
+    return -1;
+  }
+  close(tried);
+  return ntohs(bound.sin_port);
+}
+
+int CheckValuePortMinMax(int port, TEVUnicodeString* message) noexcept {
+  const MessageFrame frame;
+  if (port < kLowestPort) {
+    if (message != nullptr) {
+      message->Append(frame.Build("ErrWndK7RunPort", {Number(port), Number(kLowestPort)}));
+    }
+    return 0;
+  }
+  if (port > kHighestPort) {
+    if (message != nullptr) {
+      message->Append(frame.Build("ErrWndK7RunPortMax", {Number(port), Number(kHighestPort)}));
+    }
+    return 0;
+  }
+  return 1;
+}
+
+int CheckK7RunPortValue(int* port, TEVUnicodeString* message) noexcept {
+  return CheckRunPorts({port}, message);
+}
+
+int CheckK7RunPortValue(int* port1, int* port2, TEVUnicodeString* message) noexcept {
+  return CheckRunPorts({port1, port2}, message);
+}
+
+int CheckK7RunPortValue(int* port1, int* port2, int* port3, TEVUnicodeString* message) noexcept {
+  return CheckRunPorts({port1, port2, port3}, message);
+}
