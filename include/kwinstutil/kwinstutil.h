@@ -6,6 +6,7 @@
 #include "kwinstutil/actions.h"
 #include "kwinstutil/checks.h"
 #include "kwinstutil/dirs.h"
+#include "kwinstutil/env.h"
 #include "kwinstutil/files.h"
 #include "kwinstutil/lang.h"
 #include "kwinstutil/ports.h"

@@ -1,0 +1,217 @@
+#include <kb0core/TEVDirectory.h>
+#include <kb0core/TEVEnvironment.h>
+#include <kb0core/TEVFile.h>
+
+#include <cstring>
+#include <string>
+
+#include "kwinstutil/dirs.h"
+#include "kwinstutil/env.h"
+#include "kwinstutil/ports.h"
+#include "report/message.h"
+#include "support/environment_entry.h"
+#include "support/format.h"
+
+using kwinst::Format;
+using kwinst::MessageFrame;
+using kwinst::Number;
+using kwinst::Publish;
+
+namespace {
+
+constexpr int kHighestPort = 65535;
+constexpr int kShortestTimeout = 2;
+constexpr int kLongestTimeout = 35700;
+
+char k6_panel_entry[] = "PORTAL_K6PANEL=1";
+
+}  // namespace
+
+char EnvMSPath[1024];
+char EnvShWBPath[1024];
+char EnvPublishPath[1024];
+char EnvJavaHome[1024];
+char tev_to_install[20];
+char tev_cust[1024];
+char tev_versionlib[1024];
+char drx_to_install[20];
+char drx_cust[1024];
+char varTCKMode[128];
+char varTCKServerName[128];
+char varTCKServerPort[128];
+char varTCKBoot[128];
+char EnvMorvelInfo[32];
+char EnvMorvelEnvName[256];
+char EnvMorvelInfoPath[1024];
+char EnvMorvelInfoEnvPath[1024];
+char TimeoutEnv[128];
+char* portal_k6panel = k6_panel_entry;
+int EnvJava;
+int TCKBootInit;
+
+namespace {
+
+/// The entry of a setting. It is empty when the value is null: there is nothing to export.
+std::string Entry(const char* key, const char* value) {
+  return value == nullptr ? "" : std::string(key) + '=' + value;
+}
+
+template <size_t Size>
+bool Fits(const std::string& entry, const char (&/*buffer*/)[Size]) {
+  return entry.size() < Size;
+}
+
+/// Publishes an entry unless it is empty.
+template <size_t Size>
+bool PublishGiven(char (&buffer)[Size], const std::string& entry) {
+  return entry.empty() || Publish(buffer, entry);
+}
+
+void AppendTo(TEVUnicodeString* message, const TEVUnicodeString& text) {
+  if (message != nullptr) message->Append(text);
+}
+
+/// Exports a data directory as it is given, unless it is null. False when it is refused.
+template <size_t Size>
+bool ExportDirectory(char (&buffer)[Size], const char* key, const char* path,
+                     const MessageFrame& frame, TEVUnicodeString* message) {
+  if (path == nullptr) return true;
+  TEVUnicodeString dir = path;
+  TEVUnicodeString syntax_message;
+  if (TEVInsCheckSyntaxDir(&dir, &syntax_message) != 0) {
+    AppendTo(message, syntax_message);
+    return false;
+  }
+  std::string copy = path;
+  char examined[1024] = "";
+  if (TEVInsCheckAccessDir(copy.data(), examined) != 0) {
+    AppendTo(message, frame.Build("ErrWndNoWriteDir", {examined}));
+    return false;
+  }
+  return Publish(buffer, Entry(key, path));
+}
+
+/// Are the directories of the trees that are installed directories? Tells each that is none.
+bool CheckTrees(bool k6, char* k6CustDir, bool drx, char* drxCustDir, TEVUnicodeString* message) {
+  const MessageFrame frame;
+  const bool k6_refused = k6 && CheckDir(k6CustDir) == -1;
+  if (k6_refused) *message = frame.Build("ErrWndK6IsNotaDir", {k6CustDir});
+  const bool drx_refused = drx && CheckDir(drxCustDir) == -1;
+  if (drx_refused) {
+    const TEVUnicodeString text = frame.Build("ErrWndK6IsNotaDir", {drxCustDir});
+    if (k6_refused) {
+      message->Append(text);
+    } else {
+      *message = text;
+    }
+  }
+  return !k6_refused && !drx_refused;
+}
+
+/// May the TCK server be reached by that name and on that port? Tells when not.
+bool CheckServer(const char* name, int port, bool port_checked, TEVUnicodeString* message) {
+  const MessageFrame frame;
+  if (name[0] == '\0') {
+    *message = frame.Build("ErrWndTCKServerName");
+    return false;
+  }
+  if (port_checked) return true;
+  const int found = GetFreePort(port, message, kHighestPort);
+  if (found == -1) return false;
+  if (found == port) return true;
+  *message = frame.Build("ErrWndTCKPortNotFree", {Number(port), Number(found)});
+  return false;
+}
+
+}  // namespace
+
+int ExportDataDirectories(char* metasearchPath, char* sharedWorkbookPath, char* publishPath,
+                          TEVUnicodeString* message) noexcept {
+  const MessageFrame frame;
+  const bool exported[] = {
+      ExportDirectory(EnvMSPath, "TEVMetasearchPath", metasearchPath, frame, message),
+      ExportDirectory(EnvShWBPath, "TEVSharedWorkbookPath", sharedWorkbookPath, frame, message),
+      ExportDirectory(EnvPublishPath, "TEVW3PublishPath", publishPath, frame, message)};
+  return exported[0] && exported[1] && exported[2] ? 1 : -1;
+}
+
+int ExportJavaHome(char* javaHome, TEVUnicodeString* /*message*/) noexcept {
+  return Publish(EnvJavaHome, Entry("JAVA_HOME", javaHome == nullptr ? "" : javaHome)) ? 1 : -1;
+}
+
+int ExportK6(int installK6, char* k6CustDir, int k6LibraryChoice, int installDrx, char* drxCustDir,
+             TEVUnicodeString* message) noexcept {
+  if (message == nullptr) return -1;
+  const bool k6 = installK6 == 1;
+  const bool drx = installDrx == 1;
+  if (!CheckTrees(k6, k6CustDir, drx, drxCustDir, message)) return -1;
+
+  const std::string k6_entry = Entry("TEV_CUST", k6 ? k6CustDir : nullptr);
+  const std::string drx_entry = Entry("DRX_CUST", drx ? drxCustDir : nullptr);
+  if (!Fits(k6_entry, tev_cust) || !Fits(drx_entry, drx_cust)) return -1;
+
+  const std::string library = Entry("PORTAL_LIBK6", !k6                    ? nullptr
+                                                    : k6LibraryChoice == 1 ? "libK623"
+                                                                           : "libK6243");
+  const bool exported = TEVPutEnv(portal_k6panel) == 0 && PublishGiven(tev_cust, k6_entry) &&
+                        PublishGiven(tev_versionlib, library) &&
+                        Publish(tev_to_install, Entry("TEV_TO_INSTALL", k6 ? "YES" : "NO")) &&
+                        PublishGiven(drx_cust, drx_entry) &&
+                        Publish(drx_to_install, Entry("DRX_TO_INSTALL", drx ? "YES" : "NO"));
+  return exported ? 1 : -1;
+}
+
+int ExportTCK(char* mode, char* serverName, int port, int bootInit, TEVUnicodeString* message,
+              int portAlreadyChecked) noexcept {
+  if (message == nullptr || mode == nullptr || serverName == nullptr) return -1;
+  if (std::strcmp(mode, "NoServer") != 0 &&
+      !CheckServer(serverName, port, portAlreadyChecked != 0, message)) {
+    return -1;
+  }
+  const std::string mode_entry = Entry("TCK_Mode", mode);
+  const std::string name_entry = Entry("TCK_ServerName", serverName);
+  if (!Fits(mode_entry, varTCKMode) || !Fits(name_entry, varTCKServerName)) return -1;
+
+  const bool exported = Publish(varTCKMode, mode_entry) && Publish(varTCKServerName, name_entry) &&
+                        Publish(varTCKServerPort, Format("TCK_ServerPort=%d", port)) &&
+                        Publish(varTCKBoot, Entry("TCK_BootInit", bootInit == 1 ? "1" : "0"));
+  return exported ? 1 : -1;
+}
+
+int ExportMorvelInfo(int information, char* unloadPath, char* envPath, char* envName,
+                     TEVUnicodeString* /*message*/) noexcept {
+  if (information == 0) return Publish(EnvMorvelInfo, "MORVEL_INFORMATION=NO") ? 1 : -1;
+
+  const std::string name_entry = Entry("K7_ENV_NAME", envName);
+  const std::string unload_entry = Entry("K7_UNLOAD_PATH", unloadPath);
+  const std::string path_entry = Entry("K7_ENV_PATH", envPath);
+  if (!Fits(name_entry, EnvMorvelEnvName) || !Fits(unload_entry, EnvMorvelInfoPath) ||
+      !Fits(path_entry, EnvMorvelInfoEnvPath)) {
+    return -1;
+  }
+  const bool exported = Publish(EnvMorvelInfo, "MORVEL_INFORMATION=YES") &&
+                        PublishGiven(EnvMorvelEnvName, name_entry) &&
+                        PublishGiven(EnvMorvelInfoPath, unload_entry) &&
+                        PublishGiven(EnvMorvelInfoEnvPath, path_entry);
+  return exported ? 1 : -1;
+}
+
+int ExportServersTimeout(int minutes, TEVUnicodeString* message) noexcept {
+  const MessageFrame frame;
+  if (minutes >= kShortestTimeout && minutes <= kLongestTimeout) {
+    return Publish(TimeoutEnv, Format("SERVERS_TIMEOUT=%d", minutes)) ? 1 : -1;
+  }
+  if (message != nullptr) {
+    const std::string text = Format(
+        "Incorrect timeout value : %d. Timeout value can range from 2 to 35700 minutes\n", minutes);
+    *message = frame.Build("ErrWndTimeout", {Number(minutes)}, text.c_str());
+  }
+  return -1;
+}
+
+int CheckDir(char* path) noexcept {
+  if (TEVFileAccess(path, 0) != 0) return -1;
+  // The directory stays open: callers have always seen it so.
+  TEVDirectory directory = nullptr;
+  return TEVOpenDirectory(path, &directory) == 0 ? 1 : -1;
+}
