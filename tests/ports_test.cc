@@ -143,7 +143,7 @@ TEST_F(PortsTest, RefusesRunPortsOutOfRange) {
   int low = 1023, high = 65536, last = 65535, other = 65535;
   EXPECT_EQ(CheckValuePortMinMax(1024, nullptr) + CheckValuePortMinMax(65535, nullptr), 2);
   EXPECT_EQ(CheckValuePortMinMax(1023, nullptr) + CheckValuePortMinMax(65536, nullptr), 0);
-  EXPECT_EQ(CheckK7RunPortValue(&low, &last, &high, &message_), 0);
+  EXPECT_EQ(CheckK7RunPortValue(&low, &high, &last, &message_), 0);
   EXPECT_EQ(Told(), "kept " + Message("ErrWndK7RunPort", "1023", "1024") +
                         Message("ErrWndK7RunPortMax", "65536", "65535"));
   EXPECT_EQ(CheckK7RunPortValue(nullptr, &message_), -1);
