@@ -11,6 +11,7 @@
 #include "kwinstutil/lang.h"
 #include "kwinstutil/ports.h"
 #include "kwinstutil/report.h"
+#include "kwinstutil/services.h"
 #include "kwinstutil/toc.h"
 
 #endif  // KWINSTUTIL_KWINSTUTIL_H_

@@ -1,0 +1,89 @@
+#include "ports/inetd_file.h"
+
+#include <kb0core/TEVFile.h>
+
+#include <cerrno>
+#include <cstring>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "ports/line_table.h"
+#include "report/message.h"
+
+namespace kwinst {
+
+namespace {
+
+InetdOutcome CannotOpen(const std::string& path, const std::string& error,
+                        const MessageFrame& frame, TEVUnicodeString& message) {
+  message = frame.Build("ErrWndOpenServicesFile", {path.c_str(), error.c_str()});
+  return InetdOutcome::kFailed;
+}
+
+/// The outcome of a file that was `written`, or was left as it had been.
+InetdOutcome Written(bool written, const std::string& path, const MessageFrame& frame,
+                     TEVUnicodeString& message) {
+  message = written ? frame.Build("OKWriteServicesFile", {path.c_str()})
+                    : frame.Build("ErrWndWriteServicesFile", {path.c_str()});
+  return written ? InetdOutcome::kChanged : InetdOutcome::kFailed;
+}
+
+/// Writes `table` in the place of `path`, which is the backup meanwhile.
+InetdOutcome RewriteWithBackup(const std::string& path, const LineTable& table,
+                               const MessageFrame& frame, TEVUnicodeString& message) {
+  const std::string backup = path + ".tmp";
+  if (TEVRenameFile(path.c_str(), backup.c_str()) != 0) {
+    const char* error = std::strerror(errno);
+    message = frame.Build("ErrWndRenameServicesFile", {path.c_str(), error});
+    return InetdOutcome::kFailed;
+  }
+  std::string error;
+  InputFile file = OpenSystemFile(path, "w", &error);
+  // The backup is not brought back here: it may be the only thing that can still be read.
+  if (file == nullptr) return CannotOpen(path, error, frame, message);
+
+  const bool written = table.WriteAndClose(std::move(file));
+  if (written) {
+    TEVDeleteFile(backup.c_str());
+  } else {
+    TEVRenameFile(backup.c_str(), path.c_str());
+  }
+  return Written(written, path, frame, message);
+}
+
+}  // namespace
+
+InetdOutcome RegisterInInetd(const std::string& service, const std::string& line,
+                             const std::string& standing, TEVUnicodeString& message) {
+  const MessageFrame frame;
+  const std::optional<std::string> path = SystemFile("inetd.conf");
+  if (!path) {
+    message = frame.Build("ErrVRK_ODT_TMP", {}, "VRK_ODT_TMP is not set\n");
+    return InetdOutcome::kFailed;
+  }
+  std::string error;
+  InputFile file = OpenSystemFile(*path, "r+", &error);
+  if (file == nullptr) return CannotOpen(*path, error, frame, message);
+
+  size_t lines = 0;
+  bool found = false;
+  bool stands = false;
+  const bool read = ForEachPiece(file.get(), [&](std::string_view piece) {
+    ++lines;
+    found = found || BeginsWith(piece, service);
+    stands = piece == standing;
+    return !stands;
+  });
+  if (!read) return CannotOpen(*path, std::strerror(errno), frame, message);
+  if (stands) return InetdOutcome::kStands;
+  if (!found) return Written(AppendAndClose(std::move(file), *path, line), *path, frame, message);
+
+  LineTable table(lines);
+  if (table.absent()) return InetdOutcome::kFailed;
+  if (!table.Read(file.get(), {{service, line}})) return Written(false, *path, frame, message);
+  file.reset();
+  return RewriteWithBackup(*path, table, frame, message);
+}
+
+}  // namespace kwinst

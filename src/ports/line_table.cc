@@ -1,0 +1,119 @@
+#include "ports/line_table.h"
+
+#include <kb0core/TEVEnvironment.h>
+#include <kb0core/TEVFile.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "support/tree_paths.h"
+
+namespace kwinst {
+
+namespace {
+
+constexpr size_t kSpareSlots = 3;
+
+/// Gives an open file the owner and the mode of another one.
+bool KeepOwnerAndMode(int descriptor, const struct stat& origin) {
+  struct stat now {};
+  if (fstat(descriptor, &now) != 0) return false;
+  const bool same_owner = now.st_uid == origin.st_uid && now.st_gid == origin.st_gid;
+  if (!same_owner && fchown(descriptor, origin.st_uid, origin.st_gid) != 0) return false;
+  return fchmod(descriptor, origin.st_mode & 07777) == 0;
+}
+
+}  // namespace
+
+std::optional<std::string> SystemFile(const std::string& name) {
+  if (TEVGetEnv("VRK_ODT_IN") == nullptr || TEVGetEnv("VRK_ODT_OUT") == nullptr) {
+    return JoinPath("/etc", name);
+  }
+  const char* scratch = TEVGetEnv("VRK_ODT_TMP");
+  if (scratch == nullptr) return std::nullopt;
+  return JoinPath(scratch, name);
+}
+
+InputFile OpenSystemFile(const std::string& path, const char* mode, std::string* error) {
+  std::FILE* file = nullptr;
+  const int number = TEVFOpen(path.c_str(), mode, &file);
+  if (number != 0) *error = std::strerror(number);
+  return InputFile(file);
+}
+
+size_t ReadPiece(std::FILE* file, char (&piece)[kSlotSize]) {
+  size_t length = 0;
+  while (length < kSlotSize - 1) {
+    const int c = getc_unlocked(file);
+    if (c == EOF) break;
+    piece[length++] = static_cast<char>(c);
+    if (c == '\n') break;
+  }
+  return length;
+}
+
+bool BeginsWith(std::string_view text, std::string_view prefix) {
+  return text.substr(0, prefix.size()) == prefix;
+}
+
+bool AppendAndClose(InputFile file, const std::string& path, const std::string& lines) {
+  std::FILE* stream = file.release();
+  struct stat before {};
+  bool stored = fstat(fileno(stream), &before) == 0;
+  if (stored && !lines.empty()) {
+    // In an empty file there is no last character to go to.
+    const bool open_end = std::fseek(stream, -1, SEEK_END) == 0 && std::getc(stream) != '\n';
+    const std::string text = (open_end ? "\n" : "") + lines;
+    stored = std::fseek(stream, 0, SEEK_END) == 0 &&
+             std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+  }
+  stored = TEVFClose(stream) == 0 && stored;
+  if (!stored && S_ISREG(before.st_mode)) {
+    // Nothing is left to be done for a file that cannot be cut back.
+    [[maybe_unused]] const int cut = truncate(path.c_str(), before.st_size);
+  }
+  return stored;
+}
+
+LineTable::LineTable(size_t lines)
+    : size_((lines + kSpareSlots) * kSlotSize),
+      text_(static_cast<char*>(::operator new(size_, std::nothrow))) {}
+
+LineTable::~LineTable() { ::operator delete(text_); }
+
+bool LineTable::Read(std::FILE* file, const std::vector<Replacement>& replacements) {
+  if (fstat(fileno(file), &origin_) != 0) return false;
+  std::rewind(file);
+  bool fits = true;
+  const bool read = ForEachPiece(file, [&](std::string_view piece) {
+    const auto match =
+        std::find_if(replacements.begin(), replacements.end(),
+                     [piece](const Replacement& r) { return BeginsWith(piece, r.name); });
+    fits = Add(match == replacements.end() ? piece : match->line);
+    return fits;
+  });
+  return read && fits;
+}
+
+bool LineTable::AddLine(std::string_view line) {
+  if (used_ > 0 && text_[used_ - 1] != '\n' && !Add("\n")) return false;
+  return Add(line);
+}
+
+bool LineTable::WriteAndClose(InputFile file) const {
+  std::FILE* stream = file.release();
+  const bool written =
+      KeepOwnerAndMode(fileno(stream), origin_) && std::fwrite(text_, 1, used_, stream) == used_;
+  return TEVFClose(stream) == 0 && written;
+}
+
+bool LineTable::Add(std::string_view text) {
+  if (text.size() >= kSlotSize || text.size() > size_ - used_) return false;
+  std::memcpy(text_ + used_, text.data(), text.size());
+  used_ += text.size();
+  return true;
+}
+
+}  // namespace kwinst
