@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# inetd_test.sh BUILDDIR SOURCEDIR: a real inetd serves what was registered in the system's files,
+# which are those of a namespace of this test's own.
+set -euo pipefail
+export PATH=$PATH:/usr/sbin:/sbin TEVMsgCatalogPath=$2/resources/msgcatalog
+
+fail() {
+  printf 'FAILED: %s\n' "$*" >&2
+  exit 1
+}
+
+skip() {
+  printf 'Skipped: %s\n' "$*"
+  exit 77
+}
+
+# make_etc: an /etc of our own, with an older registration in it, and a /run for inetd's number.
+make_etc() {
+  mkdir "$work/etc"
+  for file in passwd group nsswitch.conf ld.so.cache; do
+    [[ ! -e /etc/$file ]] || cp "/etc/$file" "$work/etc"
+  done
+  printf 'ftp\t\t21/tcp\nmorvelk7run      1/tcp  #old\n' >"$work/etc/services"
+  printf 'morvelk7run stream tcp nowait root /nowhere  #TEVSysDemon' >"$work/etc/inetd.conf"
+  mount --bind "$work/etc" /etc
+  mount -t tmpfs none /run
+  ip link set lo up
+}
+
+# expect_answer PORT: the daemon answers there, once inetd listens.
+expect_answer() {
+  local answer tries=0
+  until { exec 3<>"/dev/tcp/127.0.0.1/$1"; } 2>/dev/null; do
+    ((++tries < 100)) || fail "nothing listens on port $1: $(<"$work/output")"
+    sleep 0.1
+  done
+  echo hello >&3
+  IFS= read -r -t 10 answer <&3 || fail "no answer on port $1: $(<"$work/output")"
+  exec 3>&-
+  [[ $answer == 'TEVSysDemon hears hello' ]] || fail "the answer is '$answer'"
+}
+
+# register BB RUN BROKER: registers the ports; getent must find them.
+register() {
+  local names=(morvelk7bb morvelk7run TEVDeviceBroker) ports=("$@") i
+  "$build/tests/register_services" /etc/services "$daemon" "$@" >"$work/output" ||
+    fail "register_services: $(<"$work/output")"
+  for i in 0 1 2; do
+    [[ $(getent services "${names[i]}") =~ ^${names[i]}\ +${ports[i]}/tcp$ ]] ||
+      fail "getent does not find ${names[i]} with port ${ports[i]}"
+  done
+}
+
+inside() {
+  daemon=$work/tree/code/bin/TEVSysDemon
+  mkdir -p "${daemon%/*}"
+  # shellcheck disable=SC2016
+  printf '#!/bin/sh\nread -r line && echo "${0##*/} hears $line"\n' >"$daemon"
+  chmod +x "$daemon"
+  make_etc
+  register 28670 28671 28672
+  "$inetd" -d >"$work/output" 2>&1 &
+  trap 'kill $! && wait $! || true' EXIT
+  expect_answer 28671
+  register 28670 28673 28672
+  kill -HUP $!
+  expect_answer 28673
+  [[ $(grep -c . /etc/inetd.conf) == 1 && $(grep -c . /etc/services) == 4 ]] ||
+    fail 'an entry was not replaced, but added'
+}
+
+build=$1
+inetd=$(command -v inetd) || skip 'there is no inetd'
+command -v ip >/dev/null || skip 'there is no ip, to bring up a network'
+if [[ ${3-} ]]; then
+  work=$3
+  inside
+  exit
+fi
+user=()
+((EUID == 0)) || user=(-r)
+unshare "${user[@]}" -m -n true 2>/dev/null || skip 'this user may not make namespaces'
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+chmod 755 "$work"
+unshare "${user[@]}" -m -n bash "${BASH_SOURCE[0]}" "$1" "$2" "$work"
