@@ -1,6 +1,11 @@
 #include <kwinstutil/files.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <csignal>
 #include <cstdlib>
+#include <filesystem>
 
 #include "fixture.h"
 
@@ -118,6 +123,82 @@ TEST_F(TransferTest, AFailureLeavesASideLogForTheLog) {
   TEVInsTransferLogInfo(CharPath(Path("tree")), "ignored", zeb2, nullptr);
   EXPECT_EQ(SideLog(), "(no file)");
   WriteLogErrorTransfer(CharPath(Path("missing")), nullptr);
+}
+
+class LineTest : public Fixture {
+ protected:
+  std::string Temporary() const { return Path("file.tmp" + std::to_string(getpid())); }
+
+  int Suppress(const std::string& text, bool at_start) {
+    return TEVInsSuppressLine(CharPath(Path("file")), CharPath(text), nullptr, at_start ? 1 : 0);
+  }
+  int Add(const std::string& line) {
+    return TEVInsAddLine(CharPath(Path("file")), CharPath(line), nullptr);
+  }
+};
+
+TEST_F(LineTest, SuppressesLines) {
+  const std::string long_line = std::string(5000, 'x') + "\n";
+  const std::string binary("a\0text\n\xff\0\n", 10);
+  const struct {
+    std::string content;
+    bool at_start;
+    std::string result;
+  } kCases[] = {
+      {"text a\n text b\nc\ntex\ntext", true, " text b\nc\ntex\n"},
+      {"text a\n text b\nc\ntex\ntext", false, "c\ntex\n"},
+      {long_line + "\ntext\n" + long_line + "end", true, long_line + "\n" + long_line + "end"},
+      {std::string(2047, 'x') + "text\n", true, std::string(2047, 'x')},
+      {std::string(2046, 'x') + "text\n", false, std::string(2046, 'x') + "text\n"},
+      {binary, true, binary},
+      {binary, false, binary.substr(7)}};
+  for (const auto& c : kCases) {
+    chmod(Write("file", c.content).c_str(), 0751);
+    EXPECT_EQ(Suppress("text", c.at_start), 1);
+    EXPECT_TRUE(Read(Path("file")) == c.result) << c.content.substr(0, 100);
+    EXPECT_FALSE(Exists(Temporary()));
+    struct stat info {};
+    EXPECT_EQ(stat(Path("file").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07777, 0751U);
+  }
+  Write("file", "text\n");
+  EXPECT_EQ(Suppress("text", true), 1);
+  EXPECT_EQ(Read(Path("file")) + Read(Temporary()), "text\n") << "nothing would be left";
+}
+
+TEST_F(LineTest, AddsLines) {
+  Write("file", "first");
+  for (const char* line : {"100%% %s%d", "%", "", "last%n"}) EXPECT_EQ(Add(line), 1);
+  EXPECT_EQ(Read(Path("file")), "first100% %s%d\n%\n\nlast%n\n");
+  EXPECT_EQ(TEVInsAddLine(CharPath("/dev/full"), CharPath("x"), nullptr), -1);
+}
+
+TEST_F(LineTest, AFailureLeavesTheFile) {
+  CharPath text("x");
+  EXPECT_EQ(Suppress("x", true), -1) << "no file";
+  EXPECT_EQ(Add("x"), -1);
+  EXPECT_FALSE(Exists(Path("file")) || Exists(Temporary()));
+  EXPECT_EQ(TEVInsSuppressLine(nullptr, text, nullptr, 0), -1);
+  EXPECT_EQ(TEVInsSuppressLine(text, nullptr, nullptr, 0), -1);
+  EXPECT_EQ(TEVInsAddLine(nullptr, text, nullptr), -1);
+  EXPECT_EQ(TEVInsAddLine(text, nullptr, nullptr), -1);
+  EXPECT_EQ(TEVInsSuppressLine(CharPath(dir_), text, nullptr, 0), -1) << "a directory";
+
+  const std::string content = std::string(4000, 'x') + "\n";
+  chmod(Write("file", content).c_str(), 0666);
+  std::filesystem::permissions(dir_, std::filesystem::perms::all);
+  AsNobody([&] {
+    // Both fail in the middle of writing, as on a full disk.
+    rlimit limit = {2048, 8192};
+    std::signal(SIGXFSZ, SIG_IGN);
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(Suppress("y", true), -1);
+    EXPECT_TRUE(Exists(Temporary()));
+    limit.rlim_cur = 4500;
+    setrlimit(RLIMIT_FSIZE, &limit);
+    EXPECT_EQ(Add(std::string(1000, 'y')), -1);
+  });
+  EXPECT_EQ(Read(Path("file")), content);
 }
 
 }  // namespace

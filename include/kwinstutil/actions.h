@@ -29,4 +29,42 @@ KWINSTUTIL_EXPORT int TEVInsCopyInstall(char* from, char* to, TEVUnicodeString* 
 /// "CreateFile_KO": the path. After a failed write the file may hold a part of the text.
 KWINSTUTIL_EXPORT int TEVInsCreateFile(char* path, char* text, TEVUnicodeString* message) noexcept;
 
+/// Setup programs of the product, run once after a copy. `message` must not be null. Commands,
+/// paths and the names read from files go to the shell as they are.
+
+/// Runs `command` through the shell.
+///
+/// Returns its exit status: 0 ("PalomirSetupRC_0": no parameter), 1 ("PalomirSetupRC_1": the
+/// command), 2 ("PalomirSetupRC_2": the command), another ("PalomirSetupDefault": the status).
+/// A shell that cannot be started, or that a signal ended, counts as 0.
+/// -10 when `command` is null (`*message` is untouched).
+KWINSTUTIL_EXPORT int TEVInsPalomirSetup(char* command, TEVUnicodeString* message) noexcept;
+
+/// 1 when the tree `installDir` has both control/Q8M.prd and code/bin/DRXPeopleUpdate, and so must
+/// have its people data updated; else 0. `installDir` must not be null.
+KWINSTUTIL_EXPORT int TEVInsNeedQDNUpdate(char* installDir) noexcept;
+
+// The functions below run a program with the tree's code/command/tevstart: in the environment named
+// by the first word of a ".lp" file and the first line of EnvDir.txt, both in `installDir` and cut
+// after 1023 characters; in none when one of the files cannot be read. An empty file gives an empty
+// name.
+
+/// Updates the people data of the tree `installDir`, which must not be null. The ".lp" file is
+/// PALOMIR_QDN.lp; `extra` is ignored.
+///
+/// Returns
+///    1  done ("CmdDRXPeopleUpdateSuccessful": the command);
+///   -1  failed ("ErrDRXPeopleUpdateFailed": the command, the status as system(3) gives it).
+KWINSTUTIL_EXPORT int TEVInsQDNUpdate(char* installDir, TEVUnicodeString* message,
+                                      char* extra) noexcept;
+
+/// Runs `program` with `arguments`. The ".lp" file is LPNAME.lp.
+///
+/// Returns
+///    1  done ("CmdSuccessful": the command);
+///   -1  failed ("ErrCmdFailed": the command);
+///    0  one of the first four arguments is null: nothing was run (`*message` is untouched).
+KWINSTUTIL_EXPORT int TEVInsLaunchExe(char* installDir, const char* lpName, char* program,
+                                      char* arguments, TEVUnicodeString* message) noexcept;
+
 #endif  // KWINSTUTIL_ACTIONS_H_

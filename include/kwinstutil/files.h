@@ -45,4 +45,30 @@ KWINSTUTIL_EXPORT void WriteLogErrorTransfer(char* dir, char* archive) noexcept;
 KWINSTUTIL_EXPORT void TEVInsTransferLogInfo(char* dir, const char* componentName, TEVINSType type,
                                              TEVInstallLog* log) noexcept;
 
+// Line editing. `message` is never touched, and may be null.
+
+/// Removes the lines of `file` that begin with `text` (`atStart` non-zero) or contain it anywhere
+/// (zero). What a line holds beyond 2047 characters counts as the next line. The file is replaced
+/// by a new one of the same mode, and of the same owner where that may be given, which is written
+/// beside it as FILE.tmpPID.
+///
+/// Returns
+///    1  done. When no line would be left, `file` stays as it was, and the empty FILE.tmpPID stays
+///       beside it;
+///   -1  an argument is null, or one of the files cannot be opened, read, written or renamed.
+///   `file`
+///       stays as it was; FILE.tmpPID stays when it was made.
+KWINSTUTIL_EXPORT int TEVInsSuppressLine(char* file, char* text, TEVUnicodeString* message,
+                                         int atStart) noexcept;
+
+/// Adds `line` and a newline to the end of `file`; a last line without a newline is continued.
+/// `line` is a printf format without arguments: "%%" gives '%', and other conversions are written
+/// as they stand.
+///
+/// Returns
+///    1  done;
+///   -1  an argument is null, or `file` does not exist or cannot be written; it keeps its former
+///       length.
+KWINSTUTIL_EXPORT int TEVInsAddLine(char* file, char* line, TEVUnicodeString* message) noexcept;
+
 #endif  // KWINSTUTIL_FILES_H_

@@ -1,0 +1,96 @@
+#include <kb0core/TEVFile.h>
+
+#include <string>
+
+#include "kwinstutil/actions.h"
+#include "report/message.h"
+#include "support/format.h"
+#include "support/shell.h"
+#include "support/text_file.h"
+#include "support/tree_paths.h"
+
+using kwinst::Format;
+using kwinst::JoinPath;
+using kwinst::MessageFrame;
+
+namespace {
+
+constexpr int kLineSize = 1024;
+
+/// The end of a start command: the environment named by `lpFile` and EnvDir.txt, or nothing when
+/// one of them cannot be read.
+std::string EnvironmentOptions(const char* installDir, const std::string& lpFile) {
+  std::string name;
+  const bool named =
+      kwinst::ForEachWord<kLineSize>(JoinPath(installDir, lpFile).c_str(), [&name](char* word) {
+        name = word;
+        return false;
+      });
+  char directory[kLineSize] = "";
+  if (!named ||
+      !kwinst::ReadFirstLine(JoinPath(installDir, "EnvDir.txt").c_str(), directory, kLineSize)) {
+    return "";
+  }
+  return Format(" -env %s -direnv %s", name.c_str(), directory);
+}
+
+/// The command that starts `program` with `arguments`.
+std::string StartCommand(const char* installDir, const char* program, const char* arguments,
+                         const std::string& lpFile) {
+  return Format("%s/code/command/tevstart -run \"%s %s\"", installDir, program, arguments) +
+         EnvironmentOptions(installDir, lpFile);
+}
+
+}  // namespace
+
+int TEVInsPalomirSetup(char* command, TEVUnicodeString* message) noexcept {
+  if (command == nullptr) return -10;
+  const MessageFrame frame;
+  const int status = kwinst::RunShell(command) / 256;
+  switch (status) {
+    case 0:
+      *message = frame.Build("PalomirSetupRC_0");
+      break;
+    case 1:
+      *message = frame.Build("PalomirSetupRC_1", {command});
+      break;
+    case 2:
+      *message = frame.Build("PalomirSetupRC_2", {command});
+      break;
+    default:
+      *message = frame.Build("PalomirSetupDefault", {kwinst::Number(status)});
+  }
+  return status;
+}
+
+int TEVInsNeedQDNUpdate(char* installDir) noexcept {
+  const std::string control = kwinst::ControlFile(installDir, "Q8M.prd");
+  const std::string program = JoinPath(installDir, "code/bin/DRXPeopleUpdate");
+  return TEVFileAccess(control.c_str(), 0) == 0 && TEVFileAccess(program.c_str(), 0) == 0 ? 1 : 0;
+}
+
+int TEVInsQDNUpdate(char* installDir, TEVUnicodeString* message, char* /*extra*/) noexcept {
+  const MessageFrame frame;
+  const std::string command =
+      StartCommand(installDir, "DRXPeopleUpdate", "-p -m", "PALOMIR_QDN.lp") + ' ';
+  const char* text = command.c_str();
+  // The status as the shell gives it, not divided as in TEVInsPalomirSetup.
+  const int status = kwinst::RunShell(command);
+  if (status != 0) {
+    *message = frame.Build("ErrDRXPeopleUpdateFailed", {text, kwinst::Number(status)},
+                           Format("Commande [%s] failed. rc= %d \n", text, status).c_str());
+    return -1;
+  }
+  *message = frame.Build("CmdDRXPeopleUpdateSuccessful", {text},
+                         Format("Commande [%s] was successful", text).c_str());
+  return 1;
+}
+
+int TEVInsLaunchExe(char* installDir, const char* lpName, char* program, char* arguments,
+                    TEVUnicodeString* message) noexcept {
+  if (installDir == nullptr || lpName == nullptr || program == nullptr || arguments == nullptr) {
+    return 0;
+  }
+  std::string command = StartCommand(installDir, program, arguments, std::string(lpName) + ".lp");
+  return TEVInsCommande(command.data(), message);
+}

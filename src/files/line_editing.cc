@@ -1,0 +1,101 @@
+#include <kb0core/TEVFile.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "kwinstutil/files.h"
+#include "support/format.h"
+#include "support/text_file.h"
+
+using std::string_view;
+
+namespace {
+
+/// Reads a line, its newline included, or a piece of 2047 characters of a longer one. Unlike
+/// fgets, tells the length of a line that holds zero bytes. Empty at the end.
+string_view ReadLine(std::FILE* file, char (&line)[2047]) {
+  size_t length = 0;
+  while (length < sizeof line) {
+    const int c = getc_unlocked(file);
+    if (c == EOF) break;
+    line[length++] = static_cast<char>(c);
+    if (c == '\n') break;
+  }
+  return {line, length};
+}
+
+bool Matches(string_view line, string_view text, bool atStart) {
+  return atStart ? line.substr(0, text.size()) == text : line.find(text) != string_view::npos;
+}
+
+/// Copies the lines without `text`. False when a read or a write failed.
+bool CopyOtherLines(std::FILE* from, std::FILE* to, string_view text, bool atStart) {
+  char buffer[2047];
+  for (string_view line = ReadLine(from, buffer); !line.empty(); line = ReadLine(from, buffer)) {
+    if (Matches(line, text, atStart)) continue;
+    if (std::fwrite(line.data(), 1, line.size(), to) != line.size()) return false;
+  }
+  return std::ferror(from) == 0;
+}
+
+/// Gives `to` the owner, where that is allowed, and the mode of `from`.
+void CopyOwnerAndMode(std::FILE* from, std::FILE* to) {
+  struct stat info {};
+  if (fstat(fileno(from), &info) != 0) return;
+  [[maybe_unused]] const int owned = fchown(fileno(to), info.st_uid, info.st_gid);
+  fchmod(fileno(to), info.st_mode & 07777);
+}
+
+/// Writes the lines of `file` without `text` to a new file. False when that fails.
+bool WriteOtherLines(const char* file, const std::string& newFile, string_view text, bool atStart) {
+  const kwinst::InputFile from = kwinst::OpenForReading(file);
+  std::FILE* to = nullptr;
+  if (from == nullptr || TEVFOpen(newFile.c_str(), "w", &to) != 0) return false;
+  const bool copied = CopyOtherLines(from.get(), to, text, atStart);
+  CopyOwnerAndMode(from.get(), to);
+  return TEVFClose(to) == 0 && copied;
+}
+
+/// What printf makes of `format` when it has no arguments to read: other conversions than "%%"
+/// stay.
+std::string WithoutArguments(const char* format) {
+  std::string text;
+  for (const char* at = format; *at != '\0'; ++at) {
+    if (at[0] == '%' && at[1] == '%') ++at;
+    text += *at;
+  }
+  return text;
+}
+
+}  // namespace
+
+int TEVInsSuppressLine(char* file, char* text, TEVUnicodeString* /*message*/,
+                       int atStart) noexcept {
+  if (file == nullptr || text == nullptr) return -1;
+  const std::string new_file = kwinst::Format("%s.tmp%d", file, static_cast<int>(getpid()));
+  if (!WriteOtherLines(file, new_file, text, atStart != 0)) return -1;
+
+  // A file of which nothing would be left stays as it was, with the new one beside it.
+  TEVFileInfo info;
+  if (TEVGetFileInfo(new_file.c_str(), &info) != 0 || info.size == 0) return 1;
+  return TEVRenameFile(new_file.c_str(), file) == 0 ? 1 : -1;
+}
+
+int TEVInsAddLine(char* file, char* line, TEVUnicodeString* /*message*/) noexcept {
+  std::FILE* stream = nullptr;
+  if (file == nullptr || line == nullptr || TEVFOpen(file, "r+", &stream) != 0) return -1;
+  const std::string text = WithoutArguments(line) + '\n';
+  const off_t length = fseeko(stream, 0, SEEK_END) == 0 ? ftello(stream) : -1;
+  const bool written =
+      length >= 0 && std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+  if (TEVFClose(stream) == 0 && written) return 1;
+
+  if (length >= 0) {
+    // Nothing is left to be done for a file that cannot be cut back.
+    [[maybe_unused]] const int cut = truncate(file, length);
+  }
+  return -1;
+}

@@ -1,0 +1,141 @@
+#include <kb0core/TEVFile.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+#include "kwinstutil/dirs.h"
+#include "kwinstutil/spk.h"
+#include "report/message.h"
+#include "support/format.h"
+#include "support/shell.h"
+#include "support/text_file.h"
+#include "support/tree_paths.h"
+
+using kwinst::Format;
+using kwinst::JoinPath;
+using kwinst::MessageFrame;
+
+namespace {
+
+std::string TempDir() {
+  char path[1024] = "";
+  TEVInsGetTempDir(path);
+  return path;
+}
+
+/// Links are not followed: one that leads nowhere exists.
+bool Exists(const std::string& path) {
+  TEVFileInfo info;
+  return TEVGetFileInfo(path.c_str(), &info) == 0;
+}
+
+/// The service pack's control file in the temporary directory. It is deleted in the end.
+class UnpackedControlFile {
+ public:
+  UnpackedControlFile(const char* spkName, const char* osDir, TEVINSType type)
+      : member_(type == zeb2 ? Format("control/%s", spkName)
+                             : Format("%s/control/%s", osDir, spkName)),
+        path_(JoinPath(TempDir(), member_)) {}
+  UnpackedControlFile(const UnpackedControlFile&) = delete;
+  UnpackedControlFile& operator=(const UnpackedControlFile&) = delete;
+  ~UnpackedControlFile() { TEVDeleteFile(path_.c_str()); }
+
+  /// Its path in the archive.
+  const std::string& member() const { return member_; }
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string member_;
+  std::string path_;
+};
+
+/// The command that unpacks `member` of a service pack; of its two archives the compressed one
+/// wins.
+std::string UnpackingCommand(const std::string& archive, const std::string& member) {
+  const std::string compressed = archive + ".Z";
+  if (TEVFileAccess(compressed.c_str(), 0) == 0) {
+    return Format("cd %s; compress -d -c %s |  tar -xf - %s 2>&1", TempDir().c_str(),
+                  compressed.c_str(), member.c_str());
+  }
+  return Format("cd %s; tar -xf %s  %s 2>&1", TempDir().c_str(), archive.c_str(), member.c_str());
+}
+
+/// The file name in a line, for saving: its first word. Empty when it names none.
+std::string FirstWord(char* line) {
+  if (std::strtol(line, nullptr, 10) != 0) return "";
+  kwinst::CutNewline(line);
+  if (std::strcmp(line, "0") == 0) return "";
+  return std::string(line, std::strcspn(line, " "));
+}
+
+/// The file name in a line, for restoring: all of it, numbers and blanks included. Saving reads the
+/// same line differently, on purpose.
+std::string WholeLine(char* line) {
+  kwinst::CutNewline(line);
+  return line;
+}
+
+/// What is renamed, and to what.
+struct Renaming {
+  std::string from;
+  std::string to;
+};
+
+/// Renames what each line of the control file says. `renaming(line)` tells it; files that do not
+/// exist are passed over. Returns 0, or -1 with `message` assigned.
+template <typename Function>
+int RenameListedFiles(const UnpackedControlFile& control, TEVUnicodeString& message,
+                      Function renaming) {
+  const MessageFrame frame;
+  const kwinst::InputFile file = kwinst::OpenForReading(control.path().c_str());
+  if (file == nullptr) {
+    const int error = errno;
+    message =
+        frame.Build("ErrWndOpenControlFile.Text", {control.path().c_str(), kwinst::Number(error)});
+    return -1;
+  }
+  int status = 0;
+  kwinst::ForEachLine<1024>(file.get(), [&](char* line) {
+    const auto [from, to] = renaming(line);
+    if (!Exists(from) || TEVRenameFile(from.c_str(), to.c_str()) == 0) return true;
+    message = frame.Build("ErrWndRenameFile.Text", {from.c_str(), to.c_str()});
+    status = -1;
+    return false;
+  });
+  return status;
+}
+
+}  // namespace
+
+int TEVInsSaveFilesBeforeInstall(char* spkName, char* mediaDir, char* installDir, const char* osDir,
+                                 TEVINSType type, TEVUnicodeString& message) noexcept {
+  if (mediaDir == nullptr || installDir == nullptr || (type == code && osDir == nullptr)) return -1;
+  const MessageFrame frame;
+  const std::string archive = JoinPath(mediaDir, spkName);
+  const UnpackedControlFile control(spkName, osDir, type);
+  if (kwinst::RunShell(UnpackingCommand(archive, control.member())) != 0) {
+    message = frame.Build("ErrWndExtractTar.Text", {control.member().c_str(), archive.c_str()});
+    message.Append(frame.Build("CheckTmpDir", {TempDir().c_str()}));
+    return -1;
+  }
+  return RenameListedFiles(control, message, [installDir](char* line) {
+    const std::string file = FirstWord(line);
+    if (file.empty()) return Renaming{};
+    const std::string target = JoinPath(installDir, file);
+    return Renaming{target, target + ".beforeSPK"};
+  });
+}
+
+int TEVInsRestoreFiles(char* installDir, char* spkName, const char* osDir, TEVINSType type,
+                       TEVUnicodeString& message) noexcept {
+  const UnpackedControlFile control(spkName, osDir, type);
+  if (!Exists(control.path())) return 0;
+  return RenameListedFiles(control, message, [installDir](char* line) {
+    const std::string file = WholeLine(line);
+    if (file.empty()) return Renaming{};
+    const std::string target = JoinPath(installDir, file);
+    return Renaming{target + ".beforeSPK", target};
+  });
+}
