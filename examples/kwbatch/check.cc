@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "install.h"
+#include "ports.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -198,6 +199,9 @@ void Check(const Options& options) {
       RequireInstallable(system, path, code_tree);
       if (!IsUpdate(system.kind)) RequireRoom(system, path, code_tree);
       Say(system.dir + " may be installed in " + SystemDir(system, path) + ".");
+      if (system.kind == MediumKind::kProducts && !something) {
+        TellRegistration(SystemDir(system, path));
+      }
       something = true;
     } catch (const NothingToInstall& refusal) {
       reason = refusal.what();

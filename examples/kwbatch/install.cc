@@ -18,6 +18,8 @@
 #include "console.h"
 #include "log.h"
 #include "medium.h"
+#include "ports.h"
+#include "settings.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -232,6 +234,23 @@ void RecordLanguages(const Medium& medium, std::string target, int languages, Lo
   }
 }
 
+/// Runs the product's setup programs, which are told when they fail but undo nothing.
+void RunSetup(std::string system_dir, Log& log) {
+  TEVUnicodeString message;
+  std::string program = "TEVSoftwareMgt";
+  std::string arguments = "-setup";
+  const bool has_start = TEVFileAccess((system_dir + "/code/command/tevstart").c_str(), 1) == 0;
+  if (!has_start) return;
+  int status =
+      TEVInsLaunchExe(system_dir.data(), "Setup", program.data(), arguments.data(), &message);
+  log.Write(message.ConvertToChar());
+  if (status != 1) Say(message.ConvertToChar());
+  if (TEVInsNeedQDNUpdate(system_dir.data()) == 0) return;
+  status = TEVInsQDNUpdate(system_dir.data(), &message, nullptr);
+  log.Write(message.ConvertToChar());
+  if (status != 1) Say(message.ConvertToChar());
+}
+
 /// Shows what the target holds now.
 void Summarize(const std::vector<Medium>& media, const std::string& target) {
   for (const Medium& medium : media) {
@@ -268,6 +287,10 @@ void Install(const Options& given) {
   }
   CheckSpace(components, request.target);
 
+  const bool products = media.front().kind == MediumKind::kProducts;
+  const Ports ports = products ? ChoosePorts(given) : Ports();
+  ExportPortSettings(given);
+  ExportSettings(given);
   Log log(" installation of " + request.medium + " in " + request.target + "\n");
   MakeTree(media, request);
   std::map<const Medium*, int> languages;
@@ -275,6 +298,11 @@ void Install(const Options& given) {
   TransferAll(components, request, languages, log);
   for (const auto& [medium, mask] : languages) {
     if (!IsSdk(*medium)) RecordLanguages(*medium, request.target, mask, log);
+  }
+  if (products) RegisterPorts(ports, SystemDir(media.front(), request.target));
+  if (given.Has("satellite")) InstallSatellite(given.Text("satellite"), request.target);
+  if (products) {
+    for (const Medium& medium : media) RunSetup(SystemDir(medium, request.target), log);
   }
   log.Succeeded();
   Summarize(media, request.target);

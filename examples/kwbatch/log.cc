@@ -15,4 +15,4 @@ void Log::Write(const std::string& text) {
   log_.WriteLogFile(entry);
 }
 
-void Log::Succeeded() { trailer_ = " end of installation"; }
+void Log::Succeeded() { trailer_ = " done"; }

@@ -23,7 +23,7 @@ class Log {
 
  private:
   TEVInstallLog log_;
-  TEVUnicodeString trailer_ = " installation failed";
+  TEVUnicodeString trailer_ = " failed";
 };
 
 #endif  // KWBATCH_LOG_H_

@@ -10,6 +10,9 @@
 #include "console.h"
 #include "install.h"
 #include "options.h"
+#include "service_pack.h"
+#include "settings.h"
+#include "tasks.h"
 
 namespace {
 
@@ -26,6 +29,15 @@ constexpr Command kCommands[] = {
     {"check", "MEDIUM TARGET", Check,
      "say whether MEDIUM may be installed on TARGET, or why not; writes nothing"},
     {"verify", "TARGET", Verify, "report each installed file that is missing or damaged"},
+    {"service-pack", "MEDIUM TARGET", InstallServicePack,
+     "set aside what the service pack replaces, and install it; it is pending then"},
+    {"commit", "TARGET", Commit, "end the pending state; the service pack cannot be undone then"},
+    {"undo-service-pack", "TARGET", UndoServicePack,
+     "take the latest service pack out again; TARGET is then as it was before"},
+    {"hot-fix", "MEDIUM TARGET", InstallHotFix, "install a hot fix"},
+    {"tasks", "TARGET", ListTasks, "list the programs that run from TARGET"},
+    {"environment", "TARGET CONFIG", PrintEnvironment,
+     "print the path of the environment file that a configuration uses"},
 };
 
 void PrintHelp() {

@@ -1,0 +1,173 @@
+#include "ports.h"
+
+#include <kb0core/TEVFile.h>
+#include <kwinstutil/kwinstutil.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include "console.h"
+#include "medium.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int kUsualPort = 20050;  ///< of the bulletin board; the others follow it
+
+bool Exists(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 0; }
+
+/// The path of a system file: in the scratch directory, where a missing one is made as a copy, or
+/// below /etc.
+std::string SystemFile(const std::string& name) {
+  const char* scratch = std::getenv("VRK_ODT_TMP");
+  const std::string real = "/etc/" + name;
+  if (scratch == nullptr) return real;
+  std::string copy = std::string(scratch) + "/" + name;
+  std::error_code ignored;
+  if (!Exists(copy)) fs::copy_file(real, copy, ignored);
+  std::ofstream(copy, std::ios::app);
+  return copy;
+}
+
+bool IsRegistered() { return CheckEtcServices(100) == 1 && CheckEtcServices(0) == 1; }
+
+std::string DaemonOf(const std::string& system_dir) { return system_dir + "/code/bin/TEVSysDemon"; }
+
+bool NeedsDaemon(const std::string& system_dir) {
+  std::string inetd = SystemFile("inetd.conf");
+  std::string dir = system_dir;
+  return Exists(inetd) && CheckNeedUpdateServices(inetd.data(), dir.data()) == 1;
+}
+
+MetaSearchData MetaSearchSettings(const Options& options, std::vector<std::string>& texts) {
+  const auto text = [&](const char* name) -> const char* {
+    if (!options.Has(name)) return nullptr;
+    texts.push_back(options.Text(name));
+    return texts.back().c_str();
+  };
+  MetaSearchData data{};
+  const std::string language =
+      options.Has("metasearch-language") ? options.Text("metasearch-language") : "en";
+  if (language.size() >= sizeof(data.language))
+    throw UsageError("--metasearch-language is too long");
+  std::strcpy(data.language, language.c_str());
+  data.server = text("metasearch-server");
+  data.port = options.Number("metasearch-port", kUsualPort + 10);
+  data.mailServer = text("metasearch-mail-server");
+  data.mailPort = options.Number("metasearch-mail-port", 25);
+  data.proxyHost = text("metasearch-proxy-host");
+  data.enableProxy = data.proxyHost != nullptr ? 1 : 0;
+  data.proxyLogin = text("metasearch-proxy-login");
+  data.proxyPassword = text("metasearch-proxy-password");
+  data.proxyPort = options.Number("metasearch-proxy-port", 8080);
+  data.proxyDomains = text("metasearch-proxy-domains");
+  data.snapshotsPort = options.Number("metasearch-snapshots-port", kUsualPort + 11);
+  data.email = text("metasearch-email");
+  data.time = text("metasearch-time");
+  return data;
+}
+
+}  // namespace
+
+Ports ChoosePorts(const Options& options) {
+  if (options.Has("no-services")) return {};
+  const bool given =
+      options.Has("run-port") || options.Has("bb-port") || options.Has("broker-port");
+  const std::string services = SystemFile("services");
+  if (!given && IsRegistered()) return {};
+  if (TEVFileAccess(services.c_str(), 2) != 0) {
+    throw Refusal("The file " + services +
+                  " cannot be written. Be root, or use --scratch DIR or --no-services.\n");
+  }
+  const Ports wanted{options.Number("bb-port", kUsualPort),
+                     options.Number("run-port", kUsualPort + 1),
+                     options.Number("broker-port", kUsualPort + 2)};
+  Ports ports = wanted;
+  TEVUnicodeString message;
+  const int status =
+      CheckK7RunPortValue(&ports.run, &ports.bulletin_board, &ports.broker, &message);
+  if (status == 1) return ports;
+  const bool replaced = ports.run != wanted.run || ports.bulletin_board != wanted.bulletin_board ||
+                        ports.broker != wanted.broker;
+  if (status == -1 || !replaced) throw Refused(message);
+  Say(message.ConvertToChar());
+  return ports;
+}
+
+void RegisterPorts(const Ports& ports, const std::string& system_dir) {
+  if (ports.run == 0) return;
+  TEVUnicodeString message;
+  std::string services = SystemFile("services");
+  if (UpdateNewPorts(ports.bulletin_board, ports.run, ports.broker, services.data(), &message) !=
+      1) {
+    throw Refused(message);
+  }
+  Say(message.ConvertToChar());
+  Say("  morvelk7bb " + std::to_string(ports.bulletin_board) + ", morvelk7run " +
+      std::to_string(ports.run) + ", TEVDeviceBroker " + std::to_string(ports.broker));
+  if (!Exists(SystemFile("inetd.conf"))) {
+    Say("There is no inetd on this machine, so the daemon is not registered.");
+    return;
+  }
+  if (!NeedsDaemon(system_dir)) return;
+  if (UpdateDemon(DaemonOf(system_dir).data(), &message) != 1) throw Refused(message);
+  Say(message.ConvertToChar());
+  Say("  morvelk7run " + DaemonOf(system_dir));
+}
+
+void TellRegistration(const std::string& system_dir) {
+  if (!IsRegistered())
+    Say("The product's ports would be registered in " + SystemFile("services") + ".");
+  if (NeedsDaemon(system_dir)) {
+    Say("The daemon " + DaemonOf(system_dir) + " would be registered in " +
+        SystemFile("inetd.conf") + ".");
+  }
+}
+
+void ExportPortSettings(const Options& options) {
+  TEVUnicodeString message;
+  if (options.Has("orb-port")) {
+    const int port = options.Number("orb-port", 0);
+    const int base = options.Number("orb-base", port + 1);
+    if (TEVInsCheckOrbixValue(port, base, options.Number("orb-range", 50), options.Has("orb-boot"),
+                              &message) != 1) {
+      throw Refused(message);
+    }
+  }
+  if (options.Has("metasearch-server")) {
+    // The record points into these texts, which must not move.
+    std::vector<std::string> texts;
+    texts.reserve(16);
+    MetaSearchData data = MetaSearchSettings(options, texts);
+    if (TEVInsCheckMetasearch(&data, &message) != 1) throw Refused(message);
+  }
+}
+
+void InstallSatellite(const std::string& medium, const std::string& target) {
+  std::string source = MediumPath(medium);
+  std::string dir = target + "/satellite";
+  TEVUnicodeString message;
+  if (TEVInsCheckMediaSAT(source.data(), &message) != 0) throw Refused(message);
+  const unsigned int required =
+      static_cast<unsigned int>(SatComputeRequired(source.data(), message));
+  unsigned int available = 0;
+  if (TEVInsComputeAvailSpace(dir.c_str(), &available, &message) != 0) throw Refused(message);
+  if (available / 1024 < required) {
+    throw Refusal("The satellite needs " + std::to_string(required) + " MB in " + dir + ".\n");
+  }
+  std::string command =
+      "cd " + dir + " && compress -d -c " + source + "/LumaforgeSatellite.Z | tar -xf -";
+  std::string created = dir;
+  if (TEVInsCreateDirectory(created.data()) != 0) throw Refusal("No directory " + dir + ".\n");
+  if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
+  SystemFile("services");
+  SystemFile("inetd.conf");
+  if (SatUpdateService(message) < 0) {
+    throw Refusal("The satellite cannot be registered in " + SystemFile("services") + ".\n");
+  }
+  if (SatUpdateInet(dir.data(), message) < 0) throw Refused(message);
+  Say("The rendering satellite is installed in " + dir + " and registered.");
+}

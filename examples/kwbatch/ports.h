@@ -1,0 +1,34 @@
+#ifndef KWBATCH_PORTS_H_
+#define KWBATCH_PORTS_H_
+
+#include <string>
+
+#include "options.h"
+
+/// The product's ports. One that is 0 is left alone.
+struct Ports {
+  int bulletin_board = 0;
+  int run = 0;
+  int broker = 0;
+};
+
+/// Takes the ports that the options give, or the usual ones, each or else the next free one; says
+/// which were replaced. None when nothing is to be registered: with --no-services, or when all are
+/// registered already and no option asks for others. Throws a Refusal.
+Ports ChoosePorts(const Options& options);
+
+/// Registers the ports, and the daemon of the system directory, in the system's files, and says
+/// what has changed. Throws a Refusal.
+void RegisterPorts(const Ports& ports, const std::string& system_dir);
+
+/// Says what RegisterPorts would change.
+void TellRegistration(const std::string& system_dir);
+
+/// Exports the ORB daemon's and the meta-search settings that the options give. Throws a Refusal.
+void ExportPortSettings(const Options& options);
+
+/// Installs the rendering satellite of the medium `medium` in TARGET/satellite, and registers it.
+/// Throws a Refusal.
+void InstallSatellite(const std::string& medium, const std::string& target);
+
+#endif  // KWBATCH_PORTS_H_

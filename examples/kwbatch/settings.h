@@ -1,0 +1,14 @@
+#ifndef KWBATCH_SETTINGS_H_
+#define KWBATCH_SETTINGS_H_
+
+#include "options.h"
+
+/// Exports the environment settings that the options give, for the programs that are started later.
+/// Throws a Refusal in the library's words when one is refused.
+void ExportSettings(const Options& options);
+
+/// The command "environment": prints the path of a configuration's environment file. Throws a
+/// Refusal.
+void PrintEnvironment(const Options& options);
+
+#endif  // KWBATCH_SETTINGS_H_

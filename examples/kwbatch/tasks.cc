@@ -1,0 +1,22 @@
+#include "tasks.h"
+
+#include <kwinstutil/kwinstutil.h>
+
+#include "console.h"
+#include "tree.h"
+
+void ListTasks(const Options& options) {
+  const std::string target = TargetPath(options.words()[1]);
+  TEVInsTaskList tasks;
+  tasks.TEVInsCheckOrbixReboot(target.c_str());
+  tasks.TEVInsCheckTask(target.c_str(), nullptr);
+  char** commands = nullptr;
+  int count = 0;
+  tasks.TEVInsGetListTask(&commands, &count);
+  for (int i = 0; i < count; ++i) Say(commands[i]);
+  Say(std::to_string(count) + " tasks run from " + target + ".");
+  if (options.Has("stop")) {
+    tasks.TEVInsKillTask();
+    Say("They were told to end.");
+  }
+}

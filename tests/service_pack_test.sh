@@ -1,0 +1,125 @@
+#!/usr/bin/env bash
+# service_pack_test.sh BUILDDIR SOURCEDIR: the life of service packs, with kwbatch.
+set -euo pipefail
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
+
+run() { expect_exit "$1" "$kwbatch" "${@:2}" --scratch "$work/scratch"; }
+
+expect_text() { grep -qF -- "$1" "$work/output" || fail "no '$1' in the output"; }
+
+# content TREE: every file with its mode and content.
+content() { (cd "$1" && find . -type f -printf '%p %m ' -exec cksum {} \; | sort); }
+
+expect_content() {
+  content "$work/tree" | diff "$work/$1" - || fail "the tree is not as it was $1"
+}
+
+check_life() {
+  run 0 service-pack "$media/sp1" "$work/tree"
+  run 0 verify "$work/tree"
+  grep -q 'setting up Modeler for SP1' "$work/scratch/kwinst.log" || fail 'no post-install program'
+  run 1 service-pack "$media/sp2" "$work/tree"
+  expect_text 'not committed'
+  run 0 undo-service-pack "$work/tree"
+  expect_content before
+  run 1 undo-service-pack "$work/tree"
+  run 0 service-pack "$media/sp1" "$work/tree"
+  run 0 commit "$work/tree"
+  run 1 undo-service-pack "$work/tree"
+  expect_text committed
+  content "$work/tree" >"$work/committed"
+  run 0 service-pack "$media/sp2" "$work/tree"
+  run 0 undo-service-pack "$work/tree"
+  expect_content committed
+}
+
+# A transfer that fails in its middle, as on a full disk, and then goes well: nothing of what was
+# saved is lost.
+check_interruption() {
+  mkdir "$work/bin"
+  cat >"$work/bin/tar" <<'TAR'
+#!/bin/sh
+[ $# -eq 2 ] || exec /bin/tar "$@"
+/bin/tar "$@" aix_a/code/bin/TEVModeler
+exit 2
+TAR
+  chmod +x "$work/bin/tar"
+  PATH=$work/bin:$PATH run 1 service-pack "$media/sp2" "$work/tree"
+  [[ -e $system/code/bin/TEVModeler.beforeSPK ]] || fail 'nothing was saved'
+  run 0 service-pack "$media/sp2" "$work/tree"
+  # Once more, over a file of the pack that is missing.
+  rm "$system/code/bin/TEVDrafting"
+  run 0 service-pack "$media/sp2" "$work/tree"
+  run 0 verify "$work/tree"
+  # An undo that cannot rename a file, and is repeated.
+  mv "$system/code/bin/TEVModeler" "$work/TEVModeler"
+  mkdir -p "$system/code/bin/TEVModeler/full"
+  run 1 undo-service-pack "$work/tree"
+  rm -r "$system/code/bin/TEVModeler"
+  run 0 undo-service-pack "$work/tree"
+  expect_content committed
+}
+
+check_hot_fixes() {
+  run 0 hot-fix "$media/hf1" "$work/tree"
+  run 1 hot-fix "$media/hf2" "$work/tree"
+  expect_text HF1
+  run 0 verify "$work/tree"
+  run 1 hot-fix "$media/sp2" "$work/tree"
+  run 1 service-pack "$media/hf2" "$work/tree"
+}
+
+check_tasks() {
+  local pid
+  cp /bin/sleep "$system/code/bin/TEVSleep"
+  "$system/code/bin/TEVSleep" 100 &
+  pid=$!
+  run 0 tasks "$work/tree"
+  expect_text TEVSleep
+  run 0 tasks "$work/tree" --stop
+  wait "$pid" && fail 'a task was not stopped'
+  run 0 tasks "$work/tree"
+  expect_text '0 tasks'
+}
+
+check_settings() {
+  printf 'default\n' >"$work/tree/prod.lp"
+  printf '/etc/opt\n' >"$work/tree/EnvDir.txt"
+  run 0 environment "$work/tree" prod
+  expect_text /etc/opt/default.txt
+  run 1 environment "$work/tree" none
+  run 1 install "$media/ga" "$work/other" --timeout 1
+  expect_text 35700
+  run 1 install "$media/ga" "$work/other" --publish-path relative
+  run 1 install "$media/ga" "$work/other" --orb-port 30000 --orb-base 30000
+  run 1 install "$media/ga" "$work/other" --run-port 1023
+  run 2 install "$media/ga" "$work/other" --run-port many
+  [[ ! -e $work/other ]] || fail 'a refused installation made its target'
+}
+
+check_registration() {
+  grep -q '^morvelk7run      20051/tcp  #' "$work/scratch/services" || fail 'no run port'
+  grep -qF "$system/code/bin/TEVSysDemon" "$work/scratch/inetd.conf" || fail 'no daemon'
+  mkdir "$work/satellite" "$work/parts"
+  echo '#!/bin/sh' >"$work/parts/ray.sh"
+  (cd "$work/parts" && tar -cf - ray.sh | compress -f >"$work/satellite/LumaforgeSatellite.Z")
+  echo 2048 >"$work/satellite/LFSFS"
+  run 0 install "$media/ga" "$work/tree" --os solaris_a --satellite "$work/satellite" \
+    --run-port 20061
+  grep -q '^morvelk7run      20061/tcp   #' "$work/scratch/services" || fail 'no new run port'
+  grep -q '^mi-ray ' "$work/scratch/inetd.conf" || fail 'no satellite'
+}
+
+make_sample_media
+media=$work/media
+system=$work/tree/aix_a
+new_scratch
+run 0 install "$media/ga" "$work/tree" --os aix_a
+content "$work/tree" >"$work/before"
+check_life
+check_interruption
+check_hot_fixes
+check_tasks
+check_settings
+check_registration
