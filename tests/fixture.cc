@@ -10,23 +10,16 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 namespace fs = std::filesystem;
 
 namespace {
 
-/// Writes the catalog in which each text shows its key and its parameters.
-void WriteKeyCatalog(const fs::path& path) {
-  fs::create_directories(path.parent_path());
-  std::ifstream english(SOURCE_DIR "/resources/msgcatalog/TEVInstUtil.msg");
-  std::ofstream keys(path);
-  for (std::string line; std::getline(english, line);) {
-    const size_t end = line.find(" = \"");
-    if (end == std::string::npos || line[0] == '#') continue;
-    const std::string key = line.substr(0, end);
-    keys << key << " = \"" << key << "|{1}|{2}|{3}|{4}\"\n";
-  }
+/// Sets a variable, or unsets it when `value` is null.
+void PutEnv(const std::string& name, const char* value) {
+  value == nullptr ? unsetenv(name.c_str()) : setenv(name.c_str(), value, 1);
 }
 
 void BecomeNobody() {
@@ -45,7 +38,10 @@ Fixture::Fixture() {
   if (mkdtemp(name.data()) == nullptr) std::abort();
   dir_ = name;
   fs::permissions(dir_, fs::perms(0755));
-  WriteKeyCatalog(Path("msgcatalog/TEVInstUtil.msg"));
+  const std::regex text("([\\w.]+) = \"[^\n]*");
+  Write("msgcatalog/TEVInstUtil.msg",
+        std::regex_replace(Read(SOURCE_DIR "/resources/msgcatalog/TEVInstUtil.msg"), text,
+                           "$1 = \"$1|{1}|{2}|{3}|{4}\""));
   SetEnv("TEVMsgCatalogPath", Path("msgcatalog").c_str());
   for (const char* variable :
        {"LC_ALL", "LC_MESSAGES", "LANG", "VRK_ODT_IN", "VRK_ODT_OUT", "VRK_ODT_TMP"}) {
@@ -54,13 +50,7 @@ Fixture::Fixture() {
 }
 
 Fixture::~Fixture() {
-  for (const auto& [name, value] : environment_) {
-    if (value) {
-      setenv(name.c_str(), value->c_str(), 1);
-    } else {
-      unsetenv(name.c_str());
-    }
-  }
+  for (const auto& [name, value] : environment_) PutEnv(name, value ? value->c_str() : nullptr);
   std::error_code ignored;
   fs::remove_all(dir_, ignored);
 }
@@ -80,11 +70,7 @@ std::string Fixture::MakeDir(const std::string& relative) const {
 void Fixture::SetEnv(const std::string& name, const char* value) {
   const char* before = std::getenv(name.c_str());
   environment_.emplace(name, before == nullptr ? std::nullopt : std::optional<std::string>(before));
-  if (value == nullptr) {
-    unsetenv(name.c_str());
-  } else {
-    setenv(name.c_str(), value, 1);
-  }
+  PutEnv(name, value);
 }
 
 std::string Read(const std::string& path) {
@@ -126,9 +112,7 @@ std::string Captured(int descriptor, const std::function<void()>& body) {
   std::fflush(nullptr);
   dup2(before, descriptor);
   close(before);
-  std::rewind(file);
-  std::string text;
-  for (int c = std::fgetc(file); c != EOF; c = std::fgetc(file)) text += static_cast<char>(c);
+  const std::string text = Read("/proc/self/fd/" + std::to_string(fileno(file)));
   std::fclose(file);
   return text;
 }

@@ -21,10 +21,8 @@ class Fixture : public ::testing::Test {
   /// The full path of `relative` in the test's directory.
   std::string Path(const std::string& relative) const { return dir_ + "/" + relative; }
 
-  /// Makes a file, and the directories that it needs. Returns its full path.
+  /// Makes a file or a directory, and the directories above it. Returns its full path.
   std::string Write(const std::string& relative, std::string_view content = "") const;
-
-  /// Makes a directory, and those above it. Returns its full path.
   std::string MakeDir(const std::string& relative) const;
 
   /// Sets a variable until the test ends; a null `value` unsets it.
