@@ -258,7 +258,8 @@ TEST_F(TocTest, IntegrityOfWhatCannotBeRead) {
 TEST_F(TocTest, ChecksumsAreThoseOfCksum) {
   MakeTree("code:PRD:P\n");
   std::string manifest;
-  for (const uint32_t size : {0, 1, 8, 15, 16, 63, 64, 65, 79, 80, 127, 128, 1000, 65539, 131172}) {
+  for (const uint32_t size : std::initializer_list<uint32_t>{0, 1, 8, 15, 16, 63, 64, 65, 79, 80,
+                                                             127, 128, 1000, 65539, 131172}) {
     std::string content(size, ' ');
     for (char& c : content) c = static_cast<char>(random_());
     const auto* bytes = reinterpret_cast<const unsigned char*>(content.data());

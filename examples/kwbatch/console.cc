@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 
 namespace {
 
@@ -31,6 +32,12 @@ void RequirePlainName(const std::string& what, const std::string& name) {
   RequirePlainPath(what, name);
   if (name != "." && name != ".." && name.find('/') == std::string::npos) return;
   throw Refusal("The " + what + " \"" + name + "\" cannot be used: it is no file name.\n");
+}
+
+bool AppendToFile(const std::string& path, const std::string& text) {
+  std::ofstream file(path, std::ios::app);
+  file << text;
+  return static_cast<bool>(file.flush());
 }
 
 void Say(const std::string& text) { Print(text, stdout); }

@@ -21,6 +21,9 @@ void RequirePlainPath(const std::string& what, const std::string& path);
 /// Refuses a name from a medium that is not a plain word too, or would lead out of its directory.
 void RequirePlainName(const std::string& what, const std::string& name);
 
+/// Adds `text` to the end of a file, which is made when missing. False when it cannot be stored.
+bool AppendToFile(const std::string& path, const std::string& text);
+
 /// Prints a library message or a line of our own, with a newline at its end.
 void Say(const std::string& text);
 

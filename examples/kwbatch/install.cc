@@ -175,7 +175,7 @@ void MakeTree(const std::vector<Medium>& media, const Request& request) {
     if (TEVInsCreateDirectory(Copy(control).data()) != 0) {
       throw Refusal("The directory " + control + " cannot be created.\n");
     }
-    std::ofstream(control + "/PRESENT", std::ios::app);
+    AppendToFile(control + "/PRESENT", "");
   }
   if (IsSdk(media.front())) {
     RecordCodeTree(request.target, request.code_tree);

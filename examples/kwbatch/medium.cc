@@ -88,6 +88,7 @@ std::vector<std::string> PackagesOf(const TEVINSToc& toc, TEVINSType type, TEVIN
   const auto list = std::make_unique<TEVINSStockName>();
   toc.GetPackage(kind, type, list.get(), 1);
   std::vector<std::string> names;
+  names.reserve(static_cast<size_t>(list->GetNbName()));
   for (int i = 0; i < list->GetNbName(); ++i) names.emplace_back(list->GetName(i));
   return names;
 }

@@ -23,12 +23,12 @@ bool Exists(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 
 /// below /etc.
 std::string SystemFile(const std::string& name) {
   const char* scratch = std::getenv("VRK_ODT_TMP");
-  const std::string real = "/etc/" + name;
+  std::string real = "/etc/" + name;
   if (scratch == nullptr) return real;
   std::string copy = std::string(scratch) + "/" + name;
   std::error_code ignored;
   if (!Exists(copy)) fs::copy_file(real, copy, ignored);
-  std::ofstream(copy, std::ios::app);
+  AppendToFile(copy, "");
   return copy;
 }
 
@@ -51,8 +51,9 @@ MetaSearchData MetaSearchSettings(const Options& options, std::vector<std::strin
   MetaSearchData data{};
   const std::string language =
       options.Has("metasearch-language") ? options.Text("metasearch-language") : "en";
-  if (language.size() >= sizeof(data.language))
+  if (language.size() >= sizeof(data.language)) {
     throw UsageError("--metasearch-language is too long");
+  }
   std::strcpy(data.language, language.c_str());
   data.server = text("metasearch-server");
   data.port = options.Number("metasearch-port", kUsualPort + 10);
@@ -119,8 +120,9 @@ void RegisterPorts(const Ports& ports, const std::string& system_dir) {
 }
 
 void TellRegistration(const std::string& system_dir) {
-  if (!IsRegistered())
+  if (!IsRegistered()) {
     Say("The product's ports would be registered in " + SystemFile("services") + ".");
+  }
   if (NeedsDaemon(system_dir)) {
     Say("The daemon " + DaemonOf(system_dir) + " would be registered in " +
         SystemFile("inetd.conf") + ".");

@@ -261,7 +261,7 @@ void PruneTable(const Pack& pack, TEVINSType type) {
 
 void Undo(const Pack& pack, const std::string& os, TEVINSType type) {
   RequireUndoable(pack);
-  std::ofstream(pack.Undoing(), std::ios::app);
+  AppendToFile(pack.Undoing(), "");
   Restore(pack, os, type);
   for (const std::string& file : Lines(pack.New())) {
     TEVDeleteFile((pack.system_dir() + "/" + file).c_str());
@@ -289,7 +289,10 @@ void InstallServicePack(const Options& options) {
   Log log(" service pack " + pack.name() + " in " + pack.system_dir() + "\n");
 
   // Tells the next installation, should this one not come to its end.
-  std::ofstream(pack.Control("SPKInterrupted.txt")) << "1 MANUAL_COMMIT\n";
+  if (!Exists(pack.Control("SPKInterrupted.txt")) &&
+      !AppendToFile(pack.Control("SPKInterrupted.txt"), "1 MANUAL_COMMIT\n")) {
+    throw Refusal("The directory " + pack.Control("") + " cannot be written.\n");
+  }
   if (installed) PruneTable(pack, type);
   if (pending && !Exists(pack.New())) NoteNewFiles(pack, files);
   if (pending) {
@@ -297,7 +300,9 @@ void InstallServicePack(const Options& options) {
     Save(medium, pack);
   }
   Transfer(medium, pack.name(), target, log);
-  if (pending) std::ofstream(pack.Control("SPK.list")) << pack.name() << '\n';
+  if (pending && !AppendToFile(pack.Control("SPK.list"), pack.name() + "\n")) {
+    throw Refusal("The file " + pack.Control("SPK.list") + " cannot be written.\n");
+  }
   TEVDeleteFile(pack.Control("SPKInterrupted.txt").c_str());
   RunPostInstall(pack, log);
   log.Succeeded();

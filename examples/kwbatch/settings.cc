@@ -7,15 +7,13 @@
 
 namespace {
 
-/// The value of an option as the library takes it: null when it was not given.
+/// The value of an option as the library takes it.
 class OptionText {
  public:
   OptionText(const Options& options, const char* name)
       : given_(options.Has(name)), text_(options.Text(name)) {}
-  // Stands for the char* that it is passed as.
-  operator char*() {
-    return given_ ? text_.data() : nullptr;
-  }  // NOLINT(google-explicit-constructor)
+  /// Null when the option was not given.
+  char* get() { return given_ ? text_.data() : nullptr; }
 
  private:
   bool given_;
@@ -53,26 +51,27 @@ void ExportJava(const Options& options) {
 
 void ExportSettings(const Options& options) {
   TEVUnicodeString message;
-  Require(ExportDataDirectories(OptionText(options, "metasearch-path"),
-                                OptionText(options, "workbook-path"),
-                                OptionText(options, "publish-path"), &message),
+  Require(ExportDataDirectories(OptionText(options, "metasearch-path").get(),
+                                OptionText(options, "workbook-path").get(),
+                                OptionText(options, "publish-path").get(), &message),
           message, "a data directory");
   if (options.Has("java-home")) ExportJava(options);
   if (options.Has("k6") || options.Has("drx")) {
-    Require(ExportK6(options.Has("k6"), OptionText(options, "k6"), options.Number("k6-library", 1),
-                     options.Has("drx"), OptionText(options, "drx"), &message),
+    Require(ExportK6(options.Has("k6"), OptionText(options, "k6").get(),
+                     options.Number("k6-library", 1), options.Has("drx"),
+                     OptionText(options, "drx").get(), &message),
             message, "--k6 or --drx");
   }
   if (options.Has("tck-server")) {
     std::string mode = options.Has("tck-mode") ? options.Text("tck-mode") : "Server";
-    Require(ExportTCK(mode.data(), OptionText(options, "tck-server"),
+    Require(ExportTCK(mode.data(), OptionText(options, "tck-server").get(),
                       options.Number("tck-port", 20060), options.Has("tck-boot"), &message, 0),
             message, "--tck-server");
   }
   if (options.Has("information-path")) {
-    Require(ExportMorvelInfo(1, OptionText(options, "information-path"),
-                             OptionText(options, "information-env-path"),
-                             OptionText(options, "information-env"), &message),
+    Require(ExportMorvelInfo(1, OptionText(options, "information-path").get(),
+                             OptionText(options, "information-env-path").get(),
+                             OptionText(options, "information-env").get(), &message),
             message, "--information-path");
   }
   if (options.Has("timeout")) {

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <string>
 
@@ -27,7 +28,7 @@ int ReadPointerFile(const char* dir, const char* name, char* result) {
 }
 
 /// Blocks of `size` bytes in kilobytes, computed in the order that avoids an overflow.
-unsigned long long Kilobytes(unsigned long long size, unsigned long long blocks) {
+uint64_t Kilobytes(uint64_t size, uint64_t blocks) {
   if (size >= 1024) return size / 1024 * blocks;
   if (blocks >= 1024) return blocks / 1024 * size;
   return size * blocks / 1024;
