@@ -29,8 +29,8 @@ KWINSTUTIL_EXPORT int TEVInsCopyInstall(char* from, char* to, TEVUnicodeString* 
 /// "CreateFile_KO": the path. After a failed write the file may hold a part of the text.
 KWINSTUTIL_EXPORT int TEVInsCreateFile(char* path, char* text, TEVUnicodeString* message) noexcept;
 
-/// Setup programs of the product, run once after a copy. `message` must not be null. Commands,
-/// paths and the names read from files go to the shell as they are.
+// Setup programs of the product, run once after a copy. `message` must not be null. Commands, paths
+// and the names read from files go to the shell as they are.
 
 /// Runs `command` through the shell.
 ///

@@ -5,8 +5,8 @@
 
 #include "kwinstutil/export.h"
 
-/// Settings that the installed product and the programs of the installation read from the
-/// environment, and the Java runtime.
+// Settings that the installed product and the programs of the installation read from the
+// environment, and the Java runtime.
 
 // The entries, texts KEY=VALUE. The environment points to them, so a text written there by hand
 // changes it too. Empty until they are exported.
@@ -137,8 +137,8 @@ KWINSTUTIL_EXPORT int TEVInsGetJavaHome(char* result) noexcept;
 
 /// Runs JAVAHOME/bin/java -version through the shell, with the path unquoted, and looks for
 /// "1.3.1", "1.4." or "1.5.0" in the first 1024 bytes that it prints: no other version is accepted.
-/// Takes at least a second. `versionText` is assigned with those bytes as soon as the program has
-/// run, and `message` in every case but the null one.
+/// Takes at least a second. A ':' in `javaHome` parts several homes. `versionText` is assigned with
+/// those bytes as soon as the program has run, and `message` in every case but the null one.
 ///
 /// Returns
 ///    1  accepted; `message` holds "ErrBadJavaVersionUNIX32_32" all the same;

@@ -18,7 +18,8 @@
 KWINSTUTIL_EXPORT int InitFreePort(int group) noexcept;
 
 /// Remembers the values of a group of ports: two for group 200, three for 300 and 400, one for 500;
-/// the others are ignored. Group 500 makes `varOrbixPort` an empty text, see InitFreePort. Another
+/// the others are ignored. Group 500 makes `varOrbixPort` an empty text, see InitFreePort, so that
+/// ORBIX_ItDaemonPort leaves the environment; its value is from 0 to 16777215. Another
 /// group changes nothing. Returns 0.
 KWINSTUTIL_EXPORT int SetFreePort(int group, int first, int second, int third) noexcept;
 

@@ -26,13 +26,13 @@ class KWINSTUTIL_EXPORT TEVInsTaskList {
   /// characters, and INSTALLDIR/code/command/InitOrbixDaemon in its target, when that script
   /// exists. The last such link counts.
   ///
-  /// Returns 1 when there is one, or an earlier call found one and /etc/rc2.d cannot be read now;
-  /// else 0, also when `installDir` is null.
+  /// Returns 1 when one was found, by this call or an earlier one of this object; else 0, also when
+  /// `installDir` is null or the script does not exist.
   int TEVInsCheckOrbixReboot(const char* installDir) noexcept;
 
   /// Takes a snapshot of the processes and adds each one that has `installDir` and '/' in its
-  /// command line to the list, followed by its descendants, and without those that have `exclude`
-  /// in it (which may be null; their descendants are judged by themselves). Remembers the process
+  /// command line, but not `exclude` (which may be null), to the list, followed by all of its
+  /// descendants. Remembers the process
   /// that was started from the boot link. `installDir` must not be null.
   ///
   /// Returns the number of tasks in the list.

@@ -72,20 +72,21 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
 // below TEVInsGetTempDir(). It has a path relative to `installDir` in each line. Paths and names go
 // to the shell unquoted.
 //
-// Both functions below delete the unpacked control file in every case (its directories stay), and
-// take lines of more than 1023 characters as several. They assign `message` on failure:
+// Both functions below delete the unpacked control file in every case but that of a null argument
+// (its directories stay), and take lines of more than 1023 characters as several. They assign
+// `message` on failure:
 //   "ErrWndOpenControlFile.Text"  the unpacked control file, the system's error number;
 //   "ErrWndRenameFile.Text"       the file, and the name that it could not be given.
-// What was renamed before a failure stays renamed. Each file is there under one of its two names,
-// and to repeat the call completes it.
+// What was renamed before a failure stays renamed: each file is there under one of its two names.
 
 /// Sets the files aside that the service pack will replace: FILE becomes FILE.beforeSPK, in the
 /// place of an earlier one. The control file comes from MEDIADIR/SPKNAME.Z (compress and tar) or,
 /// when there is none, from MEDIADIR/SPKNAME (tar).
 ///
-/// A line names its first word, up to a blank. Lines that begin with a number other than zero or
-/// are "0" name nothing, nor do empty ones. A file that does not exist is passed over. `spkName`
-/// must not be null, nor `osDir` unless the type is `code` or `zeb2`.
+/// To repeat the call after a failure completes it. A line names its first word, up to a blank.
+/// Lines that begin with a number other than zero or are "0" name nothing, nor do empty ones. A
+/// file that does not exist is passed over. `spkName` must not be null, nor `osDir` unless the type
+/// is `code` or `zeb2`.
 ///
 /// Returns
 ///    0  done;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <climits>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -102,9 +103,9 @@ void TEVInsTaskList::TEVInsGetListTask(char*** list, int* number) noexcept {
 }
 
 void TEVInsTaskList::TEVInsKillTask() noexcept {
-  if (orbix_boot_ == 1 && orbix_pid_ != 0) kill(static_cast<pid_t>(orbix_pid_), SIGTERM);
+  if (orbix_boot_ == 1 && orbix_pid_ > 0) kill(static_cast<pid_t>(orbix_pid_), SIGTERM);
   for (int i = count_ - 1; i >= 0; --i) {
-    if (pids_[i] != 0) kill(pids_[i], SIGTERM);
+    if (pids_[i] > 0) kill(pids_[i], SIGTERM);
   }
 }
 
@@ -122,7 +123,8 @@ int TEVInsTaskList::TEVInsGetAllProcess() noexcept {
     // NOLINTNEXTLINE(cert-err34-c): ps prints no number that does not fit.
     const int values = std::sscanf(line, "%*s %ld %ld %*d %*s %*s %*s %1023[^\n]", &record.pid,
                                    &record.ppid, record.command);
-    if (values == 3) ++record_count_;
+    // The pieces of a line that was too long may have any number in the place of an id.
+    if (values == 3 && record.pid > 0 && record.pid <= INT_MAX) ++record_count_;
     return true;
   });
   return static_cast<int>(record_count_);

@@ -82,13 +82,15 @@ bool ExportDirectory(char (&buffer)[Size], const char* key, const char* path,
     AppendTo(message, syntax_message);
     return false;
   }
+  const std::string entry = Entry(key, path);
+  if (entry.size() >= Size) return false;
   std::string copy = path;
   char examined[1024] = "";
   if (TEVInsCheckAccessDir(copy.data(), examined) != 0) {
     AppendTo(message, frame.Build("ErrWndNoWriteDir", {examined}));
     return false;
   }
-  return Publish(buffer, Entry(key, path));
+  return Publish(buffer, entry);
 }
 
 /// Are the directories of the trees that are installed directories? Tells each that is none.

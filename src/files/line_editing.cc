@@ -44,7 +44,9 @@ bool CopyOtherLines(std::FILE* from, std::FILE* to, string_view text, bool atSta
 /// Gives `to` the owner, where that is allowed, and the mode of `from`.
 void CopyOwnerAndMode(std::FILE* from, std::FILE* to) {
   struct stat info {};
-  if (fstat(fileno(from), &info) != 0) return;
+  struct stat made {};
+  if (fstat(fileno(from), &info) != 0 || fstat(fileno(to), &made) != 0) return;
+  if (!S_ISREG(made.st_mode)) return;
   [[maybe_unused]] const int owned = fchown(fileno(to), info.st_uid, info.st_gid);
   fchmod(fileno(to), info.st_mode & 07777);
 }
@@ -55,7 +57,7 @@ bool WriteOtherLines(const char* file, const std::string& newFile, string_view t
   std::FILE* to = nullptr;
   if (from == nullptr || TEVFOpen(newFile.c_str(), "w", &to) != 0) return false;
   const bool copied = CopyOtherLines(from.get(), to, text, atStart);
-  CopyOwnerAndMode(from.get(), to);
+  if (copied) CopyOwnerAndMode(from.get(), to);
   return TEVFClose(to) == 0 && copied;
 }
 

@@ -33,6 +33,7 @@ InetdOutcome Written(bool written, const std::string& path, const MessageFrame& 
 InetdOutcome RewriteWithBackup(const std::string& path, const LineTable& table,
                                const MessageFrame& frame, TEVUnicodeString& message) {
   const std::string backup = path + ".tmp";
+  DropLink(backup, path);
   if (TEVRenameFile(path.c_str(), backup.c_str()) != 0) {
     const char* error = std::strerror(errno);
     message = frame.Build("ErrWndRenameServicesFile", {path.c_str(), error});
@@ -77,6 +78,7 @@ InetdOutcome RegisterInInetd(const std::string& service, const std::string& line
   });
   if (!read) return CannotOpen(*path, std::strerror(errno), frame, message);
   if (stands) return InetdOutcome::kStands;
+  if (line.size() >= kSlotSize) return Written(false, *path, frame, message);
   if (!found) return Written(AppendAndClose(std::move(file), *path, line), *path, frame, message);
 
   LineTable table(lines);

@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <new>
 
@@ -38,9 +39,17 @@ std::optional<std::string> SystemFile(const std::string& name) {
 
 InputFile OpenSystemFile(const std::string& path, const char* mode, std::string* error) {
   std::FILE* file = nullptr;
-  const int number = TEVFOpen(path.c_str(), mode, &file);
+  const int number = IsPipeOrDevice(path.c_str()) ? ENOTSUP : TEVFOpen(path.c_str(), mode, &file);
   if (number != 0) *error = std::strerror(number);
   return InputFile(file);
+}
+
+void DropLink(const std::string& copy, const std::string& path) {
+  struct stat other {};
+  struct stat file {};
+  if (lstat(copy.c_str(), &other) != 0 || stat(path.c_str(), &file) != 0) return;
+  const bool same = other.st_dev == file.st_dev && other.st_ino == file.st_ino;
+  if (same || S_ISLNK(other.st_mode)) TEVDeleteFile(copy.c_str());
 }
 
 size_t ReadPiece(std::FILE* file, char (&piece)[kSlotSize]) {

@@ -18,8 +18,13 @@ namespace kwinst {
 /// set. None when there should be a copy and VRK_ODT_TMP is unset.
 std::optional<std::string> SystemFile(const std::string& name);
 
-/// Opens a stream. Null when that fails, with the system's text for the reason in `*error`.
+/// Opens a stream. Null when that fails, or for a pipe or a device, with the system's text for the
+/// reason in `*error`.
 InputFile OpenSystemFile(const std::string& path, const char* mode, std::string* error);
+
+/// Removes `copy` when it is a link to something else, or `path` itself under another name: to
+/// write a copy there would overwrite what it leads to.
+void DropLink(const std::string& copy, const std::string& path);
 
 /// Size of a line in a table: a longer line is split into pieces of one character less.
 constexpr size_t kSlotSize = 1024;

@@ -89,6 +89,7 @@ int Replace(const std::string& path, const LineTable& table, const MessageFrame&
             TEVUnicodeString* message) {
   const std::string temporary = path + ".tmp";
   std::string error;
+  kwinst::DropLink(temporary, path);
   InputFile file = kwinst::OpenSystemFile(temporary, "w", &error);
   if (file == nullptr) {
     if (message != nullptr) *message = frame.Build("ErrWndOpenServicesFile", {"", error.c_str()});

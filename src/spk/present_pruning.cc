@@ -46,6 +46,7 @@ int TEVInsResetPresent::InitDest(char* path) noexcept {
 }
 
 int TEVInsResetPresent::Remove(char* name, TEVINSType type) noexcept {
+  if (!source_.is_open()) return -1;
   for (source_.peek(); source_.good();) {
     std::strstream line;
     const std::streamsize length = ReadLine(source_, line);
@@ -66,15 +67,22 @@ int TEVInsResetPresent::Remove(char* name, TEVINSType type) noexcept {
 
 int TEVInsResetPresent::IsLineToRemove(char* name, std::strstream& line, TEVINSType type) noexcept {
   std::string fields[3];
-  int present = 0;
-  do {
-    fields[present++] = ReadField(line);
-  } while (present < 3 && line.get() != std::strstream::traits_type::eof());
+  std::string parting;  // the characters between them: ':', or one of a field that is too long
+  fields[0] = ReadField(line);
+  for (int i = 1, c = 0; i < 3 && (c = line.get()) != std::strstream::traits_type::eof(); ++i) {
+    parting += static_cast<char>(c);
+    fields[i] = ReadField(line);
+  }
 
   if (fields[0] == kTEVINSNames[type] && fields[1] == "SPK" && fields[2] == name) return 0;
 
-  // A line with fewer fields is written as it was, without the separators that it lacks.
-  for (int i = 0; i < present; ++i) dest_ << (i == 0 ? "" : ":") << fields[i];
+  // A line with fewer than three fields is written as it was; the separators of another are ':'.
+  if (parting.size() == 2) parting = "::";
+  parting.resize(2);
+  dest_ << fields[0];
+  for (int i = 0; i < 2; ++i) {
+    if (parting[i] != '\0') dest_ << parting[i] << fields[i + 1];
+  }
   return static_cast<int>(fields[0].size() + fields[1].size() + fields[2].size()) + 2;
 }
 

@@ -67,6 +67,7 @@ std::string FirstWord(char* line) {
   if (std::strtol(line, nullptr, 10) != 0) return "";
   kwinst::CutNewline(line);
   if (std::strcmp(line, "0") == 0) return "";
+  line += std::strspn(line, " ");
   return std::string(line, std::strcspn(line, " "));
 }
 

@@ -13,10 +13,13 @@ bool IsBlank(int c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 }  // namespace
 
-InputFile OpenForReading(const char* path) {
-  // A pipe might have to be waited for, and a device might never end.
+bool IsPipeOrDevice(const char* path) {
   struct stat info {};
-  if (stat(path, &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) {
+  return stat(path, &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode);
+}
+
+InputFile OpenForReading(const char* path) {
+  if (IsPipeOrDevice(path)) {
     errno = ENOTSUP;
     return nullptr;
   }

@@ -23,7 +23,11 @@ struct FileCloser {
 /// because that may fail.
 using InputFile = std::unique_ptr<std::FILE, FileCloser>;
 
-/// Opens a file for reading. Null, with errno set, when that fails.
+/// Is `path` something else than a file or a directory? A pipe might have to be waited for, and a
+/// device might never end.
+bool IsPipeOrDevice(const char* path);
+
+/// Opens a file for reading. Null, with errno set, when that fails, or it is a pipe or a device.
 InputFile OpenForReading(const char* path);
 
 /// Calls `use(line)` with each line of a text, its newline included, as a C string in a buffer of
