@@ -20,6 +20,7 @@
 #include "medium.h"
 #include "ports.h"
 #include "settings.h"
+#include "transfer.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -195,31 +196,13 @@ int LanguagesFor(const Medium& medium, const Request& request) {
   return kept;
 }
 
-void Transfer(const Component& component, std::string target, int languages, Log& log) {
-  std::string name = component.name;
-  std::string source = component.medium->dir;
-  TEVUnicodeString message;
-  const char* os = IsSdk(*component.medium) ? nullptr : component.medium->os.c_str();
-  const int status =
-      TEVInsTransferCAF(name.data(), source.data(), target.data(), os, languages, message);
-  log.Write(name + " (" + component.medium->os + "): " + (status == 0 ? "installed" : "failed") +
-            "\n" + message.ConvertToChar());
-  if (status == 0) {
-    // What tar had to say all the same.
-    if (message.ConvertToChar()[0] != '\0') Say(message.ConvertToChar());
-    return;
-  }
-  // The side log lies in the target itself, which is where it is looked for with this type.
-  TEVInsTransferLogInfo(target.data(), name.c_str(), zeb2, log.get());
-  throw Refused(message);
-}
-
 void TransferAll(const std::vector<Component>& components, const Request& request,
                  const std::map<const Medium*, int>& languages, Log& log) {
   Progress progress(components.size());
   for (const Component& component : components) {
     progress.Begin(component.name + " (" + component.medium->os + ")");
-    Transfer(component, request.target, languages.at(component.medium), log);
+    Transfer(*component.medium, component.name, request.target, languages.at(component.medium),
+             log);
   }
 }
 

@@ -14,6 +14,7 @@
 #include "console.h"
 #include "log.h"
 #include "medium.h"
+#include "transfer.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -79,19 +80,9 @@ std::string NameOf(const Medium& medium) {
   return names.front();
 }
 
-void Transfer(const Medium& medium, std::string name, std::string target, Log& log) {
-  std::string source = medium.dir;
-  const char* os = IsSdk(medium) ? nullptr : medium.os.c_str();
-  // A tree without a record of its languages keeps all of them.
-  const int languages = os == nullptr ? 127 : TEVInsInitChosenLang(target.data(), os);
-  TEVUnicodeString message;
-  if (TEVInsTransferCAF(name.data(), source.data(), target.data(), os, languages, message) == 0) {
-    log.Write(name + ": installed\n" + message.ConvertToChar());
-    return;
-  }
-  log.Write(name + ": failed\n" + message.ConvertToChar());
-  TEVInsTransferLogInfo(target.data(), name.c_str(), zeb2, log.get());
-  throw Refused(message);
+/// The languages that a tree keeps; all, where it has no record or none.
+int LanguagesOf(const Medium& medium, std::string target) {
+  return IsSdk(medium) ? 127 : TEVInsInitChosenLang(target.data(), medium.os.c_str());
 }
 
 /// A directory that lasts as long as the object.
@@ -299,7 +290,7 @@ void InstallServicePack(const Options& options) {
     RemoveReplacements(pack, files);
     Save(medium, pack);
   }
-  Transfer(medium, pack.name(), target, log);
+  Transfer(medium, pack.name(), target, LanguagesOf(medium, target), log);
   if (pending && !AppendToFile(pack.Control("SPK.list"), pack.name() + "\n")) {
     throw Refusal("The file " + pack.Control("SPK.list") + " cannot be written.\n");
   }
@@ -348,7 +339,7 @@ void InstallHotFix(const Options& options) {
   const Medium medium = OpenInstallable(options, MediumKind::kHotFix, target);
   const std::string name = NameOf(medium);
   Log log(" hot fix " + name + " in " + target + "\n");
-  Transfer(medium, name, target, log);
+  Transfer(medium, name, target, LanguagesOf(medium, target), log);
   log.Succeeded();
   Say("Hot fix " + name + " is installed in " + SystemDir(medium, target) + ".");
 }

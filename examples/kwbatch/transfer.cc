@@ -1,0 +1,21 @@
+#include "transfer.h"
+
+#include "console.h"
+#include "tree.h"
+
+void Transfer(const Medium& medium, std::string name, std::string target, int languages, Log& log) {
+  std::string source = medium.dir;
+  const char* os = IsSdk(medium) ? nullptr : medium.os.c_str();
+  TEVUnicodeString message;
+  const int status =
+      TEVInsTransferCAF(name.data(), source.data(), target.data(), os, languages, message);
+  log.Write(name + " (" + medium.os + "): " + (status == 0 ? "installed" : "failed") + "\n" +
+            message.ConvertToChar());
+  if (status == 0) {
+    if (message.ConvertToChar()[0] != '\0') Say(message.ConvertToChar());
+    return;
+  }
+  // The side log lies in the target itself, which is where it is looked for with this type.
+  TEVInsTransferLogInfo(target.data(), name.c_str(), zeb2, log.get());
+  throw Refused(message);
+}

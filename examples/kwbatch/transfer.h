@@ -1,0 +1,14 @@
+#ifndef KWBATCH_TRANSFER_H_
+#define KWBATCH_TRANSFER_H_
+
+#include <string>
+
+#include "log.h"
+#include "medium.h"
+
+/// Transfers the archive of the component `name` into the target, logs it, and says what tar had to
+/// say all the same. Throws a Refusal; the log then has the archive's checksum and the file
+/// systems.
+void Transfer(const Medium& medium, std::string name, std::string target, int languages, Log& log);
+
+#endif  // KWBATCH_TRANSFER_H_
