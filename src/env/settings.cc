@@ -8,6 +8,7 @@
 #include "kwinstutil/dirs.h"
 #include "kwinstutil/env.h"
 #include "kwinstutil/ports.h"
+#include "ports/port_range.h"
 #include "report/message.h"
 #include "support/environment_entry.h"
 #include "support/format.h"
@@ -19,7 +20,6 @@ using kwinst::Publish;
 
 namespace {
 
-constexpr int kHighestPort = 65535;
 constexpr int kShortestTimeout = 2;
 constexpr int kLongestTimeout = 35700;
 
@@ -118,7 +118,7 @@ bool CheckServer(const char* name, int port, bool port_checked, TEVUnicodeString
     return false;
   }
   if (port_checked) return true;
-  const int found = GetFreePort(port, message, kHighestPort);
+  const int found = GetFreePort(port, message, kwinst::kHighestPort);
   if (found == -1) return false;
   if (found == port) return true;
   *message = frame.Build("ErrWndTCKPortNotFree", {Number(port), Number(found)});
@@ -152,14 +152,13 @@ int ExportK6(int installK6, char* k6CustDir, int k6LibraryChoice, int installDrx
   const std::string drx_entry = Entry("DRX_CUST", drx ? drxCustDir : nullptr);
   if (!Fits(k6_entry, tev_cust) || !Fits(drx_entry, drx_cust)) return -1;
 
-  const std::string library = Entry("PORTAL_LIBK6", !k6                    ? nullptr
-                                                    : k6LibraryChoice == 1 ? "libK623"
-                                                                           : "libK6243");
-  const bool exported = TEVPutEnv(portal_k6panel) == 0 && PublishGiven(tev_cust, k6_entry) &&
-                        PublishGiven(tev_versionlib, library) &&
-                        Publish(tev_to_install, Entry("TEV_TO_INSTALL", k6 ? "YES" : "NO")) &&
-                        PublishGiven(drx_cust, drx_entry) &&
-                        Publish(drx_to_install, Entry("DRX_TO_INSTALL", drx ? "YES" : "NO"));
+  const char* library = k6LibraryChoice == 1 ? "libK623" : "libK6243";
+  const bool exported =
+      TEVPutEnv(portal_k6panel) == 0 && PublishGiven(tev_cust, k6_entry) &&
+      PublishGiven(tev_versionlib, Entry("PORTAL_LIBK6", k6 ? library : nullptr)) &&
+      Publish(tev_to_install, Entry("TEV_TO_INSTALL", k6 ? "YES" : "NO")) &&
+      PublishGiven(drx_cust, drx_entry) &&
+      Publish(drx_to_install, Entry("DRX_TO_INSTALL", drx ? "YES" : "NO"));
   return exported ? 1 : -1;
 }
 

@@ -14,19 +14,6 @@ using std::string_view;
 
 namespace {
 
-/// Reads a line, its newline included, or a piece of 2047 characters of a longer one. Unlike
-/// fgets, tells the length of a line that holds zero bytes. Empty at the end.
-string_view ReadLine(std::FILE* file, char (&line)[2047]) {
-  size_t length = 0;
-  while (length < sizeof line) {
-    const int c = getc_unlocked(file);
-    if (c == EOF) break;
-    line[length++] = static_cast<char>(c);
-    if (c == '\n') break;
-  }
-  return {line, length};
-}
-
 bool Matches(string_view line, string_view text, bool atStart) {
   return atStart ? line.substr(0, text.size()) == text : line.find(text) != string_view::npos;
 }
@@ -34,7 +21,8 @@ bool Matches(string_view line, string_view text, bool atStart) {
 /// Copies the lines without `text`. False when a read or a write failed.
 bool CopyOtherLines(std::FILE* from, std::FILE* to, string_view text, bool atStart) {
   char buffer[2047];
-  for (string_view line = ReadLine(from, buffer); !line.empty(); line = ReadLine(from, buffer)) {
+  while (const size_t length = kwinst::ReadPiece(from, buffer, sizeof(buffer))) {
+    const string_view line(buffer, length);
     if (Matches(line, text, atStart)) continue;
     if (std::fwrite(line.data(), 1, line.size(), to) != line.size()) return false;
   }

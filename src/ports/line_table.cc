@@ -52,17 +52,6 @@ void DropLink(const std::string& copy, const std::string& path) {
   if (same || S_ISLNK(other.st_mode)) TEVDeleteFile(copy.c_str());
 }
 
-size_t ReadPiece(std::FILE* file, char (&piece)[kSlotSize]) {
-  size_t length = 0;
-  while (length < kSlotSize - 1) {
-    const int c = getc_unlocked(file);
-    if (c == EOF) break;
-    piece[length++] = static_cast<char>(c);
-    if (c == '\n') break;
-  }
-  return length;
-}
-
 bool BeginsWith(std::string_view text, std::string_view prefix) {
   return text.substr(0, prefix.size()) == prefix;
 }

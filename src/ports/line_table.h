@@ -29,16 +29,12 @@ void DropLink(const std::string& copy, const std::string& path);
 /// Size of a line in a table: a longer line is split into pieces of one character less.
 constexpr size_t kSlotSize = 1024;
 
-/// Reads the next line, its newline included, or the next piece of a long one. Returns its length,
-/// 0 at the end of the file or when it cannot be read. Zero bytes are characters like any others.
-size_t ReadPiece(std::FILE* file, char (&piece)[kSlotSize]);
-
 /// Calls `use(piece)` with each line or piece of the file, until it returns false. False when the
 /// file cannot be read; errno then tells why.
 template <typename Use>
 bool ForEachPiece(std::FILE* file, Use use) {
-  char piece[kSlotSize];
-  while (const size_t length = ReadPiece(file, piece)) {
+  char piece[kSlotSize - 1];
+  while (const size_t length = ReadPiece(file, piece, sizeof(piece))) {
     if (!use(std::string_view(piece, length))) break;
   }
   return std::ferror(file) == 0;

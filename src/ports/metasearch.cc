@@ -4,6 +4,7 @@
 #include <string>
 
 #include "kwinstutil/ports.h"
+#include "ports/port_range.h"
 #include "report/message.h"
 #include "support/environment_entry.h"
 #include "support/format.h"
@@ -12,8 +13,6 @@ using kwinst::MessageFrame;
 using kwinst::Number;
 
 namespace {
-
-constexpr int kHighestPort = 65535;
 
 /// The variables behind the first one, which is that of the proxy domains, in the order in which
 /// they are exported.
@@ -66,7 +65,7 @@ Values ValuesOf(const MetaSearchData& data) {
 
 /// Is `port` free? Tells when it is not.
 bool IsFree(int port, const MessageFrame& frame, TEVUnicodeString* message) {
-  const int found = GetFreePort(port, message, kHighestPort);
+  const int found = GetFreePort(port, message, kwinst::kHighestPort);
   if (found == -1) return false;
   if (found == port) return true;
   *message = frame.Build("ErrWndOrbixPortNotFree", {Number(port), Number(found)});

@@ -6,12 +6,14 @@
 #include <string>
 
 #include "kwinstutil/ports.h"
+#include "ports/port_range.h"
 #include "report/message.h"
 #include "support/environment_entry.h"
 #include "support/format.h"
 #include "support/shell.h"
 
 using kwinst::Format;
+using kwinst::kLowestPort;
 using kwinst::MessageFrame;
 using kwinst::Number;
 
@@ -22,19 +24,48 @@ char varOrbixBoot[128];
 
 namespace {
 
-constexpr int kLowest = 1024;
-constexpr int kHighestPort = 49151;
+constexpr int kHighestDaemonPort = 49151;
 constexpr int kHighestBase = 65485;
 constexpr int kSmallestRange = 50;
-constexpr int kEnd = 65536;  ///< behind the last port of all
+constexpr int kEnd = kwinst::kHighestPort + 1;
 
 /// The two entries of a restart, as long as they need to be; see PublishAtAnyLength.
 char* config_entry = nullptr;
 char* library_entry = nullptr;
 
-int Refuse(const TEVUnicodeString& text, TEVUnicodeString* message) {
+bool Refuse(const TEVUnicodeString& text, TEVUnicodeString* message) {
   *message = text;
-  return 0;
+  return false;
+}
+
+/// Are the three numbers what they may be? Tells the first that is not.
+bool WithinLimits(int port, int base, int range, const MessageFrame& frame,
+                  TEVUnicodeString* message) {
+  // The limits in the messages are the nearest values that are refused.
+  if (port < kLowestPort) {
+    return Refuse(frame.Build("ErrBadOrbixPort1", {Number(port), Number(kLowestPort - 1)}),
+                  message);
+  }
+  if (port > kHighestDaemonPort) {
+    return Refuse(frame.Build("ErrBadOrbixPort2", {Number(port), Number(kHighestDaemonPort + 1)}),
+                  message);
+  }
+  if (base < kLowestPort) {
+    return Refuse(frame.Build("ErrBadServerBase1", {Number(base), Number(kLowestPort - 1)}),
+                  message);
+  }
+  if (base > kHighestBase) {
+    return Refuse(frame.Build("ErrBadServerBase2", {Number(base), Number(kHighestBase + 1)}),
+                  message);
+  }
+  if (range < kSmallestRange) {
+    return Refuse(frame.Build("ErrBadServerRange1", {Number(range), Number(kSmallestRange - 1)}),
+                  message);
+  }
+  if (range >= kEnd - base) {
+    return Refuse(frame.Build("ErrBadServerRange2", {Number(range), Number(kEnd - base)}), message);
+  }
+  return true;
 }
 
 /// Puts `entry` into the environment in a buffer of its own. The earlier buffer, `held`, is freed
@@ -53,35 +84,16 @@ int TEVInsCheckOrbixValue(int port, int base, int range, int boot,
                           TEVUnicodeString* message) noexcept {
   if (message == nullptr) return -1;
   const MessageFrame frame;
-  // The limits in the messages are the nearest values that are refused.
-  if (port < kLowest) {
-    return Refuse(frame.Build("ErrBadOrbixPort1", {Number(port), Number(kLowest - 1)}), message);
-  }
-  if (port > kHighestPort) {
-    return Refuse(frame.Build("ErrBadOrbixPort2", {Number(port), Number(kHighestPort + 1)}),
-                  message);
-  }
-  if (base < kLowest) {
-    return Refuse(frame.Build("ErrBadServerBase1", {Number(base), Number(kLowest - 1)}), message);
-  }
-  if (base > kHighestBase) {
-    return Refuse(frame.Build("ErrBadServerBase2", {Number(base), Number(kHighestBase + 1)}),
-                  message);
-  }
-  if (range < kSmallestRange) {
-    return Refuse(frame.Build("ErrBadServerRange1", {Number(range), Number(kSmallestRange - 1)}),
-                  message);
-  }
-  if (range >= kEnd - base) {
-    return Refuse(frame.Build("ErrBadServerRange2", {Number(range), Number(kEnd - base)}), message);
-  }
-  const int found = GetFreePort(port, message, kHighestPort);
+  if (!WithinLimits(port, base, range, frame, message)) return 0;
+  const int found = GetFreePort(port, message, kHighestDaemonPort);
   if (found == -1) return 0;
   if (found != port) {
-    return Refuse(frame.Build("ErrWndOrbixPortNotFree", {Number(port), Number(found)}), message);
+    *message = frame.Build("ErrWndOrbixPortNotFree", {Number(port), Number(found)});
+    return 0;
   }
   if (port >= base) {
-    return Refuse(frame.Build("ErrWndOrbixServerBase", {Number(base), Number(port)}), message);
+    *message = frame.Build("ErrWndOrbixServerBase", {Number(base), Number(port)});
+    return 0;
   }
   const bool exported =
       kwinst::Publish(varOrbixPort, Format("ORBIX_ItDaemonPort=%d", port)) &&

@@ -9,15 +9,15 @@
 #include <initializer_list>
 
 #include "kwinstutil/ports.h"
+#include "ports/port_range.h"
 #include "report/message.h"
 
+using kwinst::kHighestPort;
+using kwinst::kLowestPort;
 using kwinst::MessageFrame;
 using kwinst::Number;
 
 namespace {
-
-constexpr int kLowestPort = 1024;
-constexpr int kHighestPort = 65535;
 
 /// What InitFreePort and SetFreePort remember, without the value of group 500. It is for whoever
 /// looks into the process: no search asks it.

@@ -29,6 +29,17 @@ InputFile OpenForReading(const char* path) {
   return InputFile(file);
 }
 
+size_t ReadPiece(std::FILE* file, char* piece, size_t size) {
+  size_t length = 0;
+  while (length < size) {
+    const int c = getc_unlocked(file);
+    if (c == EOF) break;
+    piece[length++] = static_cast<char>(c);
+    if (c == '\n') break;
+  }
+  return length;
+}
+
 void CutNewline(char* line) { line[std::strcspn(line, "\n")] = '\0'; }
 
 bool ReadWord(std::FILE* file, char* word, size_t size) {

@@ -41,6 +41,11 @@ void ForEachLine(std::FILE* file, Use use) {
   }
 }
 
+/// Reads a line, its newline included, or a piece of `size` characters of a longer one, without a
+/// terminator: zero bytes are characters like any others. Returns its length, 0 at the end of the
+/// file or when it cannot be read.
+size_t ReadPiece(std::FILE* file, char* piece, size_t size);
+
 /// Cuts a line at its newline.
 void CutNewline(char* line);
 
