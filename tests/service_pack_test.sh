@@ -8,8 +8,10 @@ run() { expect_exit "$1" "$kwbatch" "${@:2}" --scratch "$work/scratch"; }
 
 expect_text() { grep -qF -- "$1" "$work/output" || fail "no '$1' in the output"; }
 
-# content TREE: every file with its mode and content.
-content() { (cd "$1" && find . -type f -printf '%p %m ' -exec cksum {} \; | sort); }
+# content TREE: everything in it with its mode, and the content of the files.
+content() {
+  (cd "$1" && find . -printf '%p %y %m %U %l\n' | sort && find . -type f -exec cksum {} + | sort)
+}
 
 expect_content() {
   content "$work/tree" | diff "$work/$1" - || fail "the tree is not as it was $1"
@@ -27,7 +29,8 @@ check_life() {
   run 0 service-pack "$media/sp1" "$work/tree"
   run 0 commit "$work/tree"
   run 1 undo-service-pack "$work/tree"
-  expect_text committed
+  expect_text 'waiting for a commit'
+  run 1 commit "$work/tree"
   content "$work/tree" >"$work/committed"
   run 0 service-pack "$media/sp2" "$work/tree"
   run 0 undo-service-pack "$work/tree"
@@ -47,6 +50,13 @@ TAR
   chmod +x "$work/bin/tar"
   PATH=$work/bin:$PATH run 1 service-pack "$media/sp2" "$work/tree"
   [[ -e $system/code/bin/TEVModeler.beforeSPK ]] || fail 'nothing was saved'
+  run 1 commit "$work/tree"
+  expect_text 'not finished'
+  run 1 service-pack "$media/sp1" "$work/tree"
+  expect_text 'not finished'
+  run 0 undo-service-pack "$work/tree"
+  expect_content committed
+  PATH=$work/bin:$PATH run 1 service-pack "$media/sp2" "$work/tree"
   run 0 service-pack "$media/sp2" "$work/tree"
   # Once more, over a file of the pack that is missing.
   rm "$system/code/bin/TEVDrafting"
@@ -59,6 +69,37 @@ TAR
   rm -r "$system/code/bin/TEVModeler"
   run 0 undo-service-pack "$work/tree"
   expect_content committed
+  # A committed pack that is set over a damaged file stays committed.
+  rm "$system/code/bin/TEVRepair"
+  PATH=$work/bin:$PATH run 1 service-pack "$media/sp1" "$work/tree"
+  run 1 undo-service-pack "$work/tree"
+  run 0 service-pack "$media/sp1" "$work/tree"
+  expect_content committed
+}
+
+# A pack whose list leads out of the tree, or names what would not be saved.
+check_foreign_lists() {
+  local path
+  for path in ../../victim 3d/model; do
+    rm -rf "$work/foreign"
+    mkdir -p "$work/foreign/aix_a/control"
+    echo code:SPK:SP9:os=aix_a:ga=R12:level=9 | tee "$work/foreign/TOC" \
+      >"$work/foreign/aix_a/control/SP9.toc"
+    printf '%s\n644 0 4294967295\n' "$path" >"$work/foreign/aix_a/control/SP9"
+    (cd "$work/foreign" && tar -cf SP9 aix_a)
+    run 1 service-pack "$work/foreign" "$work/tree"
+    expect_text "$path"
+  done
+  expect_content committed
+}
+
+check_sdk() {
+  run 0 install "$media/sdk" "$work/sdk" --code "$work/tree"
+  content "$work/sdk" >"$work/sdk_before"
+  run 0 service-pack "$media/sp1-sdk" "$work/sdk"
+  grep -q SP1-Modeler "$work/sdk/control/PRESENT" || fail 'no fix package'
+  run 0 undo-service-pack "$work/sdk"
+  content "$work/sdk" | diff "$work/sdk_before" - || fail 'the SDK is not as it was'
 }
 
 check_hot_fixes() {
@@ -95,6 +136,8 @@ check_settings() {
   run 1 install "$media/ga" "$work/other" --orb-port 30000 --orb-base 30000
   run 1 install "$media/ga" "$work/other" --run-port 1023
   run 2 install "$media/ga" "$work/other" --run-port many
+  run 2 install "$media/ga" "$work/other" --tck-port 20000
+  run 1 install "$media/ga" "$work/other" --satellite "$work/none"
   [[ ! -e $work/other ]] || fail 'a refused installation made its target'
 }
 
@@ -119,6 +162,8 @@ run 0 install "$media/ga" "$work/tree" --os aix_a
 content "$work/tree" >"$work/before"
 check_life
 check_interruption
+check_foreign_lists
+check_sdk
 check_hot_fixes
 check_tasks
 check_settings

@@ -4,8 +4,6 @@
 #include <filesystem>
 #include <sstream>
 
-#include "install.h"
-#include "ports.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -34,9 +32,8 @@ void Require(bool passed, const TEVUnicodeString& message) {
 
 void RequireTarget(const Medium& medium, const std::string& target) {
   TEVUnicodeString message;
-  // An installation in the target is known by the systems that it lists.
-  const std::vector<std::string> systems = SystemsOf(target);
-  const std::string system = systems.empty() ? medium.os : systems.front();
+  const std::string installed = InstalledSystem(target);
+  const std::string system = installed.empty() ? medium.os : installed;
   const char* sub_dir = medium.kind == MediumKind::kSdk ? "." : system.c_str();
   Require(TEVInsCheckEmptyDir(target.c_str(), sub_dir, &message) > 0, message);
 }
@@ -101,16 +98,18 @@ void RequireSamples(const Medium& medium, std::string target) {
 /// Asks whether a pack may follow what is installed: a higher level, or the same over damaged
 /// files.
 void RequirePackLevel(const Medium& medium, TEVINSInstToc* installed, std::string system_dir) {
+  int value = 0;
+  int automatic = 0;
+  if (TEVInsCheckInterruptSPK(system_dir.data(), &value, &automatic) == 1) {
+    Say("The installation of a service pack in " + system_dir + " is not finished.");
+    return;
+  }
   TEVUnicodeString message;
   const int level = medium.toc->GetSPKLevel(1);
   const int installed_level = installed->GetSPKLevel(1);
   const int allowed = TEVInsCheckSPKLevel(level, installed_level, system_dir.data(), 0, &message);
   Require(allowed > 0, message);
-  int value = 0;
-  int automatic = 0;
-  const bool interrupted = TEVInsCheckInterruptSPK(system_dir.data(), &value, &automatic) == 1;
-  if (interrupted) Say("An earlier installation of a service pack was interrupted.");
-  if (interrupted || level > installed_level) return;
+  if (level > installed_level) return;
 
   const TEVINSType type = IsSdk(medium) ? zeb2 : code;
   std::ostringstream report;
@@ -189,32 +188,11 @@ void RequireInstallable(const Medium& medium, const std::string& target,
   }
 }
 
-void Check(const Options& options) {
-  const std::string path = TargetPath(options.words()[2]);
-  bool something = false;
-  std::string reason;
-  for (const Medium& system : OpenMedium(MediumPath(options.words()[1]), options.Text("os"))) {
-    try {
-      const std::string code_tree = CodeTreeFor(system, path, options.Text("code"));
-      RequireInstallable(system, path, code_tree);
-      if (!IsUpdate(system.kind)) RequireRoom(system, path, code_tree);
-      Say(system.dir + " may be installed in " + SystemDir(system, path) + ".");
-      if (system.kind == MediumKind::kProducts && !something) {
-        TellRegistration(SystemDir(system, path));
-      }
-      something = true;
-    } catch (const NothingToInstall& refusal) {
-      reason = refusal.what();
-    }
-  }
-  if (!something) throw NothingToInstall(reason);
-}
-
 void Verify(const Options& options) {
   const std::string path = TargetPath(options.words()[1]);
-  const std::vector<std::string> systems = SystemsOf(path);
   bool intact = true;
-  for (const std::string& os : systems) intact = VerifySystem(path + "/" + os, 0) && intact;
-  if (systems.empty()) intact = VerifySystem(path, 1);
+  for (const std::string& dir : SystemDirs(options, path)) {
+    intact = VerifySystem(dir, dir == path ? 1 : 0) && intact;
+  }
   if (!intact) throw Refusal("The installation in " + path + " is damaged.\n");
 }

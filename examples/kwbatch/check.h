@@ -18,9 +18,6 @@ struct NothingToInstall : Refusal {
 void RequireInstallable(const Medium& medium, const std::string& target,
                         const std::string& code_tree);
 
-/// The command "check": says what may be installed. Throws a Refusal.
-void Check(const Options& options);
-
 /// The command "verify": reports each missing or damaged file of the target, and throws a Refusal
 /// when there is one.
 void Verify(const Options& options);

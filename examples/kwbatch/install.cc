@@ -69,6 +69,16 @@ struct Component {
   std::string archive;
 };
 
+/// What is to be done.
+struct Plan {
+  explicit Plan(const Options& options) : request(options) {}
+
+  Request request;
+  std::vector<Medium> media;          ///< of which something is to be installed
+  std::vector<Component> components;  ///< of all of them, in the order of installation
+  Ports ports;
+};
+
 constexpr size_t kMostSystems = 4;  ///< that a tree can have
 
 /// A path as the library takes it: some functions shorten it in place.
@@ -102,19 +112,24 @@ void AddMissing(const Medium& medium, const std::string& target, const std::stri
   }
 }
 
+/// The file that tells that an installation has not come to its end.
+std::string Unfinished(const Medium& medium, const std::string& target) {
+  return SystemDir(medium, target) + "/control/Install.unfinished";
+}
+
 /// The media of which something can be installed. Throws a Refusal when there is none.
 std::vector<Medium> Installable(std::vector<Medium> media, const Request& request) {
   std::vector<Medium> installable;
   std::string reason;
   for (Medium& medium : media) {
-    if (IsUpdate(medium.kind)) {
-      throw Refusal("The medium " + medium.dir + " is a service pack or a hot fix.\n");
-    }
     try {
       RequireInstallable(medium, request.target, request.code_tree);
       installable.push_back(std::move(medium));
     } catch (const NothingToInstall& refusal) {
       reason = refusal.what();
+      // Everything is there, but the last steps are missing.
+      const bool unfinished = TEVFileAccess(Unfinished(medium, request.target).c_str(), 0) == 0;
+      if (unfinished) installable.push_back(std::move(medium));
     }
   }
   if (installable.empty()) throw Refusal(reason);
@@ -136,53 +151,51 @@ void CheckSpace(const std::vector<Component>& components, const std::string& tar
   if (required > available) throw Refusal("There is not enough space in " + target + ".\n");
 }
 
-/// Adds the systems of the media to those that TARGET/OSUNIX lists.
-void RecordSystems(const std::vector<Medium>& media, const std::string& target) {
+/// The systems that the target has, and those of the media. Throws a Refusal when they are too
+/// many.
+std::vector<std::string> AllSystems(const std::vector<Medium>& media, const std::string& target) {
   std::vector<std::string> systems = SystemsOf(target);
-  const size_t before = systems.size();
   for (const Medium& medium : media) {
     if (std::find(systems.begin(), systems.end(), medium.os) == systems.end()) {
       systems.push_back(medium.os);
     }
   }
-  if (systems.size() == before) return;
   if (systems.size() > kMostSystems) {
     throw Refusal("The directory " + target + " would hold more than four operating systems.\n");
   }
-  std::string text;
-  for (const std::string& system : systems) text += (text.empty() ? "" : "\n") + system;
-  TEVUnicodeString message;
-  if (TEVInsCreateFile(Copy(target + "/OSUNIX").data(), text.data(), &message) != 1) {
-    throw Refused(message);
-  }
+  return systems;
 }
 
-/// Records in an SDK tree and its code tree where the other one is.
-void RecordCodeTree(const std::string& target, const std::string& code_tree) {
+/// Writes a file with this text and a newline.
+void WriteFile(const std::string& path, const std::string& text) {
   TEVUnicodeString message;
-  if (TEVInsCreateFile(Copy(target + "/CodeDir.txt").data(), Copy(code_tree).data(), &message) !=
-          1 ||
-      TEVInsCreateFile(Copy(code_tree + "/ZEBDir.txt").data(), Copy(target).data(), &message) !=
-          1) {
+  if (TEVInsCreateFile(Copy(path).data(), Copy(text).data(), &message) != 1) {
     throw Refused(message);
   }
 }
 
 /// Makes the system directories with a table each, at first an empty one: with that, an
 /// installation that fails can be taken up again.
-void MakeTree(const std::vector<Medium>& media, const Request& request) {
-  for (const Medium& medium : media) {
+void MakeTree(const Plan& plan) {
+  const Request& request = plan.request;
+  for (const Medium& medium : plan.media) {
     const std::string control = SystemDir(medium, request.target) + "/control";
-    if (TEVInsCreateDirectory(Copy(control).data()) != 0) {
-      throw Refusal("The directory " + control + " cannot be created.\n");
+    if (TEVInsCreateDirectory(Copy(control).data()) != 0 ||
+        !AppendToFile(control + "/PRESENT", "")) {
+      throw Refusal("The directory " + control + " cannot be made.\n");
     }
-    AppendToFile(control + "/PRESENT", "");
+    WriteFile(Unfinished(medium, request.target), request.medium);
   }
-  if (IsSdk(media.front())) {
-    RecordCodeTree(request.target, request.code_tree);
-  } else {
-    RecordSystems(media, request.target);
+  if (IsSdk(plan.media.front())) {
+    WriteFile(request.target + "/CodeDir.txt", request.code_tree);
+    WriteFile(request.code_tree + "/ZEBDir.txt", request.target);
+    return;
   }
+  std::string list;
+  for (const std::string& system : AllSystems(plan.media, request.target)) {
+    list += (list.empty() ? "" : "\n") + system;
+  }
+  WriteFile(request.target + "/OSUNIX", list);
 }
 
 /// The languages for a system: those that it has are kept, since its other languages are gone.
@@ -196,13 +209,12 @@ int LanguagesFor(const Medium& medium, const Request& request) {
   return kept;
 }
 
-void TransferAll(const std::vector<Component>& components, const Request& request,
-                 const std::map<const Medium*, int>& languages, Log& log) {
-  Progress progress(components.size());
-  for (const Component& component : components) {
-    progress.Begin(component.name + " (" + component.medium->os + ")");
-    Transfer(*component.medium, component.name, request.target, languages.at(component.medium),
-             log);
+void TransferAll(const Plan& plan, const std::map<const Medium*, int>& languages, Log& log) {
+  Progress progress(plan.components.size());
+  for (const Component& component : plan.components) {
+    const Medium& medium = *component.medium;
+    progress.Begin(component.name + " (" + medium.os + ")");
+    Transfer(medium, component.name, plan.request.target, languages.at(&medium), log);
   }
 }
 
@@ -215,6 +227,18 @@ void RecordLanguages(const Medium& medium, std::string target, int languages, Lo
       TEVInsInitChosenLang(target.data(), medium.os.c_str()) != languages) {
     throw Refused(message);
   }
+}
+
+/// The languages of each system, recorded before anything is left out.
+std::map<const Medium*, int> RecordLanguages(const Plan& plan, Log& log) {
+  std::map<const Medium*, int> languages;
+  for (const Medium& medium : plan.media) {
+    languages[&medium] = IsSdk(medium) ? 127 : LanguagesFor(medium, plan.request);
+    if (!IsSdk(medium)) {
+      RecordLanguages(medium, plan.request.target, languages[&medium], log);
+    }
+  }
+  return languages;
 }
 
 /// Runs the product's setup programs, which are told when they fail but undo nothing.
@@ -250,44 +274,67 @@ void Summarize(const std::vector<Medium>& media, const std::string& target) {
   }
 }
 
-}  // namespace
-
-void RequireRoom(const Medium& medium, const std::string& target, const std::string& code_tree) {
-  std::vector<Component> components;
-  AddMissing(medium, target, code_tree, components);
-  CheckSpace(components, target);
+/// Asks the library about everything that could keep the installation from its end. Writes nothing.
+Plan MakePlan(const Options& options, std::vector<Medium> opened) {
+  Plan plan(options);
+  Request& request = plan.request;
+  request.code_tree = CodeTreeFor(opened.front(), request.target, request.code_tree);
+  plan.media = Installable(std::move(opened), request);
+  AllSystems(plan.media, request.target);
+  for (const Medium& medium : plan.media) {
+    AddMissing(medium, request.target, request.code_tree, plan.components);
+  }
+  CheckSpace(plan.components, request.target);
+  if (plan.media.front().kind == MediumKind::kProducts) plan.ports = ChoosePorts(options);
+  if (options.Has("satellite")) RequireSatellite(options.Text("satellite"), request.target);
+  ExportPortSettings(options);
+  ExportSettings(options);
+  return plan;
 }
 
-void Install(const Options& given) {
-  Request request(given);
-  Say("Medium " + request.medium);
-  std::vector<Medium> opened = OpenMedium(request.medium, request.os);
-  request.code_tree = CodeTreeFor(opened.front(), request.target, request.code_tree);
-  const std::vector<Medium> media = Installable(std::move(opened), request);
-  std::vector<Component> components;
-  for (const Medium& medium : media) {
-    AddMissing(medium, request.target, request.code_tree, components);
+/// The steps behind the transfer. A second run does those that a first one did not come to.
+void Finish(const Plan& plan, const Options& options, Log& log) {
+  const std::string& target = plan.request.target;
+  const bool products = plan.media.front().kind == MediumKind::kProducts;
+  if (products) RegisterPorts(plan.ports, SystemDir(plan.media.front(), target));
+  if (options.Has("satellite")) InstallSatellite(options.Text("satellite"), target);
+  for (const Medium& medium : plan.media) {
+    if (products) RunSetup(SystemDir(medium, target), log);
+    TEVDeleteFile(Unfinished(medium, target).c_str());
   }
-  CheckSpace(components, request.target);
+}
 
-  const bool products = media.front().kind == MediumKind::kProducts;
-  const Ports ports = products ? ChoosePorts(given) : Ports();
-  ExportPortSettings(given);
-  ExportSettings(given);
-  Log log(" installation of " + request.medium + " in " + request.target + "\n");
-  MakeTree(media, request);
-  std::map<const Medium*, int> languages;
-  for (const Medium& medium : media) languages[&medium] = LanguagesFor(medium, request);
-  TransferAll(components, request, languages, log);
-  for (const auto& [medium, mask] : languages) {
-    if (!IsSdk(*medium)) RecordLanguages(*medium, request.target, mask, log);
+}  // namespace
+
+void Install(const Options& options) {
+  std::vector<Medium> media = OpenMedium(MediumPath(options.words()[1]), options.Text("os"));
+  if (IsUpdate(media.front().kind)) {
+    throw Refusal("The medium " + media.front().dir + " is a service pack or a hot fix.\n");
   }
-  if (products) RegisterPorts(ports, SystemDir(media.front(), request.target));
-  if (given.Has("satellite")) InstallSatellite(given.Text("satellite"), request.target);
-  if (products) {
-    for (const Medium& medium : media) RunSetup(SystemDir(medium, request.target), log);
-  }
+  const Plan plan = MakePlan(options, std::move(media));
+  Say("Medium " + plan.request.medium);
+  Log log(" installation of " + plan.request.medium + " in " + plan.request.target + "\n");
+  MakeTree(plan);
+  const std::map<const Medium*, int> languages = RecordLanguages(plan, log);
+  TransferAll(plan, languages, log);
+  Finish(plan, options, log);
   log.Succeeded();
-  Summarize(media, request.target);
+  Summarize(plan.media, plan.request.target);
   Say(std::string("The log is ") + log.get()->GetLogFileName());
+}
+
+void Check(const Options& options) {
+  const std::string target = TargetPath(options.words()[2]);
+  std::vector<Medium> media = OpenMedium(MediumPath(options.words()[1]), options.Text("os"));
+  if (IsUpdate(media.front().kind)) {
+    const Medium& medium = media.front();
+    RequireInstallable(medium, target, CodeTreeFor(medium, target, options.Text("code")));
+    Say(medium.dir + " may be installed in " + SystemDir(medium, target) + ".");
+    return;
+  }
+  const Plan plan = MakePlan(options, std::move(media));
+  for (const Medium& medium : plan.media) {
+    Say(medium.dir + " may be installed in " + SystemDir(medium, target) + ".");
+  }
+  TellRegistration(plan.ports, SystemDir(plan.media.front(), target));
 }

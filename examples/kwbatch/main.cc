@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <filesystem>
 #include <string>
 
 #include "check.h"
@@ -13,6 +14,8 @@
 #include "service_pack.h"
 #include "settings.h"
 #include "tasks.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -50,7 +53,14 @@ void PrintHelp() {
 }
 
 /// Puts the library into its development mode: system files and log come from `dir`.
+/// Missing files of the system are made there as copies.
 void UseScratch(const std::string& dir) {
+  if (!fs::is_directory(dir)) throw Refusal("The directory " + dir + " does not exist.\n");
+  for (const std::string name : {"services", "inetd.conf"}) {
+    std::error_code ignored;
+    if (!fs::exists(dir + "/" + name)) fs::copy_file("/etc/" + name, dir + "/" + name, ignored);
+    AppendToFile(dir + "/" + name, "");
+  }
   setenv("VRK_ODT_IN", "1", 1);
   setenv("VRK_ODT_OUT", "1", 1);
   setenv("VRK_ODT_TMP", dir.c_str(), 1);

@@ -81,7 +81,7 @@ Options::Options(int count, char** arguments) {
     if (given == '?') throw UsageError(std::string("wrong option ") + arguments[optind - 1]);
     const option& found = known[static_cast<size_t>(given)];
     values_[found.name] = found.has_arg == no_argument ? "" : optarg;
-    if (found.has_arg != no_argument && *optarg == '\0') {
+    if (found.has_arg != no_argument && (*optarg == '\0' || *optarg == '-')) {
       throw UsageError(std::string("--") + found.name + " needs a value");
     }
   }
@@ -102,6 +102,12 @@ int Options::Number(const std::string& name, int otherwise) const {
     throw UsageError("--" + name + " needs a number, not \"" + text + "\"");
   }
   return number;
+}
+
+void Options::RequireWith(const std::string& lead, const std::vector<std::string>& others) const {
+  for (const std::string& other : others) {
+    if (Has(other) && !Has(lead)) throw UsageError("--" + other + " needs --" + lead);
+  }
 }
 
 std::string Options::Help() {

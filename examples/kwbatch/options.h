@@ -25,6 +25,10 @@ class Options {
   /// The number that an option has for its value, or `otherwise`. Throws a UsageError.
   int Number(const std::string& name, int otherwise) const;
 
+  /// Throws a UsageError when one of the `others` was given without the option `lead`, without
+  /// which it means nothing.
+  void RequireWith(const std::string& lead, const std::vector<std::string>& others) const;
+
   const std::vector<std::string>& words() const { return words_; }
 
   /// The lines of the help about options.

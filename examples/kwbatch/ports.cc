@@ -19,17 +19,12 @@ constexpr int kUsualPort = 20050;  ///< of the bulletin board; the others follow
 
 bool Exists(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 0; }
 
-/// The path of a system file: in the scratch directory, where a missing one is made as a copy, or
-/// below /etc.
+/// The path of a system file: in the scratch directory, or below /etc.
 std::string SystemFile(const std::string& name) {
   const char* scratch = std::getenv("VRK_ODT_TMP");
-  std::string real = "/etc/" + name;
-  if (scratch == nullptr) return real;
-  std::string copy = std::string(scratch) + "/" + name;
-  std::error_code ignored;
-  if (!Exists(copy)) fs::copy_file(real, copy, ignored);
-  AppendToFile(copy, "");
-  return copy;
+  const bool development = std::getenv("VRK_ODT_IN") != nullptr &&
+                           std::getenv("VRK_ODT_OUT") != nullptr && scratch != nullptr;
+  return (development ? std::string(scratch) : "/etc") + "/" + name;
 }
 
 bool IsRegistered() { return CheckEtcServices(100) == 1 && CheckEtcServices(0) == 1; }
@@ -40,6 +35,12 @@ bool NeedsDaemon(const std::string& system_dir) {
   std::string inetd = SystemFile("inetd.conf");
   std::string dir = system_dir;
   return Exists(inetd) && CheckNeedUpdateServices(inetd.data(), dir.data()) == 1;
+}
+
+void RequireWritable(const std::string& path) {
+  if (fs::is_regular_file(path) && TEVFileAccess(path.c_str(), 2) == 0) return;
+  throw Refusal("The file " + path +
+                " cannot be written. Be root, or use --scratch DIR or --no-services.\n");
 }
 
 MetaSearchData MetaSearchSettings(const Options& options, std::vector<std::string>& texts) {
@@ -79,10 +80,9 @@ Ports ChoosePorts(const Options& options) {
       options.Has("run-port") || options.Has("bb-port") || options.Has("broker-port");
   const std::string services = SystemFile("services");
   if (!given && IsRegistered()) return {};
-  if (TEVFileAccess(services.c_str(), 2) != 0) {
-    throw Refusal("The file " + services +
-                  " cannot be written. Be root, or use --scratch DIR or --no-services.\n");
-  }
+  RequireWritable(services);
+  const std::string inetd = SystemFile("inetd.conf");
+  if (Exists(inetd)) RequireWritable(inetd);
   const Ports wanted{options.Number("bb-port", kUsualPort),
                      options.Number("run-port", kUsualPort + 1),
                      options.Number("broker-port", kUsualPort + 2)};
@@ -119,10 +119,11 @@ void RegisterPorts(const Ports& ports, const std::string& system_dir) {
   Say("  morvelk7run " + DaemonOf(system_dir));
 }
 
-void TellRegistration(const std::string& system_dir) {
-  if (!IsRegistered()) {
-    Say("The product's ports would be registered in " + SystemFile("services") + ".");
-  }
+void TellRegistration(const Ports& ports, const std::string& system_dir) {
+  if (ports.run == 0) return;
+  Say("The ports " + std::to_string(ports.bulletin_board) + ", " + std::to_string(ports.run) +
+      " and " + std::to_string(ports.broker) + " would be registered in " + SystemFile("services") +
+      ".");
   if (NeedsDaemon(system_dir)) {
     Say("The daemon " + DaemonOf(system_dir) + " would be registered in " +
         SystemFile("inetd.conf") + ".");
@@ -131,6 +132,13 @@ void TellRegistration(const std::string& system_dir) {
 
 void ExportPortSettings(const Options& options) {
   TEVUnicodeString message;
+  options.RequireWith("orb-port", {"orb-base", "orb-range", "orb-boot"});
+  options.RequireWith(
+      "metasearch-server",
+      {"metasearch-port", "metasearch-snapshots-port", "metasearch-mail-server",
+       "metasearch-mail-port", "metasearch-proxy-host", "metasearch-proxy-port",
+       "metasearch-proxy-login", "metasearch-proxy-password", "metasearch-proxy-domains",
+       "metasearch-email", "metasearch-time", "metasearch-language"});
   if (options.Has("orb-port")) {
     const int port = options.Number("orb-port", 0);
     const int base = options.Number("orb-base", port + 1);
@@ -148,25 +156,30 @@ void ExportPortSettings(const Options& options) {
   }
 }
 
-void InstallSatellite(const std::string& medium, const std::string& target) {
+void RequireSatellite(const std::string& medium, const std::string& target) {
   std::string source = MediumPath(medium);
-  std::string dir = target + "/satellite";
   TEVUnicodeString message;
   if (TEVInsCheckMediaSAT(source.data(), &message) != 0) throw Refused(message);
-  const unsigned int required =
-      static_cast<unsigned int>(SatComputeRequired(source.data(), message));
+  const auto required = static_cast<unsigned int>(SatComputeRequired(source.data(), message));
   unsigned int available = 0;
-  if (TEVInsComputeAvailSpace(dir.c_str(), &available, &message) != 0) throw Refused(message);
+  if (TEVInsComputeAvailSpace(target.c_str(), &available, &message) != 0) throw Refused(message);
   if (available / 1024 < required) {
-    throw Refusal("The satellite needs " + std::to_string(required) + " MB in " + dir + ".\n");
+    throw Refusal("The satellite needs " + std::to_string(required) + " MB in " + target + ".\n");
   }
-  std::string command =
-      "cd " + dir + " && compress -d -c " + source + "/LumaforgeSatellite.Z | tar -xf -";
+  RequireWritable(SystemFile("services"));
+  RequireWritable(SystemFile("inetd.conf"));
+}
+
+void InstallSatellite(const std::string& medium, const std::string& target) {
+  std::string dir = target + "/satellite";
   std::string created = dir;
-  if (TEVInsCreateDirectory(created.data()) != 0) throw Refusal("No directory " + dir + ".\n");
+  if (TEVInsCreateDirectory(created.data()) != 0) {
+    throw Refusal("The directory " + dir + " cannot be made.\n");
+  }
+  std::string command = "cd " + dir + " && compress -d -c " + MediumPath(medium) +
+                        "/LumaforgeSatellite.Z | tar -xf -";
+  TEVUnicodeString message;
   if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
-  SystemFile("services");
-  SystemFile("inetd.conf");
   if (SatUpdateService(message) < 0) {
     throw Refusal("The satellite cannot be registered in " + SystemFile("services") + ".\n");
   }

@@ -22,10 +22,13 @@ Ports ChoosePorts(const Options& options);
 void RegisterPorts(const Ports& ports, const std::string& system_dir);
 
 /// Says what RegisterPorts would change.
-void TellRegistration(const std::string& system_dir);
+void TellRegistration(const Ports& ports, const std::string& system_dir);
 
 /// Exports the ORB daemon's and the meta-search settings that the options give. Throws a Refusal.
 void ExportPortSettings(const Options& options);
+
+/// Throws a Refusal when the rendering satellite of the medium `medium` cannot be installed.
+void RequireSatellite(const std::string& medium, const std::string& target);
 
 /// Installs the rendering satellite of the medium `medium` in TARGET/satellite, and registers it.
 /// Throws a Refusal.

@@ -2,16 +2,20 @@
 
 #include <kb0core/TEVFile.h>
 #include <kwinstutil/kwinstutil.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "check.h"
 #include "console.h"
+#include "journal.h"
 #include "log.h"
 #include "medium.h"
 #include "transfer.h"
@@ -21,9 +25,26 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool Exists(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 0; }
+using Phase = Journal::Phase;
 
-/// The lines of a text file; none when it cannot be read.
+/// Links are not followed: one that leads nowhere is there.
+bool IsThere(const std::string& path) {
+  TEVFileInfo info;
+  return TEVGetFileInfo(path.c_str(), &info) == 0;
+}
+
+/// Deletes a file that may be missing. Throws a Refusal when it stays.
+void Delete(const std::string& path) {
+  if (IsThere(path) && TEVDeleteFile(path.c_str()) != 0) {
+    throw Refusal("The file " + path + " cannot be deleted.\n");
+  }
+}
+
+void Write(const std::string& path, const std::string& text) {
+  Delete(path);
+  if (!AppendToFile(path, text)) throw Refusal("The file " + path + " cannot be written.\n");
+}
+
 std::vector<std::string> Lines(const std::string& path) {
   std::vector<std::string> lines;
   std::ifstream file(path);
@@ -31,44 +52,88 @@ std::vector<std::string> Lines(const std::string& path) {
   return lines;
 }
 
-/// A service pack in the system directory of a tree, and the files that tell about it.
-class Pack {
+/// A directory that lasts as long as the object.
+class TemporaryDirectory {
  public:
-  Pack(std::string system_dir, std::string name)
-      : system_dir_(std::move(system_dir)), name_(std::move(name)) {}
+  TemporaryDirectory() {
+    std::string name = "/tmp/kwbatch-XXXXXX";
+    if (mkdtemp(name.data()) == nullptr) throw Refusal("No temporary directory can be made.\n");
+    path_ = name;
+  }
+  ~TemporaryDirectory() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
 
-  const std::string& name() const { return name_; }
-  const std::string& system_dir() const { return system_dir_; }
-
-  std::string Control(const std::string& file) const { return system_dir_ + "/control/" + file; }
-
-  /// The list of the pack's files, with two lines for each.
-  std::string List() const { return Control(name_); }
-  std::string Table() const { return Control(name_ + ".toc"); }
-  /// Which of the files were new. Without this list the pack cannot be undone.
-  std::string New() const { return Control(name_ + ".new"); }
-  /// Is there while the pack is taken out.
-  std::string Undoing() const { return Control(name_ + ".undo"); }
+  const std::string& path() const { return path_; }
 
  private:
-  std::string system_dir_;
-  std::string name_;
+  std::string path_;
+};
+
+/// The directory below the library's temporary one in which it unpacks and looks for the list of a
+/// pack. It must be ours alone, since its name can be guessed.
+class ListDirectory {
+ public:
+  ListDirectory(const std::string& os, TEVINSType type) {
+    char temp[1024] = "";
+    TEVInsGetTempDir(temp);
+    if (type != zeb2) Add(std::string(temp) + "/" + os);
+    Add((type == zeb2 ? std::string(temp) : path()) + "/control");
+  }
+  ~ListDirectory() {
+    for (auto level = levels_.rbegin(); level != levels_.rend(); ++level) rmdir(level->c_str());
+  }
+  ListDirectory(const ListDirectory&) = delete;
+  ListDirectory& operator=(const ListDirectory&) = delete;
+
+  const std::string& path() const { return levels_.back(); }
+
+ private:
+  void Add(const std::string& level) {
+    struct stat info {};
+    mkdir(level.c_str(), 0700);
+    if (lstat(level.c_str(), &info) != 0 || !S_ISDIR(info.st_mode) || info.st_uid != geteuid() ||
+        (info.st_mode & 022) != 0) {
+      throw Refusal("The directory " + level + " is not ours alone. Remove it and try again.\n");
+    }
+    levels_.push_back(level);
+  }
+
+  std::vector<std::string> levels_;
+};
+
+/// A service pack that goes on or comes off a system directory of a tree.
+struct Pack {
+  std::string system_dir;
+  std::string os;  ///< the system's name
+  TEVINSType type;
+  Journal journal;
+
+  std::string In(const std::string& file) const { return system_dir + "/" + file; }
+  std::string Control(const std::string& file) const { return In("control/" + file); }
+  void Enter(Phase phase) {
+    journal.phase = phase;
+    journal.Write(system_dir);
+  }
 };
 
 /// Opens the one system of a medium of this kind, and asks the library whether it may be installed.
-Medium OpenInstallable(const Options& options, MediumKind kind, const std::string& target) {
+Medium OpenInstallable(const Options& options, bool hot_fix, const std::string& target) {
   std::vector<Medium> media = OpenMedium(MediumPath(options.words()[1]), options.Text("os"));
   Medium& medium = media.front();
-  const bool right = medium.kind == kind || (kind == MediumKind::kServicePack &&
-                                             medium.kind == MediumKind::kSdkServicePack);
-  if (!right || media.size() > 1) {
-    throw Refusal("The medium " + medium.dir + " is not of the kind that the command needs.\n");
+  if (!IsUpdate(medium.kind) || (medium.kind == MediumKind::kHotFix) != hot_fix) {
+    throw Refusal("The medium " + medium.dir + " is no " +
+                  (hot_fix ? "hot fix.\n" : "service pack.\n"));
   }
+  if (media.size() > 1) throw Refusal("The medium is for several systems: choose one with --os.\n");
   RequireInstallable(medium, target, CodeTreeFor(medium, target, options.Text("code")));
   return std::move(medium);
 }
 
-/// The only package of the medium that has an archive: the service pack or hot fix itself.
+/// The package of the medium that has an archive: the service pack or hot fix itself.
 std::string NameOf(const Medium& medium) {
   const Content content = ContentOf(medium.kind);
   const std::vector<std::string> names =
@@ -80,266 +145,237 @@ std::string NameOf(const Medium& medium) {
   return names.front();
 }
 
-/// The languages that a tree keeps; all, where it has no record or none.
-int LanguagesOf(const Medium& medium, std::string target) {
-  return IsSdk(medium) ? 127 : TEVInsInitChosenLang(target.data(), medium.os.c_str());
+/// Refuses a path of a pack's list that leads out of the tree, or that the library would not save.
+void RequireListedPath(const std::string& path) {
+  const fs::path parts(path);
+  const bool leads_out = parts.is_absolute() || std::count(parts.begin(), parts.end(), "..") > 0;
+  const bool not_saved = path.empty() || path.find(' ') != std::string::npos ||
+                         std::isdigit(static_cast<unsigned char>(path[0])) != 0 || path[0] == '-' ||
+                         path[0] == '+';
+  if (leads_out || not_saved) {
+    throw Refusal("The pack lists the path \"" + path + "\", which cannot be replaced safely.\n");
+  }
 }
 
-/// A directory that lasts as long as the object.
-class TemporaryDirectory {
- public:
-  TemporaryDirectory() {
-    std::string name = fs::temp_directory_path() / "kwbatch-XXXXXX";
-    if (mkdtemp(name.data()) == nullptr) throw Refusal("No temporary directory can be made.\n");
-    path_ = name;
+/// Notes a file of the pack, and the directories that are made for it.
+void NoteFile(const std::string& file, const std::string& system_dir, Journal& journal) {
+  if (IsThere(system_dir + "/" + file)) {
+    journal.saved_files.push_back(file);
+    return;
   }
-  ~TemporaryDirectory() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
+  journal.new_files.push_back(file);
+  std::vector<std::string> made;
+  for (fs::path dir = fs::path(file).parent_path();
+       !dir.empty() && !IsThere(system_dir + "/" + dir.string()); dir = dir.parent_path()) {
+    made.insert(made.begin(), dir.string());
   }
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  std::string path() const { return path_; }
-
- private:
-  fs::path path_;
-};
-
-/// The paths in a list of files that has two lines for each.
-std::vector<std::string> ReadList(const std::string& path) {
-  std::vector<std::string> files;
-  std::ifstream list(path);
-  std::string numbers;
-  for (std::string file; std::getline(list, file) && std::getline(list, numbers);) {
-    files.push_back(file);
+  for (const std::string& dir : made) {
+    auto& known = journal.new_directories;
+    if (std::count(known.begin(), known.end(), dir) == 0) known.push_back(dir);
   }
-  return files;
 }
 
-/// The files of a pack that is still in its archive.
-std::vector<std::string> FilesInArchive(const Medium& medium, const std::string& name) {
+/// What the archive of a pack will do to the system directory. Nothing is changed.
+Journal JournalOf(const Medium& medium, const std::string& name, const std::string& system_dir) {
   const TemporaryDirectory temp;
   const std::string archive = ArchiveOf(medium, name);
   const std::string list = (IsSdk(medium) ? "control/" : medium.os + "/control/") + name;
-  const bool compressed = fs::path(archive).extension() == ".Z";
-  std::string command = "cd " + temp.path() + " && " +
-                        (compressed ? "compress -d -c " + archive + " | tar -xf - " + list
-                                    : "tar -xf " + archive + " " + list);
+  const std::string members = list + " " + list + ".toc";
+  std::string command = "cd " + temp.path() + " && ";
+  command += fs::path(archive).extension() == ".Z"
+                 ? "compress -d -c " + archive + " | tar -xf - " + members
+                 : "tar -xf " + archive + " " + members;
   TEVUnicodeString message;
   if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
-  return ReadList(temp.path() + "/" + list);
-}
 
-/// Notes which files of the pack are new, before anything is changed.
-void NoteNewFiles(const Pack& pack, const std::vector<std::string>& files) {
-  std::ofstream list(pack.New());
-  for (const std::string& file : files) {
-    if (!Exists(pack.system_dir() + "/" + file)) list << file << '\n';
+  Journal journal;
+  journal.pack = name;
+  journal.table_lines = Lines(temp.path() + "/" + list + ".toc");
+  const std::vector<std::string> lines = Lines(temp.path() + "/" + list);
+  for (size_t i = 0; i < lines.size(); i += 2) RequireListedPath(lines[i]);
+  for (size_t i = 0; i < lines.size(); i += 2) NoteFile(lines[i], system_dir, journal);
+  for (const std::string& file : {name, name + ".toc", std::string("CAFPost.list")}) {
+    journal.new_files.push_back("control/" + file);
   }
-  if (!list.flush()) throw Refusal("The file " + pack.New() + " cannot be written.\n");
+  return journal;
 }
 
-/// Removes what an installation of the pack that did not come to its end, or that is to be
-/// repeated, has put in the place of saved files: to save that would lose the saved ones.
-void RemoveReplacements(const Pack& pack, const std::vector<std::string>& files) {
-  const std::vector<std::string> added = Lines(pack.New());
-  const std::set<std::string> is_new(added.begin(), added.end());
-  for (const std::string& file : files) {
-    const std::string path = pack.system_dir() + "/" + file;
-    if (is_new.count(file) != 0 || Exists(path + ".beforeSPK")) TEVDeleteFile(path.c_str());
+/// The pack that a medium puts into a system directory: a new one, or one that is taken up again.
+Pack PackToInstall(const Medium& medium, const std::string& target) {
+  Pack pack{SystemDir(medium, target), medium.os, ContentOf(medium.kind).type, {}};
+  const std::string name = NameOf(medium);
+  const std::optional<Journal> journal = Journal::Read(pack.system_dir);
+  if (journal && (journal->pack != name || journal->phase == Phase::kUndoing)) {
+    throw Refusal("Service pack " + journal->pack + " in " + pack.system_dir +
+                  " is not finished: repeat its installation, or undo it.\n");
   }
+  pack.journal = journal ? *journal : JournalOf(medium, name, pack.system_dir);
+  const bool installed =
+      OpenInstalled(pack.system_dir)->GetSPKLevel(1) == medium.toc->GetSPKLevel(1);
+  // A committed pack stays committed: there is nothing to go back to.
+  if (!journal && installed) pack.journal.phase = Phase::kRepairing;
+  if (journal && journal->phase == Phase::kPending) pack.journal.phase = Phase::kInstalling;
+  return pack;
 }
 
-/// Sets aside what the pack replaces.
+/// Sets aside what the pack replaces. What an earlier try has put in the place of a file that is
+/// set aside already is removed first: to save that would lose the saved one.
 void Save(const Medium& medium, const Pack& pack) {
-  std::string name = pack.name();
+  for (const std::string& file : pack.journal.new_files) Delete(pack.In(file));
+  for (const std::string& file : pack.journal.saved_files) {
+    if (IsThere(pack.In(file) + ".beforeSPK")) Delete(pack.In(file));
+  }
+  const ListDirectory list(pack.os, pack.type);
+  std::string name = pack.journal.pack;
   std::string source = medium.dir;
-  std::string system_dir = pack.system_dir();
+  std::string system_dir = pack.system_dir;
   TEVUnicodeString message;
-  if (TEVInsSaveFilesBeforeInstall(name.data(), source.data(), system_dir.data(), medium.os.c_str(),
-                                   ContentOf(medium.kind).type, message) != 0) {
+  if (TEVInsSaveFilesBeforeInstall(name.data(), source.data(), system_dir.data(), pack.os.c_str(),
+                                   pack.type, message) != 0) {
     throw Refused(message);
+  }
+}
+
+/// Puts the saved files back.
+void Restore(const Pack& pack) {
+  const ListDirectory list(pack.os, pack.type);
+  std::string text;
+  for (const std::string& file : pack.journal.saved_files) text += file + "\n";
+  Write(list.path() + "/" + pack.journal.pack, text);
+  std::string system_dir = pack.system_dir;
+  std::string name = pack.journal.pack;
+  TEVUnicodeString message;
+  if (TEVInsRestoreFiles(system_dir.data(), name.data(), pack.os.c_str(), pack.type, message) !=
+      0) {
+    throw Refused(message);
+  }
+}
+
+/// Takes the pack's lines out of the tree's table, which keeps its mode and owner.
+void PruneTable(const Pack& pack) {
+  std::string present = pack.Control("PRESENT");
+  std::string pruned = present + ".new";
+  std::string name = pack.journal.pack;
+  struct stat info {};
+  TEVInsResetPresent reset;
+  if (stat(present.c_str(), &info) != 0 || reset.InitSource(present.data()) != 0 ||
+      reset.InitDest(pruned.data()) != 0 || reset.Remove(name.data(), pack.type) != 0 ||
+      chmod(pruned.c_str(), info.st_mode & 07777) != 0 ||
+      (geteuid() == 0 && chown(pruned.c_str(), info.st_uid, info.st_gid) != 0) ||
+      TEVRenameFile(pruned.c_str(), present.c_str()) != 0) {
+    throw Refusal("The file " + present + " cannot be rewritten.\n");
+  }
+  TEVUnicodeString unused;
+  for (const std::string& line : pack.journal.table_lines) {
+    // With its newline the text is a whole line.
+    if (TEVInsSuppressLine(present.data(), (line + "\n").data(), &unused, 1) != 1) {
+      throw Refusal("The file " + present + " cannot be rewritten.\n");
+    }
   }
 }
 
 /// Runs the pack's post-install programs, whose output goes to the log.
 void RunPostInstall(const Pack& pack, Log& log) {
-  std::string suffix = pack.name();
-  std::string system_dir = pack.system_dir();
-  const int status = TEVInsSPK(suffix.data(), system_dir.data(), log.get()->GetLogFileName());
-  if (status != 0) Say("A post-install program has failed: see the log.");
+  std::string suffix = pack.journal.pack;
+  std::string system_dir = pack.system_dir;
+  if (TEVInsSPK(suffix.data(), system_dir.data(), log.get()->GetLogFileName()) != 0) {
+    Say("A post-install program has failed: see the log.");
+  }
   // The list has served its purpose.
-  TEVDeleteFile(pack.Control("CAFPost.list").c_str());
+  Delete(pack.Control("CAFPost.list"));
 }
 
-/// The latest service pack of a system directory.
-Pack LatestPack(const std::string& system_dir, TEVINSType type) {
-  const auto installed = OpenInstalled(system_dir);
-  std::vector<std::string> names;
-  if (installed != nullptr) names = PackagesOf(*installed, type, SPK);
-  if (names.empty()) throw Refusal("No service pack is installed in " + system_dir + ".\n");
-  RequirePlainName("package name", names.back());
-  return {system_dir, names.back()};
-}
-
-/// The system directories that a command is for: those of a code tree, or an SDK tree itself.
-std::vector<std::string> SystemDirs(const Options& options, const std::string& target) {
-  std::vector<std::string> dirs;
-  for (const std::string& os : SystemsOf(target)) {
-    if (!options.Has("os") || options.Text("os") == os) dirs.push_back(target + "/" + os);
-  }
-  if (SystemsOf(target).empty()) dirs.push_back(target);
-  return dirs;
-}
-
-/// Refuses an undo that would leave files of the pack behind: after a commit, or when a later pack
-/// has been set over the saved files.
-void RequireUndoable(const Pack& pack) {
-  if (Exists(pack.Undoing())) return;
-  if (!Exists(pack.New())) throw Refusal(pack.name() + " is committed and cannot be undone.\n");
-  const std::vector<std::string> added = Lines(pack.New());
-  const std::set<std::string> is_new(added.begin(), added.end());
-  for (const std::string& file : ReadList(pack.List())) {
-    const std::string path = pack.system_dir() + "/" + file;
-    if (is_new.count(file) != 0 || Exists(path + ".beforeSPK")) continue;
-    throw Refusal(pack.name() + " cannot be undone: the former " + path + " is gone.\n");
+void Undo(Pack& pack) {
+  pack.Enter(Phase::kUndoing);
+  Restore(pack);
+  for (const std::string& file : pack.journal.new_files) Delete(pack.In(file));
+  const std::vector<std::string>& dirs = pack.journal.new_directories;
+  for (auto dir = dirs.rbegin(); dir != dirs.rend(); ++dir) rmdir(pack.In(*dir).c_str());
+  PruneTable(pack);
+  for (const char* file : {"SPKInterrupted.txt", "SPK.list", "SPK.journal"}) {
+    Delete(pack.Control(file));
   }
 }
 
-/// Puts the saved files back. The library looks for the list in the temporary directory.
-void Restore(const Pack& pack, const std::string& os, TEVINSType type) {
-  char temp[1024] = "";
-  TEVInsGetTempDir(temp);
-  const std::string control =
-      type == zeb2 ? std::string(temp) + "/control" : std::string(temp) + "/" + os + "/control";
-  TEVUnicodeString message;
-  std::string from = pack.List();
-  std::string to = control + "/" + pack.name();
-  std::string dir = control;
-  if (TEVInsCreateDirectory(dir.data()) != 0 ||
-      TEVInsCopyInstall(from.data(), to.data(), &message) != 1) {
-    throw Refusal("The directory " + control + " cannot be written.\n");
-  }
-  std::string system_dir = pack.system_dir();
-  std::string name = pack.name();
-  if (TEVInsRestoreFiles(system_dir.data(), name.data(), os.c_str(), type, message) != 0) {
-    throw Refused(message);
-  }
-}
-
-/// Takes the pack's lines out of the tree's table: its own, and those of its fix packages.
-void PruneTable(const Pack& pack, TEVINSType type) {
-  std::string present = pack.Control("PRESENT");
-  std::string pruned = present + ".new";
-  std::string name = pack.name();
-  {
-    TEVInsResetPresent reset;
-    if (reset.InitSource(present.data()) != 0 || reset.InitDest(pruned.data()) != 0 ||
-        reset.Remove(name.data(), type) != 0) {
-      throw Refusal("The file " + pruned + " cannot be written.\n");
+/// The uncommitted packs of a target. Throws a Refusal when there is none.
+std::vector<Pack> UncommittedPacks(const Options& options) {
+  const std::string target = TargetPath(options.words()[1]);
+  std::vector<Pack> packs;
+  for (const std::string& dir : SystemDirs(options, target)) {
+    const TEVINSType type = dir == target ? zeb2 : code;
+    if (const auto journal = Journal::Read(dir)) {
+      packs.push_back({dir, fs::path(dir).filename(), type, *journal});
     }
   }
-  if (TEVRenameFile(pruned.c_str(), present.c_str()) != 0) {
-    throw Refusal("The file " + present + " cannot be replaced.\n");
-  }
-  std::string fixes = std::string(kTEVINSNames[type]) + ":FSP:" + name + "-";
-  TEVUnicodeString message;
-  if (TEVInsSuppressLine(present.data(), fixes.data(), &message, 1) != 1) {
-    throw Refusal("The file " + present + " cannot be written.\n");
-  }
-}
-
-void Undo(const Pack& pack, const std::string& os, TEVINSType type) {
-  RequireUndoable(pack);
-  AppendToFile(pack.Undoing(), "");
-  Restore(pack, os, type);
-  for (const std::string& file : Lines(pack.New())) {
-    TEVDeleteFile((pack.system_dir() + "/" + file).c_str());
-  }
-  TEVDeleteFile(pack.Control("SPK.list").c_str());
-  TEVDeleteFile(pack.Control("SPKInterrupted.txt").c_str());
-  PruneTable(pack, type);
-  for (const std::string& file : {pack.List(), pack.Table(), pack.New(), pack.Undoing()}) {
-    TEVDeleteFile(file.c_str());
-  }
+  if (packs.empty()) throw Refusal("No service pack in " + target + " is waiting for a commit.\n");
+  return packs;
 }
 
 }  // namespace
 
 void InstallServicePack(const Options& options) {
   const std::string target = TargetPath(options.words()[2]);
-  const Medium medium = OpenInstallable(options, MediumKind::kServicePack, target);
-  const Pack pack(SystemDir(medium, target), NameOf(medium));
-  const TEVINSType type = ContentOf(medium.kind).type;
-  const bool installed =
-      OpenInstalled(pack.system_dir())->GetSPKLevel(1) == medium.toc->GetSPKLevel(1);
-  // A committed pack that is set over damaged files stays committed: nothing is left to undo.
-  const bool pending = !installed || Exists(pack.New());
-  const std::vector<std::string> files = FilesInArchive(medium, pack.name());
-  Log log(" service pack " + pack.name() + " in " + pack.system_dir() + "\n");
+  const Medium medium = OpenInstallable(options, false, target);
+  Pack pack = PackToInstall(medium, target);
+  Log log(" service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+  const bool repair = pack.journal.phase == Phase::kRepairing;
 
-  // Tells the next installation, should this one not come to its end.
-  if (!Exists(pack.Control("SPKInterrupted.txt")) &&
-      !AppendToFile(pack.Control("SPKInterrupted.txt"), "1 MANUAL_COMMIT\n")) {
-    throw Refusal("The directory " + pack.Control("") + " cannot be written.\n");
-  }
-  if (installed) PruneTable(pack, type);
-  if (pending && !Exists(pack.New())) NoteNewFiles(pack, files);
-  if (pending) {
-    RemoveReplacements(pack, files);
+  pack.Enter(pack.journal.phase);
+  Write(pack.Control("SPKInterrupted.txt"), "1 MANUAL_COMMIT\n");
+  if (!repair) {
+    Write(pack.Control("SPK.list"), pack.journal.pack + "\n");
     Save(medium, pack);
   }
-  Transfer(medium, pack.name(), target, LanguagesOf(medium, target), log);
-  if (pending && !AppendToFile(pack.Control("SPK.list"), pack.name() + "\n")) {
-    throw Refusal("The file " + pack.Control("SPK.list") + " cannot be written.\n");
-  }
-  TEVDeleteFile(pack.Control("SPKInterrupted.txt").c_str());
+  PruneTable(pack);
+  std::string tree = target;
+  const int languages = IsSdk(medium) ? 127 : TEVInsInitChosenLang(tree.data(), pack.os.c_str());
+  Transfer(medium, pack.journal.pack, target, languages, log);
   RunPostInstall(pack, log);
+  if (repair) {
+    Delete(JournalPath(pack.system_dir));
+  } else {
+    pack.Enter(Phase::kPending);
+  }
+  Delete(pack.Control("SPKInterrupted.txt"));
   log.Succeeded();
-  Say("Service pack " + pack.name() + " is installed in " + pack.system_dir() +
-      (pending ? ", and pending." : "."));
+  Say("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
+      (repair ? "." : ", and waits for a commit."));
 }
 
 void Commit(const Options& options) {
-  const std::string target = TargetPath(options.words()[1]);
-  for (const std::string& dir : SystemDirs(options, target)) {
-    if (!Exists(dir + "/control/SPK.list")) continue;
-    const Pack pack = LatestPack(dir, dir == target ? zeb2 : code);
-    TEVDeleteFile(pack.New().c_str());
-    for (const std::string& file : ReadList(pack.List())) {
-      TEVDeleteFile((dir + "/" + file + ".beforeSPK").c_str());
+  for (const Pack& pack : UncommittedPacks(options)) {
+    if (pack.journal.phase != Phase::kPending) {
+      throw Refusal("Service pack " + pack.journal.pack + " in " + pack.system_dir +
+                    " is not finished: repeat its installation, or undo it.\n");
     }
-    if (TEVDeleteFile(pack.Control("SPK.list").c_str()) != 0) {
-      throw Refusal("The file " + pack.Control("SPK.list") + " cannot be deleted.\n");
-    }
-    Say("Service pack " + pack.name() + " in " + dir + " is committed.");
+    for (const std::string& file : pack.journal.saved_files) Delete(pack.In(file) + ".beforeSPK");
+    Delete(pack.Control("SPK.list"));
+    Delete(JournalPath(pack.system_dir));
+    Say("Service pack " + pack.journal.pack + " in " + pack.system_dir + " is committed.");
   }
 }
 
 void UndoServicePack(const Options& options) {
-  const std::string target = TargetPath(options.words()[1]);
-  bool undone = false;
-  for (const std::string& dir : SystemDirs(options, target)) {
-    const TEVINSType type = dir == target ? zeb2 : code;
-    const auto installed = OpenInstalled(dir);
-    if (installed == nullptr || PackagesOf(*installed, type, SPK).empty()) continue;
-    const Pack pack = LatestPack(dir, type);
-    Log log(" undo of service pack " + pack.name() + " in " + dir + "\n");
-    Undo(pack, fs::path(dir).filename(), type);
+  for (Pack& pack : UncommittedPacks(options)) {
+    if (pack.journal.phase == Phase::kRepairing) {
+      throw Refusal("Service pack " + pack.journal.pack + " in " + pack.system_dir +
+                    " is committed, and its repair is not finished: repeat its installation.\n");
+    }
+    Log log(" undo of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+    Undo(pack);
     log.Succeeded();
-    Say("Service pack " + pack.name() + " is taken out of " + dir + ".");
-    undone = true;
+    Say("Service pack " + pack.journal.pack + " is taken out of " + pack.system_dir + ".");
   }
-  if (!undone) throw Refusal("No service pack is installed in " + target + ".\n");
 }
 
 void InstallHotFix(const Options& options) {
   const std::string target = TargetPath(options.words()[2]);
-  const Medium medium = OpenInstallable(options, MediumKind::kHotFix, target);
+  const Medium medium = OpenInstallable(options, true, target);
   const std::string name = NameOf(medium);
   Log log(" hot fix " + name + " in " + target + "\n");
-  Transfer(medium, name, target, LanguagesOf(medium, target), log);
+  std::string tree = target;
+  const int languages = TEVInsInitChosenLang(tree.data(), medium.os.c_str());
+  Transfer(medium, name, target, languages, log);
   log.Succeeded();
   Say("Hot fix " + name + " is installed in " + SystemDir(medium, target) + ".");
 }

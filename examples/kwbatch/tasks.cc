@@ -15,8 +15,8 @@ void ListTasks(const Options& options) {
   tasks.TEVInsGetListTask(&commands, &count);
   for (int i = 0; i < count; ++i) Say(commands[i]);
   Say(std::to_string(count) + " tasks run from " + target + ".");
-  if (options.Has("stop")) {
+  if (options.Has("stop") && count > 0) {
     tasks.TEVInsKillTask();
-    Say("They were told to end.");
+    Say("They were sent the termination signal.");
   }
 }

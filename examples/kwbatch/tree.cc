@@ -2,7 +2,17 @@
 
 #include <kb0core/TEVFile.h>
 
+#include <filesystem>
+
 #include "console.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool IsTable(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 0; }
+
+}  // namespace
 
 bool IsSdk(const Medium& medium) {
   return medium.kind == MediumKind::kSdk || medium.kind == MediumKind::kSdkServicePack;
@@ -33,6 +43,29 @@ std::string TargetPath(const std::string& target) {
 
 std::string SystemDir(const Medium& medium, const std::string& target) {
   return IsSdk(medium) ? target : target + "/" + medium.os;
+}
+
+std::vector<std::string> SystemDirs(const Options& options, const std::string& target) {
+  std::vector<std::string> dirs;
+  const std::vector<std::string> systems = SystemsOf(target);
+  for (const std::string& os : systems) {
+    if (!options.Has("os") || options.Text("os") == os) dirs.push_back(target + "/" + os);
+  }
+  const bool sdk = systems.empty() && IsTable(target + "/control/PRESENT");
+  if (sdk && !options.Has("os")) dirs.push_back(target);
+  if (dirs.empty()) throw Refusal("Nothing is installed in " + target + ".\n");
+  return dirs;
+}
+
+std::string InstalledSystem(const std::string& target) {
+  const std::vector<std::string> systems = SystemsOf(target);
+  if (!systems.empty()) return systems.front();
+  // The list is written when all systems have their tables.
+  std::error_code ignored;
+  for (const auto& entry : fs::directory_iterator(target, ignored)) {
+    if (IsTable(entry.path() / "control/PRESENT")) return entry.path().filename();
+  }
+  return "";
 }
 
 std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir) {

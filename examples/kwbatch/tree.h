@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "medium.h"
+#include "options.h"
 
 /// Does what comes from the medium go into an SDK tree?
 bool IsSdk(const Medium& medium);
@@ -22,6 +23,13 @@ std::string TargetPath(const std::string& target);
 /// The directory in the target that holds what comes from the medium: that of its operating system,
 /// or the target itself for the SDK.
 std::string SystemDir(const Medium& medium, const std::string& target);
+
+/// The system directories of a target, or the target itself when it is an SDK tree; with the option
+/// --os, only that one. Throws a Refusal when there is none.
+std::vector<std::string> SystemDirs(const Options& options, const std::string& target);
+
+/// The name of an operating system that is installed in the target, or an empty text.
+std::string InstalledSystem(const std::string& target);
 
 /// Opens the table of a system directory; null when there is nothing. Throws a Refusal.
 std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir);

@@ -1,0 +1,74 @@
+#include "journal.h"
+
+#include <kb0core/TEVFile.h>
+
+#include <cstring>
+#include <fstream>
+
+#include "console.h"
+
+namespace {
+
+constexpr const char* kPhases[] = {"installing", "pending", "repairing", "undoing"};
+
+/// The list that a line's first word stands for, or null.
+std::vector<std::string>* ListOf(Journal& journal, const std::string& word) {
+  if (word == "saved") return &journal.saved_files;
+  if (word == "new") return &journal.new_files;
+  if (word == "directory") return &journal.new_directories;
+  if (word == "line") return &journal.table_lines;
+  return nullptr;
+}
+
+/// Takes the line "WORD REST" into the journal. False when it cannot be understood.
+bool Take(const std::string& line, Journal& journal) {
+  const size_t blank = line.find(' ');
+  if (blank == std::string::npos) return false;
+  const std::string word = line.substr(0, blank);
+  const std::string rest = line.substr(blank + 1);
+  if (std::vector<std::string>* list = ListOf(journal, word)) {
+    list->push_back(rest);
+    return true;
+  }
+  for (int phase = 0; phase < 4; ++phase) {
+    if (word != kPhases[phase]) continue;
+    journal.phase = static_cast<Journal::Phase>(phase);
+    journal.pack = rest;
+    return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::string JournalPath(const std::string& system_dir) {
+  return system_dir + "/control/SPK.journal";
+}
+
+std::optional<Journal> Journal::Read(const std::string& system_dir) {
+  std::ifstream file(JournalPath(system_dir));
+  if (!file) return std::nullopt;
+  Journal journal;
+  for (std::string line; std::getline(file, line);) {
+    if (!Take(line, journal)) {
+      throw Refusal("The file " + JournalPath(system_dir) + " cannot be understood.\n");
+    }
+  }
+  RequirePlainName("service pack", journal.pack);
+  return journal;
+}
+
+void Journal::Write(const std::string& system_dir) const {
+  const std::string path = JournalPath(system_dir);
+  const std::string fresh = path + ".new";
+  std::ofstream file(fresh);
+  file << kPhases[static_cast<int>(phase)] << ' ' << pack << '\n';
+  for (const std::string& name : saved_files) file << "saved " << name << '\n';
+  for (const std::string& name : new_files) file << "new " << name << '\n';
+  for (const std::string& name : new_directories) file << "directory " << name << '\n';
+  for (const std::string& line : table_lines) file << "line " << line << '\n';
+  file.close();
+  if (file && TEVRenameFile(fresh.c_str(), path.c_str()) == 0) return;
+  TEVDeleteFile(fresh.c_str());
+  throw Refusal("The file " + path + " cannot be written.\n");
+}

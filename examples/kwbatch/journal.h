@@ -1,0 +1,36 @@
+#ifndef KWBATCH_JOURNAL_H_
+#define KWBATCH_JOURNAL_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+/// What kwbatch knows of the uncommitted service pack of a system directory: which it is, how far
+/// it has come, and what there was before. There is at most one, in the file control/SPK.journal.
+struct Journal {
+  enum class Phase {
+    kInstalling,  ///< begun, and not come to its end
+    kPending,     ///< installed, and not committed
+    kRepairing,   ///< a committed pack is being set over damaged files
+    kUndoing,     ///< being taken out
+  };
+
+  /// Reads the journal of a system directory; none when there is no file. Throws a Refusal for one
+  /// that cannot be understood.
+  static std::optional<Journal> Read(const std::string& system_dir);
+
+  /// Writes the journal, the whole of it or nothing. Throws a Refusal.
+  void Write(const std::string& system_dir) const;
+
+  Phase phase = Phase::kInstalling;
+  std::string pack;                          ///< its name
+  std::vector<std::string> saved_files;      ///< that the pack replaces
+  std::vector<std::string> new_files;        ///< that were not there
+  std::vector<std::string> new_directories;  ///< likewise, the inner ones last
+  std::vector<std::string> table_lines;      ///< that the pack adds to control/PRESENT
+};
+
+/// The path of the journal of a system directory.
+std::string JournalPath(const std::string& system_dir);
+
+#endif  // KWBATCH_JOURNAL_H_
