@@ -1,12 +1,10 @@
-#include <dlfcn.h>
+#include <kwinstutil/checks.h>
 #include <kwinstutil/dirs.h>
 #include <sys/stat.h>
-#include <sys/statvfs.h>
 
 #include <cstring>
 #include <filesystem>
 #include <utility>
-#include <vector>
 
 #include "fixture.h"
 
@@ -14,35 +12,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What statvfs tells instead of the truth, while `active`.
-struct {
-  bool active = false;
-  unsigned long size = 0;
-  unsigned long blocks = 0;
-} file_system;
-
-}  // namespace
-
-extern "C" __attribute__((visibility("default"))) int statvfs(const char* path,
-                                                              struct statvfs* info) noexcept {
-  using Function = int (*)(const char*, struct statvfs*);
-  static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "statvfs"));
-  const int status = real(path, info);
-  if (status == 0 && file_system.active) {
-    info->f_frsize = file_system.size;
-    info->f_bavail = file_system.blocks;
-  }
-  return status;
-}
-
-namespace {
-
-using Paths = std::vector<std::string>;
-
 class DirsTest : public Fixture {
  protected:
-  ~DirsTest() override { file_system.active = false; }
-
   /// The message since the last call, or "untouched".
   std::string Told() { return std::exchange(message_, "untouched").ConvertToChar(); }
 
@@ -53,8 +24,6 @@ TEST_F(DirsTest, ExistsAndMayBeWritten) {
   CharPath with_slash(dir_ + "/");
   EXPECT_EQ(TEVInsCheckExistDir(with_slash, &message_), 1);
   EXPECT_EQ(with_slash.str(), dir_);
-  EXPECT_EQ(TEVInsCheckExistDir(nullptr, &message_), 0);
-  EXPECT_EQ(Told(), "untouched");
   EXPECT_EQ(TEVInsCheckExistDir(CharPath(Path("no")), &message_), 0);
   EXPECT_EQ(Told(), Message("DirNotExist", Path("no")));
   AsNobody([&] {
@@ -69,16 +38,10 @@ TEST_F(DirsTest, TheNearestExistingDirectoryDecides) {
     const int status = TEVInsCheckAccessDir(CharPath(path), result);
     return std::to_string(status) + " " + result;
   };
-  const std::string long_name(2000, 'x'), slashes(1100, '/');
   for (const char* path : {"/", "/a/b/c/", "/a//b"}) EXPECT_EQ(examined(dir_ + path), "0 " + dir_);
-  for (const auto& path : Paths{"/missing/a/b", "/missing", "/" + long_name}) {
-    EXPECT_EQ(examined(path), "0 /") << path;
-  }
-  for (const auto& path :
-       Paths{"missing", "missing/a", "/", "//missing", "", dir_ + slashes + "x"}) {
-    EXPECT_EQ(examined(path), "-1 untouched") << path;
-  }
-  EXPECT_EQ(TEVInsCheckAccessDir(nullptr, nullptr), -1);
+  EXPECT_EQ(examined("/missing/" + std::string(900, 'x')), "0 /");
+  EXPECT_EQ(examined(dir_ + std::string(1100, '/') + "x"), "-1 untouched");
+  for (const char* path : {"missing/a", "/", ""}) EXPECT_EQ(examined(path), "-1 untouched") << path;
   AsNobody([&] { EXPECT_EQ(examined("/usr/missing/a"), "-1 /usr"); });
 }
 
@@ -91,40 +54,32 @@ TEST_F(DirsTest, Syntax) {
     EXPECT_EQ(check(path), -1) << path;
     EXPECT_EQ(Told(), Message("ErrWndSyntaxDir", path));
   }
-  for (const char* path : {"/opt//x/", "/", "/\xc3\xa9t\xc3\xa9/\xff"}) {
-    EXPECT_EQ(check(path), 0) << path;
-  }
-  EXPECT_EQ(TEVInsCheckSyntaxDir(nullptr, nullptr), -1);
+  for (const char* path : {"/opt//x/", "/", "/\xc3\xa9\xff"}) EXPECT_EQ(check(path), 0) << path;
 }
 
 TEST_F(DirsTest, FitForAnInstallation) {
-  MakeDir("empty");
+  const std::string empty = MakeDir("empty"), file = Write("full/file"), tree = Path("tree");
   Write("tree/aix/control/PRESENT");
-  Write("full/file");
   const struct {
     std::string path;
     const char* system;
     int status, short_status;
     std::string message;
-  } kCases[] = {
-      {Path("empty"), "aix", 1, 0, "untouched"},
-      {Path("new/a"), "aix", 3, 3, "untouched"},
-      {Path("tree"), "aix", 4, 0, "untouched"},
-      {Path("tree"), "other", -2, 0, Message("ErrWndEmptyDir", Path("tree"))},
-      {Path("full"), "aix", -2, 0, Message("ErrWndEmptyDir", Path("full"))},
-      {Path("full"), nullptr, -2, 0, "untouched"},
-      {Path("full/file"), "aix", -2, 0, Message("ErrWndFileAlreadyExist", Path("full/file"))},
-      {"relative", "aix", -1, -1, Message("ErrWndNoWriteDir", "")}};
+  } kCases[] = {{empty, "aix", 1, 0, "untouched"},
+                {Path("new/a"), "aix", 3, 3, "untouched"},
+                {tree, "aix", 4, 0, "untouched"},
+                {tree, "other", -2, 0, Message("ErrWndEmptyDir", tree)},
+                {file, "aix", -2, 0, Message("ErrWndFileAlreadyExist", file)},
+                {"relative", "aix", -1, -1, Message("ErrWndNoWriteDir", "")}};
   for (const auto& c : kCases) {
     EXPECT_EQ(TEVInsCheckEmptyDir(c.path.c_str(), c.system, &message_), c.status) << c.path;
     EXPECT_EQ(Told(), c.message) << c.path;
     EXPECT_EQ(TEVInsCheckEmptyDir(c.path.c_str(), &message_), c.short_status) << c.path;
     Told();
   }
-  EXPECT_EQ(TEVInsCheckEmptyDir(nullptr, "aix", nullptr), -10);
-  chmod(Path("empty").c_str(), 0555);
+  chmod(empty.c_str(), 0555);
   AsNobody([&] {
-    EXPECT_EQ(TEVInsCheckEmptyDir(Path("empty").c_str(), "aix", &message_), -1);
+    EXPECT_EQ(TEVInsCheckEmptyDir(empty.c_str(), "aix", &message_), -1);
     EXPECT_EQ(TEVInsCheckEmptyDir("/usr/missing", &message_), -1);
     EXPECT_EQ(Told(), Message("ErrWndNoWriteDir", "/usr"));
   });
@@ -134,22 +89,13 @@ TEST_F(DirsTest, MeasuresSpace) {
   unsigned int available = 1;
   EXPECT_EQ(TEVInsComputeAvailSpace("missing", &available, &message_), -1);
   EXPECT_EQ(Told(), Message("ErrWndAvailSpace", "", std::strerror(ENOENT)));
-  EXPECT_EQ(TEVInsCheckEnvDir("missing", &message_), -1);
-  EXPECT_EQ(TEVInsCheckEnvDir(nullptr, nullptr), -10);
-  const struct {
-    unsigned long size, blocks;
-    unsigned int kilobytes;
-    bool enough;
-  } kCases[] = {{512, 3, 1, false},  {4096, 10, 40, true}, {1000, 2047, 1000, true},
-                {1, 7168, 7, false}, {1, 8192, 8, true},   {1UL << 20, 1UL << 40, 0, false}};
-  for (const auto& c : kCases) {
-    file_system = {true, c.size, c.blocks};
-    EXPECT_EQ(TEVInsComputeAvailSpace(Path("a/b").c_str(), &available, nullptr), 0);
-    EXPECT_EQ(available, c.kilobytes);
-    EXPECT_EQ(TEVInsCheckEnvDir(dir_.c_str(), &message_), c.enough ? 2 : -2);
-    EXPECT_EQ(TEVInsCheckEnvDir(Path("a/b").c_str(), &message_), c.enough ? 1 : -2);
-  }
-  EXPECT_EQ(Told(), Message("ErrWndNoSpaceEnvDir", dir_));
+  EXPECT_EQ(TEVInsCheckEnvDir("/proc", &message_), -2) << "it never has any space";
+  EXPECT_EQ(Told(), Message("ErrWndNoSpaceEnvDir", "/proc"));
+  EXPECT_EQ(TEVInsComputeAvailSpace(Path("a/b").c_str(), &available, &message_), 0);
+  const auto expected = static_cast<unsigned int>(fs::space(dir_).available / 1024);
+  EXPECT_NEAR(available, expected, 0.1 * expected);
+  EXPECT_EQ(TEVInsCheckEnvDir(dir_.c_str(), &message_), 2);
+  EXPECT_EQ(TEVInsCheckEnvDir(Path("a/b").c_str(), &message_), 1);
 }
 
 TEST_F(DirsTest, CreatesTrees) {
@@ -157,12 +103,9 @@ TEST_F(DirsTest, CreatesTrees) {
   CharPath path(Path("x/y/z/"));
   EXPECT_EQ(TEVInsCreateDirectory(path), 0);
   umask(before);
-  EXPECT_EQ(path.str(), Path("x/y/z"));
-  EXPECT_EQ(fs::status(path.str()).permissions(), fs::perms(0755));
+  EXPECT_EQ(fs::status(Path("x/y/z")).permissions(), fs::perms(0755));
   EXPECT_EQ(TEVInsCreateDirectory(path), 0) << "exists already";
   EXPECT_EQ(TEVInsCreateDirectory(CharPath(Write("file") + "/below")), -1);
-  EXPECT_EQ(TEVInsCreateDirectory(CharPath(std::string(1024, 'x'))), -1);
-  EXPECT_EQ(TEVInsCreateDirectory(nullptr), -10);
   AsNobody([] { EXPECT_EQ(TEVInsCreateDirectory(CharPath("/usr")), -1); });
 }
 
@@ -185,40 +128,25 @@ TEST_F(DirsTest, DeletesTreesAndNothingBeyond) {
 
 TEST_F(DirsTest, ReadsPointerFiles) {
   char result[1024] = "before";
-  const std::string line(1500, 'x');
-  const std::map<std::string, std::string> kCases = {{"/opt/x\nsecond\n", "/opt/x"},
-                                                     {"no newline", "no newline"},
-                                                     {"", ""},
-                                                     {"\nsecond", ""},
-                                                     {line, line.substr(0, 1023)}};
-  for (const auto& [content, expected] : kCases) {
-    Write("CodeDir.txt", content);
-    EXPECT_EQ(TEVInsGetCodeDir(CharPath(dir_), result), 1);
-    EXPECT_EQ(result, expected);
-  }
   EXPECT_EQ(TEVInsGetZEBDir(CharPath(dir_), result), -1);
+  EXPECT_EQ(TEVInsCheckZEBDir(CharPath(dir_), result), 0);
   EXPECT_STREQ(result, "");
-  MakeDir("ZEBDir.txt");
-  EXPECT_EQ(TEVInsGetZEBDir(CharPath(dir_), result), -1) << "a directory";
-  EXPECT_EQ(TEVInsGetZEBDir(nullptr, result), -10);
+  Write("CodeDir.txt", "/opt/x\nsecond\n");
+  EXPECT_EQ(TEVInsGetCodeDir(CharPath(dir_), result), 1);
+  EXPECT_STREQ(result, "/opt/x");
+  Write("ZEBDir.txt", std::string(1500, 'x'));
+  EXPECT_EQ(TEVInsCheckZEBDir(CharPath(dir_), result), 1);
+  EXPECT_EQ(result, std::string(1023, 'x'));
 }
 
 TEST_F(DirsTest, ReadsTheSystemsOfATree) {
-  const auto word = [this](int index) {
-    char result[16] = "before";
-    TEVInsReadOSFile(dir_.c_str(), index, result);
-    return std::string(result);
-  };
-  EXPECT_EQ(word(1), "before") << "no file";
   Write("OSUNIX", " aix_a\n\tsolaris_a 0123456789abcdefgh");
-  const std::string expected[] = {"before",          "aix_a", "solaris_a",
-                                  "0123456789abcde", "fgh",   "before"};
-  for (int index = 0; index <= 5; ++index) EXPECT_EQ(word(index), expected[index]);
-  Write("OSUNIX", "one");
-  EXPECT_EQ(word(2), "");
-  fs::remove(Path("OSUNIX"));
-  MakeDir("OSUNIX");
-  EXPECT_EQ(word(1), "before") << "a directory";
+  const std::string expected[] = {"", "aix_a", "solaris_a", "0123456789abcde", "fgh", ""};
+  for (int index = 0; index <= 5; ++index) {
+    char result[16] = "";
+    TEVInsReadOSFile(dir_.c_str(), index, result);
+    EXPECT_EQ(result, expected[index]);
+  }
 }
 
 TEST_F(DirsTest, AsksTheSystem) {
@@ -226,12 +154,8 @@ TEST_F(DirsTest, AsksTheSystem) {
   EXPECT_EQ(TEVInsIsRoot(), 1);
   SetEnv("HOME", "/root/");
   EXPECT_EQ(TEVInsIsRoot(), 0);
-  SetEnv("HOME", nullptr);
-  EXPECT_EQ(TEVInsIsRoot(), 0);
   char output[5] = "----";
-  EXPECT_EQ(executeCmd(CharPath("echo ab; exit 3"), output, 5), 0);
-  EXPECT_EQ(std::string(output, 5), std::string("ab\n\0\0", 5));
-  EXPECT_EQ(executeCmd(CharPath("printf 123456789"), output, 5), 0);
+  EXPECT_EQ(executeCmd(CharPath("printf 123456789; exit 3"), output, 5), 0);
   EXPECT_EQ(std::string(output, 5), "12345");
   TEVUnicodeString path = "///a//b/";
   TEVInsSuppressSlashDir(&path);
