@@ -69,13 +69,26 @@ void CheckCatalog(const std::string& catalog, const Keys& keys, Problems* proble
     if (texts.count(key.first) == 0) problems->push_back(key.first + ": has no text");
 }
 
-TEST(Catalog, FitsTheSources) {
+TEST(Catalog, FitsTheSourcesInEachLanguage) {
   Problems problems;
   Keys keys;
   for (const auto& file : std::filesystem::recursive_directory_iterator(SOURCE_DIR "/src"))
     if (file.is_regular_file()) Scan(Read(file.path()), &keys, &problems);
-  CheckCatalog(Read(SOURCE_DIR "/resources/msgcatalog/TEVInstUtil.msg"), keys, &problems);
+  EXPECT_GE(keys.size(), 20U);
   EXPECT_EQ(problems, Problems{});
+
+  const std::string folder = SOURCE_DIR "/resources/msgcatalog/";
+  Keys english = ReadLines(Read(folder + "TEVInstUtil.msg"), &problems);
+  for (const std::string language :
+       {"", "French/", "German/", "Italian/", "Japanese/", "Korean/", "Simplified_Chinese/"}) {
+    problems.clear();
+    const std::string catalog = Read(folder + language + "TEVInstUtil.msg");
+    CheckCatalog(catalog, keys, &problems);
+    for (const auto& [key, text] : ReadLines(catalog, &problems)) {
+      if (!language.empty() && text == english[key]) problems.push_back(key + ": still English");
+    }
+    EXPECT_EQ(problems, Problems{}) << language;
+  }
 }
 
 TEST(Catalog, FaultsAreFound) {
