@@ -75,6 +75,12 @@ check_exported_symbols() {
     sort -u >"$work/exported"
   [[ -s $work/wanted ]] || fail 'no names in the version script'
   diff "$work/wanted" "$work/exported" || fail 'the version script (<) and the library (>) differ'
+  # Names stand in the first column of the tables, without parameters.
+  sed 's/(.*//' "$work/wanted" | sort -u >"$work/names"
+  cut -s -d '|' -f 2 "$source/docs/functions.md" | grep -vx -e '---' -e ' Function ' |
+    tr -d '\140 ' | tr , '\n' | sort >"$work/described"
+  diff "$work/names" "$work/described" ||
+    fail 'the version script (<) and docs/functions.md (>) differ'
 }
 
 install_copy
