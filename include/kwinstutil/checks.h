@@ -8,12 +8,13 @@
 
 #include "kwinstutil/export.h"
 
-// Whether a medium may be installed on a tree.
-//
-// Unless said otherwise, a null `media` counts as an empty medium, a null `message` means that no
-// message is wanted, `*message` is assigned on a refusal and untouched otherwise, and nothing is
-// written to disk. Levels and operating systems are compared as strings; one that a table does not
-// have equals only a missing one, and is empty in a message.
+/// \file
+/// Whether a medium may be installed on a tree.
+///
+/// Unless said otherwise, a null `media` counts as an empty medium, a null `message` means that no
+/// message is wanted, `*message` is assigned on a refusal and untouched otherwise, and nothing is
+/// written to disk. Levels and operating systems are compared as strings; one that a table does not
+/// have equals only a missing one, and is empty in a message.
 
 // What the medium holds.
 

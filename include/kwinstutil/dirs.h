@@ -5,10 +5,11 @@
 
 #include "kwinstutil/export.h"
 
-// Target directories, free space and the pointer files of a tree.
-//
-// Paths have at most 1023 characters. Where a function says that it shortens a path, it removes one
-// trailing '/' from the caller's string; "/" then becomes the empty path.
+/// \file
+/// Target directories, free space and the pointer files of a tree.
+///
+/// Paths have at most 1023 characters. Where a function says that it shortens a path, it removes
+/// one trailing '/' from the caller's string; "/" then becomes the empty path.
 
 // Validation. `message` must not be null: it is assigned with each failure that names a key, and
 // untouched otherwise. Nothing is written to disk.

@@ -5,8 +5,9 @@
 
 #include "kwinstutil/export.h"
 
-// Settings that the installed product and the programs of the installation read from the
-// environment, and the Java runtime.
+/// \file
+/// Settings that the installed product and the programs of the installation read from the
+/// environment, and the Java runtime.
 
 // The entries, texts KEY=VALUE. The environment points to them, so a text written there by hand
 // changes it too. Empty until they are exported.

@@ -1,7 +1,8 @@
 #ifndef KWINSTUTIL_KWINSTUTIL_H_
 #define KWINSTUTIL_KWINSTUTIL_H_
 
-// The whole exported interface. All functions are called from one thread, and none throws.
+/// \file
+/// The whole exported interface. All functions are called from one thread, and none throws.
 
 #include "kwinstutil/actions.h"
 #include "kwinstutil/checks.h"

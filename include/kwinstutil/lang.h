@@ -5,11 +5,12 @@
 
 #include "kwinstutil/export.h"
 
-// The languages that a tree keeps. English is always there.
-//
-// Each set bit of a language mask keeps one item: 1 language-indexed (stroke) fonts, 2 French,
-// 4 German, 8 Italian, 16 Japanese, 32 Simplified Chinese, 64 Korean; 127 is all of them.
-// `installDir` is the tree, `osDir` the system directory in it.
+/// \file
+/// The languages that a tree keeps. English is always there.
+///
+/// Each set bit of a language mask keeps one item: 1 language-indexed (stroke) fonts, 2 French,
+/// 4 German, 8 Italian, 16 Japanese, 32 Simplified Chinese, 64 Korean; 127 is all of them.
+/// `installDir` is the tree, `osDir` the system directory in it.
 
 /// Records the choice in INSTALLDIR/OSDIR/NLS.txt, one line for each set bit in the order above, in
 /// the place of an earlier file. The paths must not be null. `message` is assigned in every case:

@@ -5,23 +5,24 @@
 
 #include "kwinstutil/export.h"
 
-// The product's lines in the system's services file and inetd configuration file.
-//
-// The services file is /etc/services and the inetd file /etc/inetd.conf. When VRK_ODT_IN and
-// VRK_ODT_OUT are both set (to anything), they are `services` and `inetd.conf` in the directory
-// VRK_ODT_TMP; a function that takes a path uses that path in any case.
-//
-// A line belongs to a service when it begins with the service's name, also as the beginning of a
-// longer name. A line of more than 1023 characters is read in pieces of 1023, which count as
-// lines. A file whose last line lacks its newline gets one before a line is added.
-//
-// A file that lines are added to keeps its content whatever happens: it is cut back when not all
-// can be stored. A file in which lines are replaced is rewritten as a new file with the same mode
-// and owner; where these cannot be kept, it counts as one that cannot be written. The new file
-// takes the place of the path itself: of a symbolic link there, not of the file that it leads to,
-// which stays as it was. Files are not locked against other writers.
-//
-// No argument may be null, unless a function says so.
+/// \file
+/// The product's lines in the system's services file and inetd configuration file.
+///
+/// The services file is /etc/services and the inetd file /etc/inetd.conf. When VRK_ODT_IN and
+/// VRK_ODT_OUT are both set (to anything), they are `services` and `inetd.conf` in the directory
+/// VRK_ODT_TMP; a function that takes a path uses that path in any case.
+///
+/// A line belongs to a service when it begins with the service's name, also as the beginning of a
+/// longer name. A line of more than 1023 characters is read in pieces of 1023, which count as
+/// lines. A file whose last line lacks its newline gets one before a line is added.
+///
+/// A file that lines are added to keeps its content whatever happens: it is cut back when not all
+/// can be stored. A file in which lines are replaced is rewritten as a new file with the same mode
+/// and owner; where these cannot be kept, it counts as one that cannot be written. The new file
+/// takes the place of the path itself: of a symbolic link there, not of the file that it leads to,
+/// which stays as it was. Files are not locked against other writers.
+///
+/// No argument may be null, unless a function says so.
 
 // Are the entries there? Nothing is written.
 
