@@ -101,7 +101,8 @@ class QTOCLIB_EXPORT TEVINSInstToc : public TEVINSToc {
   ///
   /// Each missing or damaged file is reported to `out` in a line of its own. So is a manifest that
   /// cannot be read or understood, or that names a path outside the system directory: it counts as
-  /// a damaged file of its package, as does one that lists nothing. A `path` that is no directory is damaged as a whole.
+  /// a damaged file of its package, as does one that lists nothing. A `path` that is no directory
+  /// is damaged as a whole.
   ///
   /// Returns 1 when nothing is wrong, 2 when at least one wrong file was last listed by a service
   /// pack (kinds SPK and FSP), and 0 otherwise. The two integers change nothing.
