@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <tuple>
 
 #include "dirs/paths.h"
 #include "kwinstutil/dirs.h"
@@ -95,6 +96,7 @@ int executeCmd(char* command, char* output, int size) noexcept {
   const kwinst::ShellOutput pipe = kwinst::OpenShell(command);
   if (pipe == nullptr) return -1;
   sleep(1);
-  if (output != nullptr) std::fread(output, 1, room, pipe.get());
+  // Whatever comes: the rest of the buffer is zeros.
+  if (output != nullptr) std::ignore = std::fread(output, 1, room, pipe.get());
   return 0;
 }
