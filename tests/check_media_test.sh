@@ -8,7 +8,7 @@ source "$2/tests/helpers.sh"
 expect_check() {
   local before
   before=$(cd "$work" && find tree sdk -printf '%p %T@ %s\n')
-  expect_exit "$1" "$kwbatch" check "$media/$3" "$work/$4" "${@:5}"
+  expect_exit "$1" "$kwbatch" check "$media/$3" "$work/$4" --scratch "$work/scratch" "${@:5}"
   grep -qF -- "$2" "$work/output" || fail "no '$2' in the check of $3 on $4"
   [[ $before == "$(cd "$work" && find tree sdk -printf '%p %T@ %s\n')" ]] ||
     fail "the check of $3 on $4 wrote something"
