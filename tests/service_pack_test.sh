@@ -43,7 +43,7 @@ check_interruption() {
   mkdir "$work/bin"
   cat >"$work/bin/tar" <<'TAR'
 #!/bin/sh
-[ $# -eq 2 ] || exec /bin/tar "$@"
+[ "$1 $#" = "-xf 2" ] || exec /bin/tar "$@"
 /bin/tar "$@" aix_a/code/bin/TEVModeler
 exit 2
 TAR

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <sstream>
 
+#include "journal.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -30,12 +31,22 @@ void Require(bool passed, const TEVUnicodeString& message) {
   if (!passed) throw Refused(message);
 }
 
+bool HasOnlyDirectories(const std::string& target) {
+  std::error_code error;
+  for (const auto& entry : fs::recursive_directory_iterator(target, error)) {
+    if (entry.is_symlink() || !entry.is_directory()) return false;
+  }
+  return !error;
+}
+
 void RequireTarget(const Medium& medium, const std::string& target) {
   TEVUnicodeString message;
   const std::string installed = InstalledSystem(target);
   const std::string system = installed.empty() ? medium.os : installed;
   const char* sub_dir = medium.kind == MediumKind::kSdk ? "." : system.c_str();
-  Require(TEVInsCheckEmptyDir(target.c_str(), sub_dir, &message) > 0, message);
+  const int status = TEVInsCheckEmptyDir(target.c_str(), sub_dir, &message);
+  // An installation that has made nothing but directories yet may be taken up again.
+  Require(status > 0 || (status == -2 && HasOnlyDirectories(target)), message);
 }
 
 void RequireProducts(const Medium& medium, const std::string& target) {
@@ -92,18 +103,17 @@ void RequireSamples(const Medium& medium, std::string target) {
   Require(TEVInsCheckInstallCode(target.data(), level, &message) == 1, message);
   const auto installed = RequireInstalled(medium, target);
   Require(TEVInsCheckPrereqGASP(installed.get(), medium.toc.get(), &message) == 1, message);
-  Require(TEVInsCheckInstallSMP(installed.get(), medium.toc.get(), &message) == 1, message);
+  if (TEVInsCheckInstallSMP(installed.get(), medium.toc.get(), &message) == 0) {
+    throw NothingToInstall(message.ConvertToChar());
+  }
 }
 
 /// Asks whether a pack may follow what is installed: a higher level, or the same over damaged
 /// files.
 void RequirePackLevel(const Medium& medium, TEVINSInstToc* installed, std::string system_dir) {
-  int value = 0;
-  int automatic = 0;
-  if (TEVInsCheckInterruptSPK(system_dir.data(), &value, &automatic) == 1) {
-    Say("The installation of a service pack in " + system_dir + " is not finished.");
-    return;
-  }
+  // What is begun may be brought to its end, and nothing else.
+  const auto journal = Journal::Read(system_dir);
+  if (journal && journal->phase != Journal::Phase::kPending) return;
   TEVUnicodeString message;
   const int level = medium.toc->GetSPKLevel(1);
   const int installed_level = installed->GetSPKLevel(1);

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -16,9 +16,11 @@
 
 #include "check.h"
 #include "console.h"
+#include "journal.h"
 #include "log.h"
 #include "medium.h"
 #include "ports.h"
+#include "service_pack.h"
 #include "settings.h"
 #include "transfer.h"
 #include "tree.h"
@@ -38,19 +40,27 @@ struct Request {
   std::optional<int> languages;  ///< language mask; without one, what the target has, or all
 };
 
+/// The languages that are not always there, and their bits in a language mask.
+struct Language {
+  const char* name;
+  int bit;
+};
+
+constexpr Language kLanguages[] = {
+    {"French", 2}, {"German", 4}, {"Italian", 8}, {"Japanese", 16}, {"Simplified_Chinese", 32},
+    {"Korean", 64}};
+
 /// The bits of a comma-separated list of languages.
 int LanguageMask(const std::string& list) {
   if (list == "all") return 127;
   if (list == "none") return 0;
-  static const std::map<std::string, int> kBits = {
-      {"French", 2}, {"German", 4}, {"Italian", 8}, {"Japanese", 16}, {"Simplified_Chinese", 32},
-      {"Korean", 64}};
   int mask = 0;
   std::istringstream names(list + ",");
   for (std::string name; std::getline(names, name, ',');) {
-    const auto known = kBits.find(name);
-    if (known == kBits.end()) throw UsageError("unknown language \"" + name + "\"");
-    mask |= known->second;
+    const auto* known = std::find_if(std::begin(kLanguages), std::end(kLanguages),
+                                     [&name](const Language& l) { return name == l.name; });
+    if (known == std::end(kLanguages)) throw UsageError("unknown language \"" + name + "\"");
+    mask |= known->bit;
   }
   return mask;
 }
@@ -122,6 +132,8 @@ std::vector<Medium> Installable(std::vector<Medium> media, const Request& reques
   std::vector<Medium> installable;
   std::string reason;
   for (Medium& medium : media) {
+    const std::string system_dir = SystemDir(medium, request.target);
+    if (const auto journal = Journal::Read(system_dir)) throw journal->NotFinished(system_dir);
     try {
       RequireInstallable(medium, request.target, request.code_tree);
       installable.push_back(std::move(medium));
@@ -229,6 +241,20 @@ void RecordLanguages(const Medium& medium, std::string target, int languages, Lo
   }
 }
 
+/// Refuses to end while a language that was not chosen is there: its removal tells no failures.
+void RequireRemoved(const Plan& plan, const std::map<const Medium*, int>& languages) {
+  for (const auto& [medium, mask] : languages) {
+    for (const auto& [name, bit] : kLanguages) {
+      const std::string dir =
+          SystemDir(*medium, plan.request.target) + "/resources/msgcatalog/" + name;
+      if ((mask & bit) != 0 || TEVFileAccess(dir.c_str(), 0) != 0) continue;
+      std::error_code failed;
+      fs::remove_all(dir, failed);
+      if (failed) throw Refusal("The directory " + dir + " cannot be removed.\n");
+    }
+  }
+}
+
 /// The languages of each system, recorded before anything is left out.
 std::map<const Medium*, int> RecordLanguages(const Plan& plan, Log& log) {
   std::map<const Medium*, int> languages;
@@ -298,9 +324,15 @@ void Finish(const Plan& plan, const Options& options, Log& log) {
   const bool products = plan.media.front().kind == MediumKind::kProducts;
   if (products) RegisterPorts(plan.ports, SystemDir(plan.media.front(), target));
   if (options.Has("satellite")) InstallSatellite(options.Text("satellite"), target);
+  // What an earlier try may have left.
+  for (const char* name : {"/ErrorTar.log", "/TEVInsErrorTransfer.log"}) {
+    TEVDeleteFile((target + name).c_str());
+  }
   for (const Medium& medium : plan.media) {
     if (products) RunSetup(SystemDir(medium, target), log);
-    TEVDeleteFile(Unfinished(medium, target).c_str());
+    if (TEVDeleteFile(Unfinished(medium, target).c_str()) != 0) {
+      throw Refusal("The file " + Unfinished(medium, target) + " cannot be deleted.\n");
+    }
   }
 }
 
@@ -311,12 +343,18 @@ void Install(const Options& options) {
   if (IsUpdate(media.front().kind)) {
     throw Refusal("The medium " + media.front().dir + " is a service pack or a hot fix.\n");
   }
+  const std::string target = TargetPath(options.words()[2]);
+  for (const Medium& medium : media) {
+    if (TEVFileAccess(Unfinished(medium, target).c_str(), 0) != 0) continue;
+    CutFragment(SystemDir(medium, target), 0);
+  }
   const Plan plan = MakePlan(options, std::move(media));
   Say("Medium " + plan.request.medium);
   Log log(" installation of " + plan.request.medium + " in " + plan.request.target + "\n");
   MakeTree(plan);
   const std::map<const Medium*, int> languages = RecordLanguages(plan, log);
   TransferAll(plan, languages, log);
+  RequireRemoved(plan, languages);
   Finish(plan, options, log);
   log.Succeeded();
   Summarize(plan.media, plan.request.target);
@@ -326,12 +364,7 @@ void Install(const Options& options) {
 void Check(const Options& options) {
   const std::string target = TargetPath(options.words()[2]);
   std::vector<Medium> media = OpenMedium(MediumPath(options.words()[1]), options.Text("os"));
-  if (IsUpdate(media.front().kind)) {
-    const Medium& medium = media.front();
-    RequireInstallable(medium, target, CodeTreeFor(medium, target, options.Text("code")));
-    Say(medium.dir + " may be installed in " + SystemDir(medium, target) + ".");
-    return;
-  }
+  if (IsUpdate(media.front().kind)) return CheckUpdate(options);
   const Plan plan = MakePlan(options, std::move(media));
   for (const Medium& medium : plan.media) {
     Say(medium.dir + " may be installed in " + SystemDir(medium, target) + ".");

@@ -2,14 +2,13 @@
 
 #include <kb0core/TEVFile.h>
 
-#include <cstring>
+#include <cerrno>
+#include <cstdlib>
 #include <fstream>
-
-#include "console.h"
 
 namespace {
 
-constexpr const char* kPhases[] = {"installing", "pending", "repairing", "undoing"};
+constexpr const char* kPhases[] = {"installing", "pending", "repairing", "undoing", "committing"};
 
 /// The list that a line's first word stands for, or null.
 std::vector<std::string>* ListOf(Journal& journal, const std::string& word) {
@@ -26,11 +25,15 @@ bool Take(const std::string& line, Journal& journal) {
   if (blank == std::string::npos) return false;
   const std::string word = line.substr(0, blank);
   const std::string rest = line.substr(blank + 1);
+  if (word == "size") {
+    journal.table_size = std::strtoll(rest.c_str(), nullptr, 10);
+    return true;
+  }
   if (std::vector<std::string>* list = ListOf(journal, word)) {
     list->push_back(rest);
     return true;
   }
-  for (int phase = 0; phase < 4; ++phase) {
+  for (int phase = 0; phase < 5; ++phase) {
     if (word != kPhases[phase]) continue;
     journal.phase = static_cast<Journal::Phase>(phase);
     journal.pack = rest;
@@ -47,7 +50,12 @@ std::string JournalPath(const std::string& system_dir) {
 
 std::optional<Journal> Journal::Read(const std::string& system_dir) {
   std::ifstream file(JournalPath(system_dir));
-  if (!file) return std::nullopt;
+  TEVFileInfo info;
+  const bool there = TEVGetFileInfo(JournalPath(system_dir).c_str(), &info) == 0;
+  if (!there && (errno == ENOENT || errno == ENOTDIR)) return std::nullopt;
+  if (!there || !file) {
+    throw Refusal("The file " + JournalPath(system_dir) + " cannot be read.\n");
+  }
   Journal journal;
   for (std::string line; std::getline(file, line);) {
     if (!Take(line, journal)) {
@@ -58,11 +66,20 @@ std::optional<Journal> Journal::Read(const std::string& system_dir) {
   return journal;
 }
 
+Refusal Journal::NotFinished(const std::string& system_dir) const {
+  const char* what = phase == Phase::kUndoing      ? "Repeat undo-service-pack.\n"
+                     : phase == Phase::kCommitting ? "Repeat commit.\n"
+                     : phase == Phase::kPending    ? "Commit it, or undo it.\n"
+                     : phase == Phase::kRepairing  ? "Repeat its installation.\n"
+                                                   : "Repeat its installation, or undo it.\n";
+  return Refusal("Service pack " + pack + " in " + system_dir + " is not finished. " + what);
+}
+
 void Journal::Write(const std::string& system_dir) const {
   const std::string path = JournalPath(system_dir);
   const std::string fresh = path + ".new";
   std::ofstream file(fresh);
-  file << kPhases[static_cast<int>(phase)] << ' ' << pack << '\n';
+  file << kPhases[static_cast<int>(phase)] << ' ' << pack << "\nsize " << table_size << '\n';
   for (const std::string& name : saved_files) file << "saved " << name << '\n';
   for (const std::string& name : new_files) file << "new " << name << '\n';
   for (const std::string& name : new_directories) file << "directory " << name << '\n';

@@ -1,9 +1,12 @@
 #ifndef KWBATCH_JOURNAL_H_
 #define KWBATCH_JOURNAL_H_
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "console.h"
 
 /// What kwbatch knows of the uncommitted service pack of a system directory: which it is, how far
 /// it has come, and what there was before. There is at most one, in the file control/SPK.journal.
@@ -13,17 +16,22 @@ struct Journal {
     kPending,     ///< installed, and not committed
     kRepairing,   ///< a committed pack is being set over damaged files
     kUndoing,     ///< being taken out
+    kCommitting,  ///< its saved files are being deleted
   };
 
   /// Reads the journal of a system directory; none when there is no file. Throws a Refusal for one
-  /// that cannot be understood.
+  /// that cannot be read or understood.
   static std::optional<Journal> Read(const std::string& system_dir);
+
+  /// The refusal of anything but what brings the pack to an end.
+  Refusal NotFinished(const std::string& system_dir) const;
 
   /// Writes the journal, the whole of it or nothing. Throws a Refusal.
   void Write(const std::string& system_dir) const;
 
   Phase phase = Phase::kInstalling;
   std::string pack;                          ///< its name
+  int64_t table_size = 0;                    ///< of control/PRESENT before
   std::vector<std::string> saved_files;      ///< that the pack replaces
   std::vector<std::string> new_files;        ///< that were not there
   std::vector<std::string> new_directories;  ///< likewise, the inner ones last

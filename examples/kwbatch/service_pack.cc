@@ -7,10 +7,13 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "check.h"
@@ -30,7 +33,9 @@ using Phase = Journal::Phase;
 /// Links are not followed: one that leads nowhere is there.
 bool IsThere(const std::string& path) {
   TEVFileInfo info;
-  return TEVGetFileInfo(path.c_str(), &info) == 0;
+  if (TEVGetFileInfo(path.c_str(), &info) == 0) return true;
+  if (errno == ENOENT || errno == ENOTDIR) return false;
+  throw Refusal("The file " + path + " cannot be looked at.\n");
 }
 
 /// Deletes a file that may be missing. Throws a Refusal when it stays.
@@ -129,6 +134,8 @@ Medium OpenInstallable(const Options& options, bool hot_fix, const std::string& 
                   (hot_fix ? "hot fix.\n" : "service pack.\n"));
   }
   if (media.size() > 1) throw Refusal("The medium is for several systems: choose one with --os.\n");
+  const std::string system_dir = SystemDir(medium, target);
+  if (const auto journal = Journal::Read(system_dir)) CutFragment(system_dir, journal->table_size);
   RequireInstallable(medium, target, CodeTreeFor(medium, target, options.Text("code")));
   return std::move(medium);
 }
@@ -145,8 +152,42 @@ std::string NameOf(const Medium& medium) {
   return names.front();
 }
 
+/// A directory of the pack's that exists keeps its mode and owner, whatever the archive says.
+class DirectoryModes {
+ public:
+  explicit DirectoryModes(const Pack& pack) {
+    std::set<std::string> dirs;
+    for (const auto* files : {&pack.journal.saved_files, &pack.journal.new_files}) {
+      for (const std::string& file : *files) {
+        for (fs::path dir = fs::path(file).parent_path();; dir = dir.parent_path()) {
+          dirs.insert(pack.In(dir.string()));
+          if (dir.empty()) break;
+        }
+      }
+    }
+    for (const std::string& dir : dirs) {
+      struct stat info {};
+      if (lstat(dir.c_str(), &info) == 0) before_.emplace_back(dir, info);
+    }
+  }
+  ~DirectoryModes() {
+    for (const auto& [dir, info] : before_) {
+      if (geteuid() == 0 && lchown(dir.c_str(), info.st_uid, info.st_gid) != 0) continue;
+      chmod(dir.c_str(), info.st_mode & 07777);
+    }
+  }
+  DirectoryModes(const DirectoryModes&) = delete;
+  DirectoryModes& operator=(const DirectoryModes&) = delete;
+
+ private:
+  std::vector<std::pair<std::string, struct stat>> before_;
+};
+
 /// Refuses a path of a pack's list that leads out of the tree, or that the library would not save.
-void RequireListedPath(const std::string& path) {
+void RequireListedPath(const std::string& path, const std::string& numbers) {
+  if (numbers.empty() || numbers[0] < '1' || numbers[0] > '7') {
+    throw Refusal("The pack's list says nothing of the file " + path + ".\n");
+  }
   const fs::path parts(path);
   const bool leads_out = parts.is_absolute() || std::count(parts.begin(), parts.end(), "..") > 0;
   const bool not_saved = path.empty() || path.find(' ') != std::string::npos ||
@@ -157,8 +198,16 @@ void RequireListedPath(const std::string& path) {
   }
 }
 
-/// Notes a file of the pack, and the directories that are made for it.
+/// Notes a file of the pack, and the directories that are made for it. Refuses what the archive or
+/// an earlier pack would not let come back.
 void NoteFile(const std::string& file, const std::string& system_dir, Journal& journal) {
+  for (fs::path dir = fs::path(file).parent_path(); !dir.empty(); dir = dir.parent_path()) {
+    if (!fs::is_symlink(system_dir + "/" + dir.string())) continue;
+    throw Refusal("The directory " + system_dir + "/" + dir.string() +
+                  " is a symbolic link, which the pack would replace.\n");
+  }
+  const std::string saved = system_dir + "/" + file + ".beforeSPK";
+  if (IsThere(saved)) throw Refusal("Move the file " + saved + " away: it would be lost.\n");
   if (IsThere(system_dir + "/" + file)) {
     journal.saved_files.push_back(file);
     return;
@@ -179,24 +228,38 @@ void NoteFile(const std::string& file, const std::string& system_dir, Journal& j
 Journal JournalOf(const Medium& medium, const std::string& name, const std::string& system_dir) {
   const TemporaryDirectory temp;
   const std::string archive = ArchiveOf(medium, name);
-  const std::string list = (IsSdk(medium) ? "control/" : medium.os + "/control/") + name;
-  const std::string members = list + " " + list + ".toc";
-  std::string command = "cd " + temp.path() + " && ";
-  command += fs::path(archive).extension() == ".Z"
-                 ? "compress -d -c " + archive + " | tar -xf - " + members
-                 : "tar -xf " + archive + " " + members;
+  const std::string root = IsSdk(medium) ? "" : medium.os + "/";
+  const std::string list = root + "control/" + name;
+  const bool compressed = fs::path(archive).extension() == ".Z";
+  const std::string source = compressed ? "compress -d -c " + archive + " | tar -" : "tar -";
+  const std::string file = compressed ? "f - " : "f " + archive + " ";
+  std::string command = "cd " + temp.path() + " && " + source + "x" + file + list + " " + list +
+                        ".toc && " + source + "t" + file + "> members";
   TEVUnicodeString message;
   if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
 
   Journal journal;
   journal.pack = name;
+  journal.table_size = static_cast<int64_t>(fs::file_size(system_dir + "/control/PRESENT"));
   journal.table_lines = Lines(temp.path() + "/" + list + ".toc");
   const std::vector<std::string> lines = Lines(temp.path() + "/" + list);
-  for (size_t i = 0; i < lines.size(); i += 2) RequireListedPath(lines[i]);
-  for (size_t i = 0; i < lines.size(); i += 2) NoteFile(lines[i], system_dir, journal);
-  for (const std::string& file : {name, name + ".toc", std::string("CAFPost.list")}) {
-    journal.new_files.push_back("control/" + file);
+  std::vector<std::string> files;
+  for (size_t i = 0; i < lines.size(); i += 2) {
+    RequireListedPath(lines[i], i + 1 < lines.size() ? lines[i + 1] : "");
+    files.push_back(lines[i]);
   }
+  for (const std::string& own : {name, name + ".toc", std::string("CAFPost.list")}) {
+    files.push_back("control/" + own);
+  }
+  const std::set<std::string> known(files.begin(), files.end());
+  for (const std::string& member : Lines(temp.path() + "/members")) {
+    if (member.back() == '/' || (member.compare(0, root.size(), root) == 0 &&
+                                 known.count(member.substr(root.size())) != 0)) {
+      continue;
+    }
+    throw Refusal("The pack's list does not name the file " + member + " of its archive.\n");
+  }
+  for (const std::string& listed : files) NoteFile(listed, system_dir, journal);
   return journal;
 }
 
@@ -205,9 +268,9 @@ Pack PackToInstall(const Medium& medium, const std::string& target) {
   Pack pack{SystemDir(medium, target), medium.os, ContentOf(medium.kind).type, {}};
   const std::string name = NameOf(medium);
   const std::optional<Journal> journal = Journal::Read(pack.system_dir);
-  if (journal && (journal->pack != name || journal->phase == Phase::kUndoing)) {
-    throw Refusal("Service pack " + journal->pack + " in " + pack.system_dir +
-                  " is not finished: repeat its installation, or undo it.\n");
+  if (journal && (journal->pack != name || journal->phase == Phase::kUndoing ||
+                  journal->phase == Phase::kCommitting)) {
+    throw journal->NotFinished(pack.system_dir);
   }
   pack.journal = journal ? *journal : JournalOf(medium, name, pack.system_dir);
   const bool installed =
@@ -233,6 +296,13 @@ void Save(const Medium& medium, const Pack& pack) {
   if (TEVInsSaveFilesBeforeInstall(name.data(), source.data(), system_dir.data(), pack.os.c_str(),
                                    pack.type, message) != 0) {
     throw Refused(message);
+  }
+  // The library saves what the list names, which its own control files are not.
+  for (const std::string& file : pack.journal.saved_files) {
+    const std::string path = pack.In(file);
+    if (IsThere(path) && TEVRenameFile(path.c_str(), (path + ".beforeSPK").c_str()) != 0) {
+      throw Refusal("The file " + path + " cannot be set aside.\n");
+    }
   }
 }
 
@@ -285,13 +355,27 @@ void RunPostInstall(const Pack& pack, Log& log) {
   Delete(pack.Control("CAFPost.list"));
 }
 
+/// Deletes what an interrupted step may have left beside the tree's table, and the messages of a
+/// transfer.
+void DeleteLeftovers(const Pack& pack) {
+  for (const auto& entry : fs::directory_iterator(pack.Control(""))) {
+    const std::string name = entry.path().filename();
+    if (name.compare(0, 8, "PRESENT.") == 0) Delete(entry.path());
+  }
+  const fs::path system_dir = pack.system_dir;
+  const fs::path tree = pack.type == zeb2 ? system_dir : system_dir.parent_path();
+  for (const char* name : {"ErrorTar.log", "TEVInsErrorTransfer.log"}) Delete(tree / name);
+}
+
 void Undo(Pack& pack) {
   pack.Enter(Phase::kUndoing);
+  CutFragment(pack.system_dir, pack.journal.table_size);
   Restore(pack);
   for (const std::string& file : pack.journal.new_files) Delete(pack.In(file));
   const std::vector<std::string>& dirs = pack.journal.new_directories;
   for (auto dir = dirs.rbegin(); dir != dirs.rend(); ++dir) rmdir(pack.In(*dir).c_str());
   PruneTable(pack);
+  DeleteLeftovers(pack);
   for (const char* file : {"SPKInterrupted.txt", "SPK.list", "SPK.journal"}) {
     Delete(pack.Control(file));
   }
@@ -305,6 +389,8 @@ std::vector<Pack> UncommittedPacks(const Options& options) {
     const TEVINSType type = dir == target ? zeb2 : code;
     if (const auto journal = Journal::Read(dir)) {
       packs.push_back({dir, fs::path(dir).filename(), type, *journal});
+    } else {
+      Delete(JournalPath(dir) + ".new");
     }
   }
   if (packs.empty()) throw Refusal("No service pack in " + target + " is waiting for a commit.\n");
@@ -312,6 +398,19 @@ std::vector<Pack> UncommittedPacks(const Options& options) {
 }
 
 }  // namespace
+
+void CheckUpdate(const Options& options) {
+  const std::string target = TargetPath(options.words()[2]);
+  const std::vector<Medium> media = OpenMedium(MediumPath(options.words()[1]), options.Text("os"));
+  const bool hot_fix = media.front().kind == MediumKind::kHotFix;
+  const Medium medium = OpenInstallable(options, hot_fix, target);
+  if (hot_fix) {
+    NameOf(medium);
+  } else {
+    PackToInstall(medium, target);
+  }
+  Say(medium.dir + " may be installed in " + SystemDir(medium, target) + ".");
+}
 
 void InstallServicePack(const Options& options) {
   const std::string target = TargetPath(options.words()[2]);
@@ -329,37 +428,41 @@ void InstallServicePack(const Options& options) {
   PruneTable(pack);
   std::string tree = target;
   const int languages = IsSdk(medium) ? 127 : TEVInsInitChosenLang(tree.data(), pack.os.c_str());
-  Transfer(medium, pack.journal.pack, target, languages, log);
+  {
+    const DirectoryModes kept(pack);
+    Transfer(medium, pack.journal.pack, target, languages, log);
+  }
   RunPostInstall(pack, log);
+  DeleteLeftovers(pack);
+  Delete(pack.Control("SPKInterrupted.txt"));
   if (repair) {
     Delete(JournalPath(pack.system_dir));
   } else {
     pack.Enter(Phase::kPending);
   }
-  Delete(pack.Control("SPKInterrupted.txt"));
   log.Succeeded();
   Say("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
       (repair ? "." : ", and waits for a commit."));
 }
 
 void Commit(const Options& options) {
-  for (const Pack& pack : UncommittedPacks(options)) {
-    if (pack.journal.phase != Phase::kPending) {
-      throw Refusal("Service pack " + pack.journal.pack + " in " + pack.system_dir +
-                    " is not finished: repeat its installation, or undo it.\n");
+  for (Pack& pack : UncommittedPacks(options)) {
+    if (pack.journal.phase != Phase::kPending && pack.journal.phase != Phase::kCommitting) {
+      throw pack.journal.NotFinished(pack.system_dir);
     }
+    pack.Enter(Phase::kCommitting);
     for (const std::string& file : pack.journal.saved_files) Delete(pack.In(file) + ".beforeSPK");
-    Delete(pack.Control("SPK.list"));
-    Delete(JournalPath(pack.system_dir));
+    for (const char* file : {"SPKInterrupted.txt", "SPK.list", "SPK.journal"}) {
+      Delete(pack.Control(file));
+    }
     Say("Service pack " + pack.journal.pack + " in " + pack.system_dir + " is committed.");
   }
 }
 
 void UndoServicePack(const Options& options) {
   for (Pack& pack : UncommittedPacks(options)) {
-    if (pack.journal.phase == Phase::kRepairing) {
-      throw Refusal("Service pack " + pack.journal.pack + " in " + pack.system_dir +
-                    " is committed, and its repair is not finished: repeat its installation.\n");
+    if (pack.journal.phase == Phase::kRepairing || pack.journal.phase == Phase::kCommitting) {
+      throw pack.journal.NotFinished(pack.system_dir);
     }
     Log log(" undo of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
     Undo(pack);

@@ -7,6 +7,9 @@
 /// runs its post-install programs. It is pending then. Throws a Refusal.
 void InstallServicePack(const Options& options);
 
+/// The command "check" for a service pack or a hot fix. Throws a Refusal.
+void CheckUpdate(const Options& options);
+
 /// The command "commit": ends the pending state of the target's service packs, which can not be
 /// undone after that. Throws a Refusal.
 void Commit(const Options& options);

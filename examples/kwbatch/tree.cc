@@ -3,6 +3,8 @@
 #include <kb0core/TEVFile.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "console.h"
 
@@ -78,6 +80,17 @@ std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir) {
   if (status != 0) throw Refused(message);
   // An installation that failed at its first component has left an empty table.
   return owned->GetNbToc() > 0 ? std::move(owned) : nullptr;
+}
+
+void CutFragment(const std::string& system_dir, int64_t before) {
+  const std::string present = system_dir + "/control/PRESENT";
+  std::ifstream file(present, std::ios::binary);
+  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
+  if (text.empty() || text.back() == '\n') return;
+  const size_t whole = text.rfind('\n') == std::string::npos ? 0 : text.rfind('\n') + 1;
+  // The table may have had no newline at its end before.
+  const auto size = static_cast<size_t>(before);
+  fs::resize_file(present, size > whole && size <= text.size() ? size : whole);
 }
 
 std::string CodeTreeFor(const Medium& medium, const std::string& target, const std::string& given) {

@@ -3,6 +3,7 @@
 
 #include <kwinstutil/kwinstutil.h>
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -33,6 +34,10 @@ std::string InstalledSystem(const std::string& target);
 
 /// Opens the table of a system directory; null when there is nothing. Throws a Refusal.
 std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir);
+
+/// Cuts off what an append that was interrupted has left at the end of the table of a system
+/// directory, which had `before` bytes (0 when that is not known).
+void CutFragment(const std::string& system_dir, int64_t before);
 
 /// The code tree that an SDK medium's target belongs to: `given`, or else the one that the target
 /// names. Empty for other media. Throws a Refusal when there is none.
