@@ -50,6 +50,29 @@ TEST_F(TransferTest, UnpacksAddsTheTableAndRemovesLanguages) {
   EXPECT_EQ(SideLog(), "(no file)");
 }
 
+TEST_F(TransferTest, PrefersTheCompressedArchive) {
+  if (std::system("command -v compress >/dev/null") != 0) GTEST_SKIP() << "there is no compress";
+  for (const char* content : {"code:PRD:Compressed\n", "code:PRD:Plain\n"}) {
+    Write("parts/control/One.toc", content);
+    Pack("One");
+    // Small files do not shrink, and are left alone without -f.
+    if (!Exists(Path("One.Z"))) std::ignore = std::system(("compress -f " + Path("One")).c_str());
+  }
+  MakeDir("tree");
+  EXPECT_EQ(Transfer("One", nullptr), 0);
+  EXPECT_EQ(Read(Path("tree/control/PRESENT")), "code:PRD:Compressed\n");
+}
+
+TEST_F(TransferTest, HandsOnWarnings) {
+  // A tar that goes well and prints two lines.
+  chmod(Write("bin/tar", "#!/bin/sh\necho first\necho second >&2\n").c_str(), 0755);
+  SetEnv("PATH", (Path("bin") + ":" + std::getenv("PATH")).c_str());
+  Write("tree/control/One.toc", "code:PRD:One\n");
+  EXPECT_EQ(Transfer("One", nullptr), 0);
+  EXPECT_STREQ(message_.ConvertToChar(), "before firstsecond");
+  EXPECT_FALSE(Exists(Path("tree/ErrorTar.log")));
+}
+
 TEST_F(TransferTest, AFailureLeavesASideLogForTheLog) {
   const std::string archive = Write("Bad", "no archive");
   const std::string error_file = MakeDir("tree") + "/ErrorTar.log";

@@ -173,6 +173,30 @@ TEST_F(TocTest, IntegrityOfWhatCannotBeRead) {
   AsNobody([&] { EXPECT_EQ(Integrity(), "0\ncode/lib: cannot be read: Permission denied\n"); });
 }
 
+TEST_F(TocTest, GarbageHidesNothing) {
+  MakeTree("code:PRD:P\n");
+  const std::string manifest = Read(Path("os/control/P"));
+  const std::string table = "code:FWK:BASE:os=aix\n\n# x\ncode:SPK:S:level=2\nzeb2:PRD:Q\n";
+  std::mt19937 random(1);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same at every run
+  const auto mutated = [&random](std::string text) {
+    for (size_t n = random() % 20; n > 0; --n) {
+      const size_t at = random() % text.size();
+      if (random() % 3 == 0) text.insert(at, text.substr(random() % text.size(), random() % 99));
+      text[at] = random() % 4 == 0 ? "\n:\r\0"[random() % 4] : static_cast<char>(random());
+    }
+    return text;
+  };
+  for (int i = 0; i < 200; ++i) {
+    const TEVINSMediaToc toc(Write("TOC", mutated(table) + "\nsamples:SMP:last").c_str());
+    EXPECT_EQ(Names(toc, SMP, samples), "last ") << i;
+    Write("os/control/P", mutated(manifest) + "\ncode/lib\n0600 7 0\n");
+    EXPECT_NE(Integrity().find("code/lib: mode is 0644, should be 0600\n"), std::string::npos) << i;
+  }
+  std::ostringstream report;
+  const std::string unmounted = Path("not/mounted");
+  EXPECT_EQ(TEVINSInstToc(Path("os").c_str()).CheckIntegrity(report, unmounted.c_str(), 0, 0), 0);
+}
+
 TEST_F(TocTest, ChecksumsAreThoseOfCksum) {
   MakeTree("code:PRD:P\n");
   std::mt19937 random(1);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same at every run

@@ -93,6 +93,21 @@ check_foreign_lists() {
   expect_content committed
 }
 
+# What a pack would not let come back: a file set aside earlier, and a linked directory.
+check_what_stands_in_the_way() {
+  touch "$system/code/bin/TEVModeler.beforeSPK"
+  run 1 service-pack "$media/sp2" "$work/tree"
+  expect_text TEVModeler.beforeSPK
+  rm "$system/code/bin/TEVModeler.beforeSPK"
+  mv "$system/code/bin" "$work/elsewhere"
+  ln -s "$work/elsewhere" "$system/code/bin"
+  run 1 service-pack "$media/sp2" "$work/tree"
+  expect_text 'symbolic link'
+  rm "$system/code/bin"
+  mv "$work/elsewhere" "$system/code/bin"
+  expect_content committed
+}
+
 check_sdk() {
   run 0 install "$media/sdk" "$work/sdk" --code "$work/tree"
   content "$work/sdk" >"$work/sdk_before"
@@ -163,6 +178,7 @@ content "$work/tree" >"$work/before"
 check_life
 check_interruption
 check_foreign_lists
+check_what_stands_in_the_way
 check_sdk
 check_hot_fixes
 check_tasks

@@ -224,42 +224,53 @@ void NoteFile(const std::string& file, const std::string& system_dir, Journal& j
   }
 }
 
-/// What the archive of a pack will do to the system directory. Nothing is changed.
-Journal JournalOf(const Medium& medium, const std::string& name, const std::string& system_dir) {
+/// What is in the archive of a pack.
+struct Contents {
+  std::vector<std::string> list;     ///< lines of the pack's list, two for each file
+  std::vector<std::string> table;    ///< lines of its table of contents
+  std::vector<std::string> members;  ///< paths of all files, below the tree
+};
+
+/// `root` is the system directory's path in the archive, with its slash.
+Contents ReadArchive(const std::string& archive, const std::string& root, const std::string& name) {
   const TemporaryDirectory temp;
-  const std::string archive = ArchiveOf(medium, name);
-  const std::string root = IsSdk(medium) ? "" : medium.os + "/";
   const std::string list = root + "control/" + name;
   const bool compressed = fs::path(archive).extension() == ".Z";
-  const std::string source = compressed ? "compress -d -c " + archive + " | tar -" : "tar -";
+  const std::string tar = compressed ? "compress -d -c " + archive + " | tar -" : "tar -";
   const std::string file = compressed ? "f - " : "f " + archive + " ";
-  std::string command = "cd " + temp.path() + " && " + source + "x" + file + list + " " + list +
-                        ".toc && " + source + "t" + file + "> members";
+  std::string command = "cd " + temp.path() + " && " + tar + "x" + file + list + " " + list +
+                        ".toc && " + tar + "t" + file + "> members";
   TEVUnicodeString message;
   if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
+  return {Lines(temp.path() + "/" + list), Lines(temp.path() + "/" + list + ".toc"),
+          Lines(temp.path() + "/members")};
+}
 
+/// What the archive of a pack will do to the system directory. Nothing is changed.
+Journal JournalOf(const Medium& medium, const std::string& name, const std::string& system_dir) {
+  const std::string root = IsSdk(medium) ? "" : medium.os + "/";
+  const Contents contents = ReadArchive(ArchiveOf(medium, name), root, name);
   Journal journal;
   journal.pack = name;
   journal.table_size = static_cast<int64_t>(fs::file_size(system_dir + "/control/PRESENT"));
-  journal.table_lines = Lines(temp.path() + "/" + list + ".toc");
-  const std::vector<std::string> lines = Lines(temp.path() + "/" + list);
-  std::vector<std::string> files;
+  journal.table_lines = contents.table;
+
+  std::set<std::string> files;
+  const std::vector<std::string>& lines = contents.list;
   for (size_t i = 0; i < lines.size(); i += 2) {
     RequireListedPath(lines[i], i + 1 < lines.size() ? lines[i + 1] : "");
-    files.push_back(lines[i]);
+    files.insert(lines[i]);
   }
   for (const std::string& own : {name, name + ".toc", std::string("CAFPost.list")}) {
-    files.push_back("control/" + own);
+    files.insert("control/" + own);
   }
-  const std::set<std::string> known(files.begin(), files.end());
-  for (const std::string& member : Lines(temp.path() + "/members")) {
-    if (member.back() == '/' || (member.compare(0, root.size(), root) == 0 &&
-                                 known.count(member.substr(root.size())) != 0)) {
-      continue;
-    }
+  for (const std::string& member : contents.members) {
+    const bool listed =
+        member.compare(0, root.size(), root) == 0 && files.count(member.substr(root.size())) != 0;
+    if (listed || member.empty() || member.back() == '/') continue;
     throw Refusal("The pack's list does not name the file " + member + " of its archive.\n");
   }
-  for (const std::string& listed : files) NoteFile(listed, system_dir, journal);
+  for (const std::string& file : files) NoteFile(file, system_dir, journal);
   return journal;
 }
 
