@@ -88,8 +88,6 @@ check_refusals() {
   expect_refusal relative "$medium" relative
   expect_refusal "$work/file" "$medium" "$work/file/tree"
   expect_refusal "$work/with blank" "$medium" "$work/with blank"
-  expect_exit 2 "$kwbatch"
-  expect_exit 2 "$kwbatch" install "$medium"
   [[ ! -e $work/new && ! -e $work/relative && ! -e "$work/with blank" ]] ||
     fail 'a refused target was made'
 }
@@ -135,6 +133,82 @@ check_full_disk() {
   install_on_disk 1500k "cd $work/small/tree;"
 }
 
+# The options of one machine serve another; what the command line says comes first.
+check_answers() {
+  local site=$work/site.ini
+  new_scratch
+  expect_exit 0 "$kwbatch" check "$medium" "$work/answered" --scratch "$work/scratch" --fonts \
+    --os aix_a --languages French --metasearch-server 'a;b "c", #d' --save-answers "$site"
+  [[ $(stat -c %a "$site") == 600 ]] || fail 'others may read the answers'
+  expect_exit 0 "$kwbatch" install "$medium" "$work/answered" --answers "$site" --quiet \
+    --languages Korean --log "$work/own.log" --save-answers "$work/again.ini"
+  [[ ! -s $work/output ]] || fail 'not quiet'
+  [[ ! -e $work/answered/solaris_a && ! -e $work/scratch/kwinst.log ]] || fail 'unread answers'
+  printf 'Language-indexed fonts\nKorean\n\n' | cmp - "$work/answered/aix_a/NLS.txt" || fail languages
+  (($(grep -cxE '={58}' "$work/own.log") == 2)) || fail 'own.log lacks its banner or closing line'
+  sed -e 's/^languages = French/languages = Korean/' -e "s|^;log =.*|log = $work/own.log|" \
+    -e 's/^;quiet =.*/quiet = yes/' "$site" | diff - "$work/again.ini" || fail 'answers are lost'
+}
+
+# expect_usage_error TEXT ARGUMENT...
+expect_usage_error() {
+  expect_exit 2 "$kwbatch" "${@:2}"
+  grep -qF -- "$1" "$work/output" || fail "no '$1' in the message about ${*:2}"
+}
+
+check_usage_errors() {
+  expect_usage_error 'which command?'
+  expect_usage_error 'did you mean service-pack?' servicepack a b
+  expect_usage_error 'TARGET is required' install a
+  expect_usage_error '"c"' install a b c
+  expect_usage_error 'did you mean --languages?' install a b --langauges=French
+  expect_usage_error 'tasks has no option --os' tasks a --os b
+  expect_usage_error '--os' install a b --os
+  expect_usage_error "$work/none.ini" install a b --answers "$work/none.ini"
+  printf '; a comment\n[A section]\nstop = yes\nlangauges = French\n' >"$work/wrong.ini"
+  expect_usage_error 'did you mean languages?' install a b --answers "$work/wrong.ini"
+  echo 'fonts = perhaps' >"$work/wrong.ini"
+  expect_usage_error '"perhaps"' install a b --answers "$work/wrong.ini"
+}
+
+check_colours() {
+  local red=$'\e[31m'
+  script -qc "TERM=xterm $kwbatch none" /dev/null | grep -qF "$red" || fail 'no colour on a terminal'
+  ! script -qc "NO_COLOR=1 TERM=xterm $kwbatch none" /dev/null | grep -qF "$red" || fail NO_COLOR
+  ! TERM=xterm "$kwbatch" none 2>&1 | grep -qF "$red" || fail 'a colour in a file'
+}
+
+# complete_words WORD...: what bash proposes for the last word.
+complete_words() {
+  COMP_WORDS=("$kwbatch" "$@") COMP_CWORD=$#
+  _kwbatch
+  printf '%s\n' "${COMPREPLY[*]}"
+}
+
+check_completion() {
+  # shellcheck source=examples/kwbatch/kwbatch.bash
+  source "$source/examples/kwbatch/kwbatch.bash"
+  [[ $(complete_words ver) == verify ]] || fail 'completion of a command'
+  [[ $(complete_words --scratch /tmp verify --o) == --os ]] || fail 'completion of an option'
+  [[ $(complete_words install --languages Ja) == Japanese ]] || fail 'completion of a language'
+  [[ -z $(complete_words install --os ver) ]] || fail 'completion of a value'
+}
+
+# The manual names what the help does.
+check_manual() {
+  local command
+  for command in '' $("$kwbatch" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'); do
+    "$kwbatch" ${command:+"$command"} --help
+  done | grep -oE -- '--[a-z0-9-]+' | sort -u >"$work/help"
+  sed 's/\\-/-/g' "$source/docs/kwbatch.1" | grep -oE -- '--[a-z0-9-]+' | sort -u |
+    diff "$work/help" - || fail 'kwbatch --help and kwbatch(1) differ'
+}
+
+source=$2
+check_usage_errors
+check_colours
+check_completion
+check_manual
 make_sample_media
 medium=$work/media/ga
 check_media_are_reproducible
@@ -143,5 +217,6 @@ check_one_system_with_fonts
 check_later_runs
 check_foreign_names
 check_refusals
+check_answers
 check_damaged_archive
 check_full_disk

@@ -164,16 +164,17 @@ void RequireHotFix(const Medium& medium, const std::string& target) {
 bool VerifySystem(const std::string& system_dir, int sdk) {
   const auto installed = OpenInstalled(system_dir);
   if (installed == nullptr) {
-    Say("Nothing is installed in " + system_dir + ".");
+    Show("Nothing is installed in " + system_dir + ".");
     return false;
   }
   std::ostringstream report;
   TEVUnicodeString message;
   std::string path = system_dir;
   const int status = TEVInsCheckIntegrityGA(installed.get(), path.data(), report, &message, sdk);
-  Say(system_dir + ":");
-  if (!report.str().empty()) Say(report.str());
-  Say(message.ConvertToChar());
+  const auto tell = status == 0 ? Say : Show;
+  tell(system_dir + ":");
+  if (!report.str().empty()) tell(report.str());
+  tell(message.ConvertToChar());
   return status == 0;
 }
 

@@ -24,10 +24,19 @@ void RequirePlainName(const std::string& what, const std::string& name);
 /// Adds `text` to the end of a file, which is made when missing. False when it cannot be stored.
 bool AppendToFile(const std::string& path, const std::string& text);
 
+/// From now on nothing reaches standard output, not from programs that are run either, but by Show.
+void BeQuiet();
+
 /// Prints a library message or a line of our own, with a newline at its end.
 void Say(const std::string& text);
 
-/// The same on standard error.
+/// The same for what the user has asked for, quiet or not.
+void Show(const std::string& text);
+
+/// False when something that was printed is lost, on a full disk for example.
+bool AllIsPrinted();
+
+/// The same on standard error, in red on a terminal.
 void Complain(const std::string& text);
 
 /// How far a number of steps has come: a bar on a terminal, a line for each step elsewhere.

@@ -350,7 +350,7 @@ void Install(const Options& options) {
   }
   const Plan plan = MakePlan(options, std::move(media));
   Say("Medium " + plan.request.medium);
-  Log log(" installation of " + plan.request.medium + " in " + plan.request.target + "\n");
+  Log log(options, " installation of " + plan.request.medium + " in " + plan.request.target + "\n");
   MakeTree(plan);
   const std::map<const Medium*, int> languages = RecordLanguages(plan, log);
   TransferAll(plan, languages, log);

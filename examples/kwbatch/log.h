@@ -5,11 +5,14 @@
 
 #include <string>
 
+#include "options.h"
+
 /// The installation log, opened, and closed with its trailer on every way out.
 class Log {
  public:
-  /// Throws a Refusal when the log cannot be opened.
-  explicit Log(const std::string& header);
+  /// Opens the file of the option "log", or the usual one. Throws a Refusal when it cannot be
+  /// opened.
+  Log(const Options& options, const std::string& header);
   ~Log();
   Log(const Log&) = delete;
   Log& operator=(const Log&) = delete;
@@ -22,6 +25,10 @@ class Log {
   TEVInstallLog* get() { return &log_; }
 
  private:
+  void OpenUsual(const std::string& header);
+  void OpenFile(const std::string& path, const std::string& header);
+
+  std::string name_;  ///< of the file in its directory, when the user names one
   TEVInstallLog log_;
   TEVUnicodeString trailer_ = " failed";
 };

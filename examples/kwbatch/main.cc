@@ -1,11 +1,10 @@
 // kwbatch: installs media without questions, through the public interface of libKWINSTUTIL.
 
-#include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <string>
+#include <vector>
 
 #include "check.h"
 #include "console.h"
@@ -19,37 +18,57 @@ namespace fs = std::filesystem;
 
 namespace {
 
-struct Command {
-  const char* name;
-  const char* words;  ///< what must follow the name
-  void (*run)(const Options& options);
-  const char* help;
-};
-
-constexpr Command kCommands[] = {
-    {"install", "MEDIUM TARGET", Install,
-     "put every package of MEDIUM that TARGET does not have yet into TARGET"},
-    {"check", "MEDIUM TARGET", Check,
-     "say whether MEDIUM may be installed on TARGET, or why not; writes nothing"},
-    {"verify", "TARGET", Verify, "report each installed file that is missing or damaged"},
-    {"service-pack", "MEDIUM TARGET", InstallServicePack,
-     "set aside what the service pack replaces, and install it; it is pending then"},
-    {"commit", "TARGET", Commit, "end the pending state; the service pack cannot be undone then"},
-    {"undo-service-pack", "TARGET", UndoServicePack,
-     "take the latest service pack out again; TARGET is then as it was before"},
-    {"hot-fix", "MEDIUM TARGET", InstallHotFix, "install a hot fix"},
-    {"tasks", "TARGET", ListTasks, "list the programs that run from TARGET"},
-    {"environment", "TARGET CONFIG", PrintEnvironment,
-     "print the path of the environment file that a configuration uses"},
-};
-
-void PrintHelp() {
-  std::printf("Usage: kwbatch COMMAND WORDS... [OPTIONS]\n\n");
-  for (const Command& command : kCommands) {
-    std::printf("  %s %s\n      %s\n", command.name, command.words, command.help);
-  }
-  std::printf("%s\nExit status: 0 done, 1 refused or failed, 2 wrong usage.\n",
-              Options::Help().c_str());
+const std::vector<Command>& Commands() {
+  static const std::vector<Command> commands = {
+      {"install",
+       {"MEDIUM", "TARGET"},
+       Install,
+       "put every package of MEDIUM that TARGET does not have yet into TARGET",
+       "  kwbatch install /cdrom/ga /opt/suite --languages French,Japanese\n"
+       "  kwbatch install /cdrom/ga /opt/suite --answers site.ini --log /var/log/suite.log\n"},
+      {"check",
+       {"MEDIUM", "TARGET"},
+       Check,
+       "say whether MEDIUM may be installed on TARGET, or why not; writes nothing",
+       "  kwbatch check /cdrom/ga /opt/suite\n"
+       "  kwbatch check /cdrom/ga /opt/suite --bb-port 20100 --save-answers site.ini\n"},
+      {"verify",
+       {"TARGET"},
+       Verify,
+       "report each installed file that is missing or damaged",
+       "  kwbatch verify /opt/suite --os aix_a\n"},
+      {"service-pack",
+       {"MEDIUM", "TARGET"},
+       InstallServicePack,
+       "set aside what the service pack replaces, and install it; it is pending then",
+       "  kwbatch service-pack /cdrom/sp1 /opt/suite\n"},
+      {"commit",
+       {"TARGET"},
+       Commit,
+       "end the pending state; the service pack cannot be undone then",
+       "  kwbatch commit /opt/suite\n"},
+      {"undo-service-pack",
+       {"TARGET"},
+       UndoServicePack,
+       "take the latest service pack out again; TARGET is then as it was before",
+       "  kwbatch undo-service-pack /opt/suite\n"},
+      {"hot-fix",
+       {"MEDIUM", "TARGET"},
+       InstallHotFix,
+       "install a hot fix",
+       "  kwbatch hot-fix /cdrom/hotfix /opt/suite\n"},
+      {"tasks",
+       {"TARGET"},
+       ListTasks,
+       "list the programs that run from TARGET",
+       "  kwbatch tasks /opt/suite/aix_a --stop\n"},
+      {"environment",
+       {"TARGET", "CONFIG"},
+       PrintEnvironment,
+       "print the path of the environment file that a configuration uses",
+       "  kwbatch environment /opt/suite/aix_a Suite.R12\n"},
+  };
+  return commands;
 }
 
 /// Puts the library into its development mode: system files and log come from `dir`.
@@ -66,33 +85,19 @@ void UseScratch(const std::string& dir) {
   setenv("VRK_ODT_TMP", dir.c_str(), 1);
 }
 
-size_t CountWords(const std::string& text) {
-  return 1 + static_cast<size_t>(std::count(text.begin(), text.end(), ' '));
-}
-
-void Run(const Options& options) {
-  if (options.Has("help")) return PrintHelp();
-  if (options.Has("scratch")) UseScratch(options.Text("scratch"));
-  const std::string name = options.words().empty() ? "" : options.words()[0];
-  for (const Command& command : kCommands) {
-    if (name != command.name) continue;
-    if (options.words().size() - 1 != CountWords(command.words)) {
-      throw UsageError(name + " needs " + command.words);
-    }
-    return command.run(options);
-  }
-  throw UsageError("no command \"" + name + "\"");
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
   try {
-    Run(Options(argc, argv));
+    if (const auto options = Options::Parse(argc, argv, Commands())) {
+      if (options->Has("quiet")) BeQuiet();
+      if (options->Has("scratch")) UseScratch(options->Text("scratch"));
+      options->RunCommand();
+    }
     // Whoever reads the output must not take a part of it for the whole.
-    return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 ? 0 : 1;
+    return AllIsPrinted() ? 0 : 1;
   } catch (const UsageError& error) {
-    std::fprintf(stderr, "kwbatch: %s; see kwbatch --help\n", error.what());
+    Complain(std::string("kwbatch: ") + error.what() + "\nSee kwbatch --help.");
     return 2;
   } catch (const std::exception& error) {
     Complain(error.what());

@@ -1,91 +1,152 @@
 #include "options.h"
 
-#include <getopt.h>
-
+#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
+#include <iterator>
+
+#include "answers.h"
+#include "nearest.h"
+#include "option_table.h"
 
 namespace {
 
-struct Spec {
-  const char* name;   ///< or a heading of the help, when there is no help
-  const char* value;  ///< what the value is; null for an option without one
-  const char* help;
+constexpr const char* kExitStatus = "Exit status: 0 done, 1 refused or failed, 2 wrong usage.";
+
+/// Gives `app` the options of a group.
+void AddGroup(CLI::App* app, const OptionGroup& group, OptionValues& values) {
+  for (const OptionSpec& option : group.options) {
+    const std::string name = option.name;
+    if (option.value == nullptr) {
+      app->add_flag_callback(
+             "--" + name, [&values, name] { values[name] = ""; }, option.help)
+          ->group(group.title);
+      continue;
+    }
+    const auto store = [&values, name](const std::string& text) {
+      if (text.empty()) throw CLI::ValidationError("--" + name, "needs a value");
+      values[name] = text;
+    };
+    app->add_option_function<std::string>("--" + name, store, option.help)
+        ->type_name(option.value)
+        ->group(group.title)
+        ->take_last();
+  }
+}
+
+/// Options about files of answers, which such a file cannot give.
+struct AnswerFiles {
+  std::string read;
+  std::string save;
+
+  void AddTo(CLI::App* app) {
+    app->add_option("--answers", read, "take the options that are not given from this ini file")
+        ->type_name("FILE")
+        ->take_last();
+    app->add_option("--save-answers", save, "write the options to this ini file before all else")
+        ->type_name("FILE")
+        ->take_last();
+  }
 };
 
-constexpr Spec kSpecs[] = {
-    {"For every command", nullptr, nullptr},
-    {"scratch", "DIR", "keep the log, and work on copies of the system files, in DIR"},
-    {"os", "NAME", "one operating system of the medium or the target only"},
-    {"code", "DIR", "the tree of the code that an SDK belongs to"},
-    {"help", nullptr, "show this help"},
-    {"For install", nullptr, nullptr},
-    {"languages", "LIST", "languages beside English: all, none, or some with commas between"},
-    {"fonts", nullptr, "keep the language-indexed fonts too; all languages imply it"},
-    {"no-services", nullptr, "leave the system's services and inetd files alone"},
-    {"bb-port", "N", "port of the bulletin board; as the next two, the next free one if taken"},
-    {"run-port", "N", "port of the product's daemon"},
-    {"broker-port", "N", "port of the device broker"},
-    {"satellite", "MEDIUM", "install the rendering satellite of MEDIUM too"},
-    {"ORB daemon, exported for the product's setup programs", nullptr, nullptr},
-    {"orb-port", "N", "its port"},
-    {"orb-base", "N", "first port that it hands out; the one after its own if not given"},
-    {"orb-range", "N", "number of ports that it hands out, 50 if not given"},
-    {"orb-boot", nullptr, "it is started at boot"},
-    {"Meta-search, exported likewise", nullptr, nullptr},
-    {"metasearch-server", "HOST", "its server; the others count only with this one"},
-    {"metasearch-port", "N", "its port"},
-    {"metasearch-snapshots-port", "N", "port of the snapshots service"},
-    {"metasearch-mail-server", "HOST", "mail server"},
-    {"metasearch-mail-port", "N", "port of the mail server"},
-    {"metasearch-proxy-host", "HOST", "proxy"},
-    {"metasearch-proxy-port", "N", "port of the proxy"},
-    {"metasearch-proxy-login", "NAME", "user at the proxy"},
-    {"metasearch-proxy-password", "TEXT", "password at the proxy"},
-    {"metasearch-proxy-domains", "LIST", "domains reached without the proxy"},
-    {"metasearch-email", "ADDRESS", "contact"},
-    {"metasearch-time", "TIME", "schedule"},
-    {"metasearch-language", "CODE", "language, en if not given"},
-    {"Other settings, exported likewise", nullptr, nullptr},
-    {"metasearch-path", "DIR", "data directory of the meta-search"},
-    {"workbook-path", "DIR", "data directory of shared workbooks"},
-    {"publish-path", "DIR", "data directory of publications"},
-    {"java-home", "DIR", "home of the Java runtime; auto to look for one"},
-    {"k6", "DIR", "tree of the previous generation"},
-    {"k6-library", "N", "1 for libK623, 2 for libK6243"},
-    {"drx", "DIR", "DRX tree"},
-    {"tck-server", "HOST", "TCK server"},
-    {"tck-mode", "MODE", "TCK mode, Server if not given"},
-    {"tck-port", "N", "port of the TCK server"},
-    {"tck-boot", nullptr, "the TCK server is started at boot"},
-    {"information-path", "DIR", "where the product information is unloaded"},
-    {"information-env-path", "DIR", "its environment directory"},
-    {"information-env", "NAME", "its environment"},
-    {"timeout", "MINUTES", "time-out of the servers"},
-    {"For tasks", nullptr, nullptr},
-    {"stop", nullptr, "stop what was listed"},
-};
+void SetWording(CLI::App& app) {
+  app.set_help_flag("-h,--help", "print this help");
+  CLI::FormatterBase& help = *app.get_formatter();
+  help.column_width(34);
+  help.label("SUBCOMMAND", "COMMAND");
+  help.label("Positionals", "Words");
+  help.label("REQUIRED", "");
+}
+
+const char* HelpForWord(const std::string& word) {
+  if (word == "MEDIUM") return "directory with the table of contents and the archives";
+  if (word == "TARGET") return "directory of the installation";
+  return "name of a configuration";
+}
+
+void AddCommand(CLI::App& app, const Command& command, std::vector<std::string>& words,
+                OptionValues& values, AnswerFiles& answer_files) {
+  CLI::App* sub = app.add_subcommand(command.name, command.help)->group("Commands");
+  for (const char* word : command.words) {
+    const auto store = [&words](const std::string& text) { words.push_back(text); };
+    sub->add_option_function<std::string>(word, store, HelpForWord(word))
+        ->required()
+        ->type_name("");
+  }
+  for (const OptionGroup& group : OptionGroups()) {
+    if (group.IsFor(command.name)) AddGroup(sub, group, values);
+  }
+  answer_files.AddTo(sub);
+  sub->footer(std::string("Examples:\n") + command.examples + "\n" + kExitStatus);
+}
+
+/// The names of all options and commands that are known where `app` stands.
+std::vector<std::string> KnownTo(const CLI::App& app, bool options) {
+  std::vector<std::string> known;
+  if (!options) {
+    for (const CLI::App* sub : app.get_subcommands({})) known.push_back(sub->get_name());
+    return known;
+  }
+  for (const CLI::Option* option : app.get_options()) {
+    if (!option->get_lnames().empty()) known.push_back("--" + option->get_lnames().front());
+  }
+  return known;
+}
+
+/// Throws a UsageError for the first option, or else the first word, that CLI11 had no use for.
+void RejectUnknown(const CLI::App& app) {
+  const std::vector<CLI::App*> chosen = app.get_subcommands();
+  const CLI::App& where = chosen.empty() ? app : *chosen.front();
+  const std::vector<std::string> unknown = app.remaining(true);
+  if (unknown.empty()) return;
+  const auto option = std::find_if(unknown.begin(), unknown.end(), [](const std::string& text) {
+    return text.size() > 1 && text[0] == '-';
+  });
+  if (option != unknown.end()) {
+    const std::string name = option->substr(0, option->find('='));
+    const std::string of = chosen.empty() ? "" : where.get_name() + " has ";
+    throw UsageError(of + "no option " + name + DidYouMean(name, KnownTo(where, true)));
+  }
+  if (!chosen.empty())
+    throw UsageError(where.get_name() + " has no use for \"" + unknown[0] + "\"");
+  throw UsageError("no command \"" + unknown[0] + "\"" +
+                   DidYouMean(unknown[0], KnownTo(where, false)));
+}
 
 }  // namespace
 
-Options::Options(int count, char** arguments) {
-  std::vector<option> known;
-  for (const Spec& spec : kSpecs) {
-    if (spec.help == nullptr) continue;
-    known.push_back({spec.name, spec.value == nullptr ? no_argument : required_argument, nullptr,
-                     static_cast<int>(known.size())});
+std::optional<Options> Options::Parse(int count, char** arguments,
+                                      const std::vector<Command>& commands) {
+  CLI::App app("Installs media of the suite without questions.", "kwbatch");
+  SetWording(app);
+  app.allow_extras()->require_subcommand(1);
+  app.set_version_flag("--version", "kwbatch " KWBATCH_VERSION, "print the version");
+  app.footer(std::string("kwbatch COMMAND --help shows what a command takes.\n") + kExitStatus);
+  std::vector<std::string> words;
+  OptionValues values;
+  AnswerFiles answer_files;
+  AddGroup(&app, OptionGroups().front(), values);
+  answer_files.AddTo(&app);
+  for (const Command& command : commands) AddCommand(app, command, words, values, answer_files);
+  try {
+    app.parse(count, arguments);
+  } catch (const CLI::Success& asked) {
+    app.exit(asked);
+    return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    RejectUnknown(app);
+    throw UsageError(app.get_subcommands().empty() ? "which command?" : error.what());
   }
-  known.push_back({});
-  // What getopt would print is said in our own words.
-  opterr = 0;
-  for (int given = 0; (given = getopt_long(count, arguments, "", known.data(), nullptr)) != -1;) {
-    if (given == '?') throw UsageError(std::string("wrong option ") + arguments[optind - 1]);
-    const option& found = known[static_cast<size_t>(given)];
-    values_[found.name] = found.has_arg == no_argument ? "" : optarg;
-    if (found.has_arg != no_argument && (*optarg == '\0' || *optarg == '-')) {
-      throw UsageError(std::string("--") + found.name + " needs a value");
-    }
-  }
-  words_.assign(arguments + optind, arguments + count);
+  RejectUnknown(app);
+
+  const std::string name = app.get_subcommands().front()->get_name();
+  Options options(&*std::find_if(commands.begin(), commands.end(),
+                                 [&name](const Command& command) { return command.name == name; }));
+  options.words_.insert(options.words_.end(), words.begin(), words.end());
+  options.values_ = std::move(values);
+  if (!answer_files.read.empty()) options.values_.merge(ReadAnswers(answer_files.read, name));
+  if (!answer_files.save.empty()) SaveAnswers(answer_files.save, options.values_);
+  return options;
 }
 
 std::string Options::Text(const std::string& name) const {
@@ -108,19 +169,4 @@ void Options::RequireWith(const std::string& lead, const std::vector<std::string
   for (const std::string& other : others) {
     if (Has(other) && !Has(lead)) throw UsageError("--" + other + " needs --" + lead);
   }
-}
-
-std::string Options::Help() {
-  std::string help;
-  for (const Spec& spec : kSpecs) {
-    if (spec.help == nullptr) {
-      help += std::string("\n") + spec.name + ":\n";
-      continue;
-    }
-    std::string left = std::string("  --") + spec.name;
-    if (spec.value != nullptr) left += std::string(" ") + spec.value;
-    left.resize(left.size() < 30 ? 30 : left.size() + 1, ' ');
-    help += left + spec.help + "\n";
-  }
-  return help;
 }

@@ -2,6 +2,7 @@
 #define KWBATCH_OPTIONS_H_
 
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -11,11 +12,24 @@ struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// A command line: its words, and its options by name, without the dashes.
+class Options;
+
+/// What kwbatch can be told to do.
+struct Command {
+  const char* name;
+  std::vector<const char*> words;  ///< what must follow the name
+  void (*run)(const Options& options);
+  const char* help;
+  const char* examples;  ///< command lines
+};
+
+/// A command line: its command, the words behind it, and its options by name, without the dashes.
 class Options {
  public:
-  /// Throws a UsageError.
-  Options(int count, char** arguments);
+  /// Without a value when the help or the version was asked for, which is printed then. What the
+  /// command line leaves open is looked up in the file of answers. Throws a UsageError.
+  static std::optional<Options> Parse(int count, char** arguments,
+                                      const std::vector<Command>& commands);
 
   bool Has(const std::string& name) const { return values_.count(name) != 0; }
 
@@ -29,14 +43,17 @@ class Options {
   /// which it means nothing.
   void RequireWith(const std::string& lead, const std::vector<std::string>& others) const;
 
+  /// The command's name and the words behind it.
   const std::vector<std::string>& words() const { return words_; }
 
-  /// The lines of the help about options.
-  static std::string Help();
+  void RunCommand() const { command_->run(*this); }
 
  private:
-  std::map<std::string, std::string> values_;
+  explicit Options(const Command* command) : command_(command), words_{command->name} {}
+
+  const Command* command_;
   std::vector<std::string> words_;
+  std::map<std::string, std::string> values_;
 };
 
 #endif  // KWBATCH_OPTIONS_H_

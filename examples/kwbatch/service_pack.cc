@@ -427,7 +427,7 @@ void InstallServicePack(const Options& options) {
   const std::string target = TargetPath(options.words()[2]);
   const Medium medium = OpenInstallable(options, false, target);
   Pack pack = PackToInstall(medium, target);
-  Log log(" service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+  Log log(options, " service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
   const bool repair = pack.journal.phase == Phase::kRepairing;
 
   pack.Enter(pack.journal.phase);
@@ -475,7 +475,8 @@ void UndoServicePack(const Options& options) {
     if (pack.journal.phase == Phase::kRepairing || pack.journal.phase == Phase::kCommitting) {
       throw pack.journal.NotFinished(pack.system_dir);
     }
-    Log log(" undo of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+    Log log(options,
+            " undo of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
     Undo(pack);
     log.Succeeded();
     Say("Service pack " + pack.journal.pack + " is taken out of " + pack.system_dir + ".");
@@ -486,7 +487,7 @@ void InstallHotFix(const Options& options) {
   const std::string target = TargetPath(options.words()[2]);
   const Medium medium = OpenInstallable(options, true, target);
   const std::string name = NameOf(medium);
-  Log log(" hot fix " + name + " in " + target + "\n");
+  Log log(options, " hot fix " + name + " in " + target + "\n");
   std::string tree = target;
   const int languages = TEVInsInitChosenLang(tree.data(), medium.os.c_str());
   Transfer(medium, name, target, languages, log);

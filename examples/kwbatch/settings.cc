@@ -90,5 +90,5 @@ void PrintEnvironment(const Options& options) {
     throw Refusal("The configuration " + config + " in " + target +
                   " names no environment file.\n");
   }
-  Say(path);
+  Show(path);
 }

@@ -13,7 +13,7 @@ void ListTasks(const Options& options) {
   char** commands = nullptr;
   int count = 0;
   tasks.TEVInsGetListTask(&commands, &count);
-  for (int i = 0; i < count; ++i) Say(commands[i]);
+  for (int i = 0; i < count; ++i) Show(commands[i]);
   Say(std::to_string(count) + " tasks run from " + target + ".");
   if (options.Has("stop") && count > 0) {
     tasks.TEVInsKillTask();

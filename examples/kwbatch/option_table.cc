@@ -1,0 +1,77 @@
+#include "option_table.h"
+
+#include <algorithm>
+
+bool OptionGroup::IsFor(const std::string& command) const {
+  return commands.empty() || std::find(commands.begin(), commands.end(), command) != commands.end();
+}
+
+const std::vector<OptionGroup>& OptionGroups() {
+  const std::vector<std::string> installs = {"install", "check"};
+  static const std::vector<OptionGroup> groups = {
+      {"Options",
+       {},
+       {{"scratch", "DIR", "keep the log, and work on copies of the system files, in DIR"},
+        {"quiet", nullptr, "print nothing but what was asked for and what goes wrong"}}},
+      {"Options",
+       {"install", "service-pack", "undo-service-pack", "hot-fix"},
+       {{"log", "FILE", "append to this log instead of kwinst.log in the home directory"}}},
+      {"Options",
+       {"install", "check", "verify", "service-pack", "commit", "undo-service-pack", "hot-fix"},
+       {{"os", "NAME", "one operating system of the medium or the target only"}}},
+      {"Options",
+       {"install", "check", "service-pack", "hot-fix"},
+       {{"code", "DIR", "the tree of the code that an SDK belongs to"}}},
+      {"What is installed",
+       installs,
+       {{"languages", "LIST", "languages beside English: all, none, or some with commas between"},
+        {"fonts", nullptr, "keep the language-indexed fonts too; all languages imply it"},
+        {"satellite", "MEDIUM", "install the rendering satellite of MEDIUM too"}}},
+      {"Services and ports",
+       installs,
+       {{"no-services", nullptr, "leave the system's services and inetd files alone"},
+        {"bb-port", "N", "port of the bulletin board; as the next two, the next free one if taken"},
+        {"run-port", "N", "port of the product's daemon"},
+        {"broker-port", "N", "port of the device broker"}}},
+      {"ORB daemon, exported for the product's setup programs",
+       installs,
+       {{"orb-port", "N", "its port; the others count only with this one"},
+        {"orb-base", "N", "first port that it hands out; the one after its own if not given"},
+        {"orb-range", "N", "number of ports that it hands out, 50 if not given"},
+        {"orb-boot", nullptr, "it is started at boot"}}},
+      {"Meta-search, exported likewise",
+       installs,
+       {{"metasearch-server", "HOST", "its server; the others count only with this one"},
+        {"metasearch-port", "N", "its port"},
+        {"metasearch-snapshots-port", "N", "port of the snapshots service"},
+        {"metasearch-mail-server", "HOST", "mail server"},
+        {"metasearch-mail-port", "N", "port of the mail server"},
+        {"metasearch-proxy-host", "HOST", "proxy"},
+        {"metasearch-proxy-port", "N", "port of the proxy"},
+        {"metasearch-proxy-login", "NAME", "user at the proxy"},
+        {"metasearch-proxy-password", "TEXT", "password at the proxy; better given as an answer"},
+        {"metasearch-proxy-domains", "LIST", "domains reached without the proxy"},
+        {"metasearch-email", "ADDRESS", "contact"},
+        {"metasearch-time", "TIME", "schedule"},
+        {"metasearch-language", "CODE", "language, en if not given"}}},
+      {"Other settings, exported likewise",
+       installs,
+       {{"metasearch-path", "DIR", "data directory of the meta-search"},
+        {"workbook-path", "DIR", "data directory of shared workbooks"},
+        {"publish-path", "DIR", "data directory of publications"},
+        {"java-home", "DIR", "home of the Java runtime; auto to look for one"},
+        {"k6", "DIR", "tree of the previous generation"},
+        {"k6-library", "N", "1 for libK623, 2 for libK6243"},
+        {"drx", "DIR", "DRX tree"},
+        {"tck-server", "HOST", "TCK server"},
+        {"tck-mode", "MODE", "TCK mode, Server if not given"},
+        {"tck-port", "N", "port of the TCK server"},
+        {"tck-boot", nullptr, "the TCK server is started at boot"},
+        {"information-path", "DIR", "where the product information is unloaded"},
+        {"information-env-path", "DIR", "its environment directory"},
+        {"information-env", "NAME", "its environment"},
+        {"timeout", "MINUTES", "time-out of the servers, 2 to 35700"}}},
+      {"Tasks", {"tasks"}, {{"stop", nullptr, "stop what was listed"}}},
+  };
+  return groups;
+}

@@ -1,0 +1,26 @@
+#ifndef KWBATCH_OPTION_TABLE_H_
+#define KWBATCH_OPTION_TABLE_H_
+
+#include <string>
+#include <vector>
+
+/// An option that a command line or a file of answers may give.
+struct OptionSpec {
+  const char* name;   ///< without the dashes
+  const char* value;  ///< what its value is; null for an option without one
+  const char* help;
+};
+
+/// Options that the help shows together, and the commands that take them.
+struct OptionGroup {
+  const char* title;
+  std::vector<std::string> commands;  ///< none means every command
+  std::vector<OptionSpec> options;
+
+  bool IsFor(const std::string& command) const;
+};
+
+/// All of them, in the order of the help.
+const std::vector<OptionGroup>& OptionGroups();
+
+#endif  // KWBATCH_OPTION_TABLE_H_
