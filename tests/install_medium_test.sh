@@ -173,6 +173,10 @@ check_usage_errors() {
 
 check_colours() {
   local red=$'\e[31m'
+  if ! script -qc true /dev/null 2>/dev/null; then
+    echo 'Not tried: colours, because there are no terminals.'
+    return
+  fi
   script -qc "TERM=xterm $kwbatch none" /dev/null | grep -qF "$red" || fail 'no colour on a terminal'
   ! script -qc "NO_COLOR=1 TERM=xterm $kwbatch none" /dev/null | grep -qF "$red" || fail NO_COLOR
   ! TERM=xterm "$kwbatch" none 2>&1 | grep -qF "$red" || fail 'a colour in a file'
