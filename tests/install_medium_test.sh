@@ -138,7 +138,7 @@ check_answers() {
   local site=$work/site.ini
   new_scratch
   expect_exit 0 "$kwbatch" check "$medium" "$work/answered" --scratch "$work/scratch" --fonts \
-    --os aix_a --languages French --metasearch-server 'a;b "c", #d' --save-answers "$site"
+    --os aix_a --languages French --metasearch-server ' "a;b", #d' --save-answers "$site"
   [[ $(stat -c %a "$site") == 600 ]] || fail 'others may read the answers'
   expect_exit 0 "$kwbatch" install "$medium" "$work/answered" --answers "$site" --quiet \
     --languages Korean --log "$work/own.log" --save-answers "$work/again.ini"
@@ -162,8 +162,12 @@ check_usage_errors() {
   expect_usage_error 'TARGET is required' install a
   expect_usage_error '"c"' install a b c
   expect_usage_error 'did you mean --languages?' install a b --langauges=French
-  expect_usage_error 'tasks has no option --os' tasks a --os b
+  expect_usage_error 'tasks has no option --os; these have it: install' tasks a --os b
+  expect_usage_error '--os must stand behind verify' --os a verify b
   expect_usage_error '--os' install a b --os
+  expect_usage_error '--os needs a value' install a b --os=
+  expect_usage_error '--orb-base needs --orb-port' install a b --orb-base 7
+  expect_usage_error '"7x"' install a b --bb-port 7x --save-answers "$work/wrong.ini"
   expect_usage_error "$work/none.ini" install a b --answers "$work/none.ini"
   printf '; a comment\n[A section]\nstop = yes\nlangauges = French\n' >"$work/wrong.ini"
   expect_usage_error 'did you mean languages?' install a b --answers "$work/wrong.ini"

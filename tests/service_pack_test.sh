@@ -136,7 +136,7 @@ check_tasks() {
   run 0 tasks "$work/tree" --stop
   wait "$pid" && fail 'a task was not stopped'
   run 0 tasks "$work/tree"
-  expect_text '0 tasks'
+  expect_text ': 0'
 }
 
 check_settings() {

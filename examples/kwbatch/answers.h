@@ -7,14 +7,16 @@
 /// \file
 /// Files of answers: ini files of options, `name = value` a line, in sections that mean nothing.
 
-using OptionValues = std::map<std::string, std::string>;  ///< by name, without the dashes
+/// By name, without the dashes. An option without a value is "yes" or "no".
+using OptionValues = std::map<std::string, std::string>;
 
 /// The answers of a file that are options of the command. Throws a UsageError when the file cannot
-/// be read or has a key that is no option of any command.
+/// be read, has a key that is no option of any command, or a flag that is neither yes nor no.
 OptionValues ReadAnswers(const std::string& path, const std::string& command);
 
-/// Writes a file with these values, and with all other options as comments. Only its owner may read
-/// it, for it may hold a password. Throws a Refusal.
-void SaveAnswers(const std::string& path, const OptionValues& values);
+/// Writes a file with these values of the command's options, and with all other options as
+/// comments. Only its owner may read it, for it may hold a password. Throws a Refusal, and leaves
+/// what was there, when it cannot be written or a value cannot stand in a line.
+void SaveAnswers(const std::string& path, const std::string& command, const OptionValues& values);
 
 #endif  // KWBATCH_ANSWERS_H_

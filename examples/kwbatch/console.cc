@@ -16,16 +16,20 @@ std::FILE* shown = stdout;
 
 bool IsPrinted(std::FILE* stream) { return std::fflush(stream) == 0 && std::ferror(stream) == 0; }
 
-/// Is the stream a terminal that colours are wanted on?
-bool TakesColours(std::FILE* stream) {
-  const char* terminal = std::getenv("TERM");
-  return isatty(fileno(stream)) != 0 && std::getenv("NO_COLOR") == nullptr && terminal != nullptr &&
-         std::strcmp(terminal, "dumb") != 0;
+std::string Environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+/// Is the stream a terminal that can do more than print lines?
+bool IsTerminal(std::FILE* stream) {
+  const std::string type = Environment("TERM");
+  return isatty(fileno(stream)) != 0 && !type.empty() && type != "dumb";
 }
 
 /// The text in the colour of this number, where colours are wanted.
 std::string Coloured(const std::string& text, int colour, std::FILE* stream) {
-  if (!TakesColours(stream)) return text;
+  if (!IsTerminal(stream) || !Environment("NO_COLOR").empty()) return text;
   return "\x1b[" + std::to_string(colour) + "m" + text + "\x1b[0m";
 }
 
@@ -81,7 +85,7 @@ void Complain(const std::string& text) {
   Print(Coloured(WithoutNewline(text), kRed, stderr), stderr);
 }
 
-Progress::Progress(size_t steps) : steps_(steps), terminal_(isatty(STDOUT_FILENO) != 0) {}
+Progress::Progress(size_t steps) : steps_(steps), terminal_(IsTerminal(stdout)) {}
 
 Progress::~Progress() {
   if (terminal_ && begun_ > 0) Say("");

@@ -277,11 +277,11 @@ void RunSetup(std::string system_dir, Log& log) {
   int status =
       TEVInsLaunchExe(system_dir.data(), "Setup", program.data(), arguments.data(), &message);
   log.Write(message.ConvertToChar());
-  if (status != 1) Say(message.ConvertToChar());
+  if (status != 1) Complain(message.ConvertToChar());
   if (TEVInsNeedQDNUpdate(system_dir.data()) == 0) return;
   status = TEVInsQDNUpdate(system_dir.data(), &message, nullptr);
   log.Write(message.ConvertToChar());
-  if (status != 1) Say(message.ConvertToChar());
+  if (status != 1) Complain(message.ConvertToChar());
 }
 
 /// Shows what the target holds now.
@@ -322,7 +322,7 @@ Plan MakePlan(const Options& options, std::vector<Medium> opened) {
 void Finish(const Plan& plan, const Options& options, Log& log) {
   const std::string& target = plan.request.target;
   const bool products = plan.media.front().kind == MediumKind::kProducts;
-  if (products) RegisterPorts(plan.ports, SystemDir(plan.media.front(), target));
+  if (products) RegisterPorts(plan.ports, SystemDir(plan.media.front(), target), log);
   if (options.Has("satellite")) InstallSatellite(options.Text("satellite"), target);
   // What an earlier try may have left.
   for (const char* name : {"/ErrorTar.log", "/TEVInsErrorTransfer.log"}) {
@@ -365,6 +365,12 @@ void Check(const Options& options) {
   const std::string target = TargetPath(options.words()[2]);
   std::vector<Medium> media = OpenMedium(MediumPath(options.words()[1]), options.Text("os"));
   if (IsUpdate(media.front().kind)) return CheckUpdate(options);
+  for (const Medium& medium : media) {
+    const bool unfinished = TEVFileAccess(Unfinished(medium, target).c_str(), 0) == 0;
+    if (unfinished && HasFragment(SystemDir(medium, target))) {
+      return TellInterrupted(medium, target);
+    }
+  }
   const Plan plan = MakePlan(options, std::move(media));
   for (const Medium& medium : plan.media) {
     Say(medium.dir + " may be installed in " + SystemDir(medium, target) + ".");

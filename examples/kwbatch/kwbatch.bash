@@ -2,26 +2,39 @@
 # shellcheck shell=bash
 
 _kwbatch() {
-  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-  local program=${COMP_WORDS[0]} commands options i
+  local program=${COMP_WORDS[0]} word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
+  local commands help command='' i
+  # "--option=value" comes as three words.
+  if [[ $word == = ]]; then
+    word=''
+  elif [[ $before == = ]]; then
+    before=${COMP_WORDS[COMP_CWORD - 2]}
+  fi
   COMPREPLY=()
   commands=$("$program" --help 2>/dev/null | sed -n '/^Commands:/,/^$/s/^  \([a-z-]*\) .*/\1/p')
   for ((i = 1; i < COMP_CWORD; i++)); do
-    if [[ $'\n'$commands$'\n' == *$'\n'${COMP_WORDS[i]}$'\n'* ]]; then break; fi
+    if grep -qxF -e "${COMP_WORDS[i]}" <<<"$commands"; then command=${COMP_WORDS[i]}; fi
   done
-  options=$("$program" ${COMP_WORDS[i]:+"${COMP_WORDS[i]}"} --help 2>/dev/null)
+  help=$("$program" ${command:+"$command"} --help 2>/dev/null)
   if [[ $before == --languages ]]; then
-    mapfile -t COMPREPLY < <(compgen -W 'all none French German Italian Japanese Simplified_Chinese
-      Korean' -- "$word")
-  elif [[ $before == --* && $options == *"  $before "[A-Z]* ]]; then
-    # A value: for the most part a file or a directory, which bash completes by itself.
+    local chosen=''
+    if [[ $word == *,* ]]; then chosen=${word%,*},; fi
+    mapfile -t COMPREPLY < <(compgen -P "$chosen" -W 'all none French German Italian Japanese
+      Simplified_Chinese Korean' -- "${word##*,}")
+  elif [[ $before == --* && $help =~ "  $before "(DIR|FILE|MEDIUM)" " ]]; then
+    mapfile -t COMPREPLY < <(compgen -f -- "$word")
+    compopt -o filenames 2>/dev/null
+  elif [[ $before == --* && $help == *"  $before "[A-Z]* ]]; then
     return
   elif [[ $word == -* ]]; then
-    options=$(sed -nE 's|^  (-h,)?(--[a-z0-9-]+) .*|\2|p' <<<"$options")
-    mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
-  elif ((i == COMP_CWORD)); then
+    mapfile -t COMPREPLY < <(compgen -W \
+      "$(sed -nE 's/^  (-h,)?(--[a-z0-9-]+) .*/\2/p' <<<"$help")" -- "$word")
+  elif [[ -z $command ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$word")
+  else
+    mapfile -t COMPREPLY < <(compgen -f -- "$word")
+    compopt -o filenames 2>/dev/null
   fi
 }
 
-complete -o default -F _kwbatch kwbatch
+complete -F _kwbatch kwbatch

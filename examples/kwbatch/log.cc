@@ -20,9 +20,11 @@ void Log::OpenUsual(const std::string& header) {
   TEVUnicodeString text = header.c_str();
   TEVUnicodeString message;
   if (log_.OpenLogFile(text, message) != 0) throw Refused(message);
+  RequirePlainPath("log", log_.GetLogFileName());
 }
 
 void Log::OpenFile(const std::string& path, const std::string& header) {
+  RequirePlainPath("log", path);
   std::string directory = fs::absolute(path).parent_path();
   TEVUnicodeString message;
   if (log_.OpenLogFile(directory.data(), message) != 1) throw Refused(message);

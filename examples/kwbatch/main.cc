@@ -60,10 +60,10 @@ const std::vector<Command>& Commands() {
       {"tasks",
        {"TARGET"},
        ListTasks,
-       "list the programs that run from TARGET",
-       "  kwbatch tasks /opt/suite/aix_a --stop\n"},
+       "list the programs whose command line names TARGET",
+       "  kwbatch tasks /opt/suite --stop\n"},
       {"environment",
-       {"TARGET", "CONFIG"},
+       {"SYSTEM", "CONFIG"},
        PrintEnvironment,
        "print the path of the environment file that a configuration uses",
        "  kwbatch environment /opt/suite/aix_a Suite.R12\n"},
@@ -74,6 +74,7 @@ const std::vector<Command>& Commands() {
 /// Puts the library into its development mode: system files and log come from `dir`.
 /// Missing files of the system are made there as copies.
 void UseScratch(const std::string& dir) {
+  RequirePlainPath("directory", dir);
   if (!fs::is_directory(dir)) throw Refusal("The directory " + dir + " does not exist.\n");
   for (const std::string name : {"services", "inetd.conf"}) {
     std::error_code ignored;

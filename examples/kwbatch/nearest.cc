@@ -23,14 +23,17 @@ size_t EditDistance(const std::string& one, const std::string& other) {
 
 }  // namespace
 
-std::string DidYouMean(const std::string& word, const std::vector<std::string>& candidates) {
+std::string DidYouMean(const std::string& prefix, const std::string& word,
+                       const std::vector<std::string>& candidates) {
+  constexpr size_t kTelling = 3;  // so many letters of a name say which is meant
   const std::string* nearest = nullptr;
-  size_t least = std::max<size_t>(2, word.size() / 3) + 1;
+  size_t least = std::max<size_t>(1, word.size() / 3) + 1;
   for (const std::string& candidate : candidates) {
-    const size_t distance = EditDistance(word, candidate);
+    const bool part = word.size() >= kTelling && candidate.find(word) != std::string::npos;
+    const size_t distance = part ? 0 : EditDistance(word, candidate);
     if (distance >= least) continue;
     least = distance;
     nearest = &candidate;
   }
-  return nearest == nullptr ? "" : "; did you mean " + *nearest + "?";
+  return nearest == nullptr ? "" : "; did you mean " + prefix + *nearest + "?";
 }

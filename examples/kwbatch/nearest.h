@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
-/// "; did you mean ...?" with the candidate that is next to the word, or nothing when none is near.
-std::string DidYouMean(const std::string& word, const std::vector<std::string>& candidates);
+/// "; did you mean ...?" with the candidate that is next to the word and `prefix` before it, or
+/// nothing when none is near.
+std::string DidYouMean(const std::string& prefix, const std::string& word,
+                       const std::vector<std::string>& candidates);
 
 #endif  // KWBATCH_NEAREST_H_

@@ -7,8 +7,9 @@
 /// An option that a command line or a file of answers may give.
 struct OptionSpec {
   const char* name;   ///< without the dashes
-  const char* value;  ///< what its value is; null for an option without one
+  const char* value;  ///< what its value is, "N" for a number; null for an option without one
   const char* help;
+  const char* needs = nullptr;  ///< the option without which it means nothing
 };
 
 /// Options that the help shows together, and the commands that take them.

@@ -13,41 +13,45 @@ namespace {
 
 constexpr const char* kExitStatus = "Exit status: 0 done, 1 refused or failed, 2 wrong usage.";
 
-/// Gives `app` the options of a group.
-void AddGroup(CLI::App* app, const OptionGroup& group, OptionValues& values) {
+/// What a command line gives, as CLI11 stores it.
+struct CommandLine {
+  std::vector<std::string> words;  ///< behind the command
+  OptionValues values;
+  std::string answers;       ///< the file of answers to read
+  std::string save_answers;  ///< the one to write
+};
+
+template <typename Store>
+CLI::Option* AddText(CLI::App* app, const std::string& name, const char* value, const char* help,
+                     Store store) {
+  const auto checked = [name, store](const std::string& text) {
+    if (text.empty() || text.rfind("--", 0) == 0) throw CLI::ValidationError(name, "needs a value");
+    store(text);
+  };
+  return app->add_option_function<std::string>(name, checked, help)->type_name(value)->take_last();
+}
+
+void AddGroup(CLI::App* app, const OptionGroup& group, CommandLine& line) {
   for (const OptionSpec& option : group.options) {
     const std::string name = option.name;
-    if (option.value == nullptr) {
-      app->add_flag_callback(
-             "--" + name, [&values, name] { values[name] = ""; }, option.help)
-          ->group(group.title);
-      continue;
-    }
-    const auto store = [&values, name](const std::string& text) {
-      if (text.empty()) throw CLI::ValidationError("--" + name, "needs a value");
-      values[name] = text;
-    };
-    app->add_option_function<std::string>("--" + name, store, option.help)
-        ->type_name(option.value)
-        ->group(group.title)
-        ->take_last();
+    const auto store = [&line, name](const std::string& text) { line.values[name] = text; };
+    CLI::Option* added =
+        option.value != nullptr
+            ? AddText(app, "--" + name, option.value, option.help, store)
+            : app->add_flag_function(
+                  "--" + name, [store](int64_t times) { store(times > 0 ? "yes" : "no"); },
+                  option.help);
+    added->group(group.title);
   }
 }
 
-/// Options about files of answers, which such a file cannot give.
-struct AnswerFiles {
-  std::string read;
-  std::string save;
-
-  void AddTo(CLI::App* app) {
-    app->add_option("--answers", read, "take the options that are not given from this ini file")
-        ->type_name("FILE")
-        ->take_last();
-    app->add_option("--save-answers", save, "write the options to this ini file before all else")
-        ->type_name("FILE")
-        ->take_last();
-  }
-};
+/// The options that a file of answers cannot give.
+void AddAnswerFiles(CLI::App* app, CommandLine& line) {
+  AddText(app, "--answers", "FILE", "take the options that are not given from this ini file",
+          [&line](const std::string& text) { line.answers = text; });
+  AddText(app, "--save-answers", "FILE", "write the options to this ini file before all else",
+          [&line](const std::string& text) { line.save_answers = text; });
+}
 
 void SetWording(CLI::App& app) {
   app.set_help_flag("-h,--help", "print this help");
@@ -61,73 +65,91 @@ void SetWording(CLI::App& app) {
 const char* HelpForWord(const std::string& word) {
   if (word == "MEDIUM") return "directory with the table of contents and the archives";
   if (word == "TARGET") return "directory of the installation";
+  if (word == "SYSTEM") return "directory of one operating system in the installation";
   return "name of a configuration";
 }
 
-void AddCommand(CLI::App& app, const Command& command, std::vector<std::string>& words,
-                OptionValues& values, AnswerFiles& answer_files) {
+void AddCommand(CLI::App& app, const Command& command, CommandLine& line) {
   CLI::App* sub = app.add_subcommand(command.name, command.help)->group("Commands");
   for (const char* word : command.words) {
-    const auto store = [&words](const std::string& text) { words.push_back(text); };
+    const auto store = [&line](const std::string& text) { line.words.push_back(text); };
     sub->add_option_function<std::string>(word, store, HelpForWord(word))
         ->required()
         ->type_name("");
   }
   for (const OptionGroup& group : OptionGroups()) {
-    if (group.IsFor(command.name)) AddGroup(sub, group, values);
+    if (group.IsFor(command.name)) AddGroup(sub, group, line);
   }
-  answer_files.AddTo(sub);
+  AddAnswerFiles(sub, line);
   sub->footer(std::string("Examples:\n") + command.examples + "\n" + kExitStatus);
 }
 
-/// The names of all options and commands that are known where `app` stands.
-std::vector<std::string> KnownTo(const CLI::App& app, bool options) {
+void AddCommands(CLI::App& app, const std::vector<Command>& commands, CommandLine& line) {
+  SetWording(app);
+  app.allow_extras()->require_subcommand(1);
+  app.set_version_flag("--version", "kwbatch " KWBATCH_VERSION, "print the version");
+  app.footer(std::string("kwbatch COMMAND --help shows what a command takes.\n") + kExitStatus);
+  AddGroup(&app, OptionGroups().front(), line);
+  AddAnswerFiles(&app, line);
+  for (const Command& command : commands) AddCommand(app, command, line);
+}
+
+/// Throws a UsageError for an option that is not there, or not for this command.
+void RejectOption(const std::string& name, const CLI::App* command) {
+  const std::string no_option =
+      (command == nullptr ? "there is" : command->get_name() + " has") + " no option --" + name;
   std::vector<std::string> known;
-  if (!options) {
-    for (const CLI::App* sub : app.get_subcommands({})) known.push_back(sub->get_name());
-    return known;
+  std::string takers;
+  for (const OptionGroup& group : OptionGroups()) {
+    const bool taken = command != nullptr && group.IsFor(command->get_name());
+    for (const OptionSpec& option : group.options) {
+      if (taken || command == nullptr) known.emplace_back(option.name);
+      if (option.name != name) continue;
+      if (taken) throw UsageError("--" + name + " must stand behind " + command->get_name());
+      for (const std::string& taker : group.commands) takers += " " + taker;
+    }
   }
-  for (const CLI::Option* option : app.get_options()) {
-    if (!option->get_lnames().empty()) known.push_back("--" + option->get_lnames().front());
-  }
-  return known;
+  if (!takers.empty()) throw UsageError(no_option + "; these have it:" + takers);
+  throw UsageError(no_option + DidYouMean("--", name, known));
 }
 
 /// Throws a UsageError for the first option, or else the first word, that CLI11 had no use for.
 void RejectUnknown(const CLI::App& app) {
   const std::vector<CLI::App*> chosen = app.get_subcommands();
-  const CLI::App& where = chosen.empty() ? app : *chosen.front();
-  const std::vector<std::string> unknown = app.remaining(true);
-  if (unknown.empty()) return;
-  const auto option = std::find_if(unknown.begin(), unknown.end(), [](const std::string& text) {
-    return text.size() > 1 && text[0] == '-';
-  });
-  if (option != unknown.end()) {
-    const std::string name = option->substr(0, option->find('='));
-    const std::string of = chosen.empty() ? "" : where.get_name() + " has ";
-    throw UsageError(of + "no option " + name + DidYouMean(name, KnownTo(where, true)));
+  const CLI::App* command = chosen.empty() ? nullptr : chosen.front();
+  std::string word;
+  for (const std::string& text : app.remaining(true)) {
+    if (text == "--") continue;
+    if (text.rfind("--", 0) == 0) RejectOption(text.substr(2, text.find('=') - 2), command);
+    if (word.empty()) word = text;
   }
-  if (!chosen.empty())
-    throw UsageError(where.get_name() + " has no use for \"" + unknown[0] + "\"");
-  throw UsageError("no command \"" + unknown[0] + "\"" +
-                   DidYouMean(unknown[0], KnownTo(where, false)));
+  if (word.empty()) return;
+  if (command != nullptr) {
+    throw UsageError(command->get_name() + " has no use for \"" + word + "\"");
+  }
+  std::vector<std::string> known;
+  for (const CLI::App* sub : app.get_subcommands({})) known.push_back(sub->get_name());
+  throw UsageError("no command \"" + word + "\"" + DidYouMean("", word, known));
+}
+
+/// CLI11 would take the next word for the value of "--option=".
+void RejectEmptyValues(int count, char** arguments) {
+  for (int i = 1; i < count; ++i) {
+    const std::string text = arguments[i];
+    if (text.rfind("--", 0) == 0 && text.find('=') == text.size() - 1) {
+      throw UsageError(text.substr(0, text.size() - 1) + " needs a value");
+    }
+  }
 }
 
 }  // namespace
 
 std::optional<Options> Options::Parse(int count, char** arguments,
                                       const std::vector<Command>& commands) {
+  CommandLine line;
   CLI::App app("Installs media of the suite without questions.", "kwbatch");
-  SetWording(app);
-  app.allow_extras()->require_subcommand(1);
-  app.set_version_flag("--version", "kwbatch " KWBATCH_VERSION, "print the version");
-  app.footer(std::string("kwbatch COMMAND --help shows what a command takes.\n") + kExitStatus);
-  std::vector<std::string> words;
-  OptionValues values;
-  AnswerFiles answer_files;
-  AddGroup(&app, OptionGroups().front(), values);
-  answer_files.AddTo(&app);
-  for (const Command& command : commands) AddCommand(app, command, words, values, answer_files);
+  AddCommands(app, commands, line);
+  RejectEmptyValues(count, arguments);
   try {
     app.parse(count, arguments);
   } catch (const CLI::Success& asked) {
@@ -142,11 +164,30 @@ std::optional<Options> Options::Parse(int count, char** arguments,
   const std::string name = app.get_subcommands().front()->get_name();
   Options options(&*std::find_if(commands.begin(), commands.end(),
                                  [&name](const Command& command) { return command.name == name; }));
-  options.words_.insert(options.words_.end(), words.begin(), words.end());
-  options.values_ = std::move(values);
-  if (!answer_files.read.empty()) options.values_.merge(ReadAnswers(answer_files.read, name));
-  if (!answer_files.save.empty()) SaveAnswers(answer_files.save, options.values_);
+  options.words_.insert(options.words_.end(), line.words.begin(), line.words.end());
+  if (!line.answers.empty()) line.values.merge(ReadAnswers(line.answers, name));
+  options.Take(line.values);
+  if (!line.save_answers.empty()) SaveAnswers(line.save_answers, name, options.values_);
   return options;
+}
+
+void Options::Take(const std::map<std::string, std::string>& values) {
+  for (const OptionGroup& group : OptionGroups()) {
+    for (const OptionSpec& option : group.options) {
+      const auto value = values.find(option.name);
+      if (value == values.end()) continue;
+      const bool is_no = option.value == nullptr && value->second == "no";
+      if (!is_no) values_.insert(*value);
+    }
+  }
+  for (const OptionGroup& group : OptionGroups()) {
+    for (const OptionSpec& option : group.options) {
+      if (!Has(option.name)) continue;
+      if (option.value != nullptr && std::string(option.value) == "N") Number(option.name, 0);
+      if (option.needs == nullptr || Has(option.needs)) continue;
+      throw UsageError(std::string("--") + option.name + " needs --" + option.needs);
+    }
+  }
 }
 
 std::string Options::Text(const std::string& name) const {
@@ -163,10 +204,4 @@ int Options::Number(const std::string& name, int otherwise) const {
     throw UsageError("--" + name + " needs a number, not \"" + text + "\"");
   }
   return number;
-}
-
-void Options::RequireWith(const std::string& lead, const std::vector<std::string>& others) const {
-  for (const std::string& other : others) {
-    if (Has(other) && !Has(lead)) throw UsageError("--" + other + " needs --" + lead);
-  }
 }

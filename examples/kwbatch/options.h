@@ -39,10 +39,6 @@ class Options {
   /// The number that an option has for its value, or `otherwise`. Throws a UsageError.
   int Number(const std::string& name, int otherwise) const;
 
-  /// Throws a UsageError when one of the `others` was given without the option `lead`, without
-  /// which it means nothing.
-  void RequireWith(const std::string& lead, const std::vector<std::string>& others) const;
-
   /// The command's name and the words behind it.
   const std::vector<std::string>& words() const { return words_; }
 
@@ -50,6 +46,10 @@ class Options {
 
  private:
   explicit Options(const Command* command) : command_(command), words_{command->name} {}
+
+  /// Takes the values, a flag's "no" left out. Throws a UsageError for one that is no number where
+  /// it must be, or means nothing without another option.
+  void Take(const std::map<std::string, std::string>& values);
 
   const Command* command_;
   std::vector<std::string> words_;

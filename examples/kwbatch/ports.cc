@@ -94,12 +94,16 @@ Ports ChoosePorts(const Options& options) {
   const bool replaced = ports.run != wanted.run || ports.bulletin_board != wanted.bulletin_board ||
                         ports.broker != wanted.broker;
   if (status == -1 || !replaced) throw Refused(message);
-  Say(message.ConvertToChar());
+  Complain(message.ConvertToChar());
   return ports;
 }
 
-void RegisterPorts(const Ports& ports, const std::string& system_dir) {
+void RegisterPorts(const Ports& ports, const std::string& system_dir, Log& log) {
   if (ports.run == 0) return;
+  const auto tell = [&log](const std::string& text) {
+    Say(text);
+    log.Write(text + "\n");
+  };
   TEVUnicodeString message;
   std::string services = SystemFile("services");
   if (UpdateNewPorts(ports.bulletin_board, ports.run, ports.broker, services.data(), &message) !=
@@ -107,16 +111,16 @@ void RegisterPorts(const Ports& ports, const std::string& system_dir) {
     throw Refused(message);
   }
   Say(message.ConvertToChar());
-  Say("  morvelk7bb " + std::to_string(ports.bulletin_board) + ", morvelk7run " +
-      std::to_string(ports.run) + ", TEVDeviceBroker " + std::to_string(ports.broker));
+  tell("  morvelk7bb " + std::to_string(ports.bulletin_board) + ", morvelk7run " +
+       std::to_string(ports.run) + ", TEVDeviceBroker " + std::to_string(ports.broker));
   if (!Exists(SystemFile("inetd.conf"))) {
-    Say("There is no inetd on this machine, so the daemon is not registered.");
+    tell("There is no inetd on this machine, so the daemon is not registered.");
     return;
   }
   if (!NeedsDaemon(system_dir)) return;
   if (UpdateDemon(DaemonOf(system_dir).data(), &message) != 1) throw Refused(message);
   Say(message.ConvertToChar());
-  Say("  morvelk7run " + DaemonOf(system_dir));
+  tell("  morvelk7run " + DaemonOf(system_dir));
 }
 
 void TellRegistration(const Ports& ports, const std::string& system_dir) {
@@ -132,13 +136,6 @@ void TellRegistration(const Ports& ports, const std::string& system_dir) {
 
 void ExportPortSettings(const Options& options) {
   TEVUnicodeString message;
-  options.RequireWith("orb-port", {"orb-base", "orb-range", "orb-boot"});
-  options.RequireWith(
-      "metasearch-server",
-      {"metasearch-port", "metasearch-snapshots-port", "metasearch-mail-server",
-       "metasearch-mail-port", "metasearch-proxy-host", "metasearch-proxy-port",
-       "metasearch-proxy-login", "metasearch-proxy-password", "metasearch-proxy-domains",
-       "metasearch-email", "metasearch-time", "metasearch-language"});
   if (options.Has("orb-port")) {
     const int port = options.Number("orb-port", 0);
     const int base = options.Number("orb-base", port + 1);
@@ -152,7 +149,10 @@ void ExportPortSettings(const Options& options) {
     std::vector<std::string> texts;
     texts.reserve(16);
     MetaSearchData data = MetaSearchSettings(options, texts);
-    if (TEVInsCheckMetasearch(&data, &message) != 1) throw Refused(message);
+    if (TEVInsCheckMetasearch(&data, &message) != 1) {
+      const bool told = message.ConvertToChar()[0] != '\0';
+      throw told ? Refused(message) : Refusal("A value of --metasearch-... is too long.\n");
+    }
   }
 }
 

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "log.h"
 #include "options.h"
 
 /// The product's ports. One that is 0 is left alone.
@@ -17,9 +18,9 @@ struct Ports {
 /// registered already and no option asks for others. Throws a Refusal.
 Ports ChoosePorts(const Options& options);
 
-/// Registers the ports, and the daemon of the system directory, in the system's files, and says
-/// what has changed. Throws a Refusal.
-void RegisterPorts(const Ports& ports, const std::string& system_dir);
+/// Registers the ports, and the daemon of the system directory, in the system's files; says and
+/// logs what has changed. Throws a Refusal.
+void RegisterPorts(const Ports& ports, const std::string& system_dir, Log& log);
 
 /// Says what RegisterPorts would change.
 void TellRegistration(const Ports& ports, const std::string& system_dir);

@@ -360,7 +360,7 @@ void RunPostInstall(const Pack& pack, Log& log) {
   std::string suffix = pack.journal.pack;
   std::string system_dir = pack.system_dir;
   if (TEVInsSPK(suffix.data(), system_dir.data(), log.get()->GetLogFileName()) != 0) {
-    Say("A post-install program has failed: see the log.");
+    Complain("A post-install program has failed: see the log.");
   }
   // The list has served its purpose.
   Delete(pack.Control("CAFPost.list"));
@@ -414,6 +414,10 @@ void CheckUpdate(const Options& options) {
   const std::string target = TargetPath(options.words()[2]);
   const std::vector<Medium> media = OpenMedium(MediumPath(options.words()[1]), options.Text("os"));
   const bool hot_fix = media.front().kind == MediumKind::kHotFix;
+  const std::string system_dir = SystemDir(media.front(), target);
+  if (media.size() == 1 && Journal::Read(system_dir) && HasFragment(system_dir)) {
+    return TellInterrupted(media.front(), target);
+  }
   const Medium medium = OpenInstallable(options, hot_fix, target);
   if (hot_fix) {
     NameOf(medium);

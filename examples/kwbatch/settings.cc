@@ -50,9 +50,6 @@ void ExportJava(const Options& options) {
 }  // namespace
 
 void ExportSettings(const Options& options) {
-  options.RequireWith("k6", {"k6-library"});
-  options.RequireWith("tck-server", {"tck-mode", "tck-port", "tck-boot"});
-  options.RequireWith("information-path", {"information-env-path", "information-env"});
   TEVUnicodeString message;
   Require(ExportDataDirectories(OptionText(options, "metasearch-path").get(),
                                 OptionText(options, "workbook-path").get(),

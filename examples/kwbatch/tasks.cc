@@ -7,6 +7,7 @@
 
 void ListTasks(const Options& options) {
   const std::string target = TargetPath(options.words()[1]);
+  RequireTree(target);
   TEVInsTaskList tasks;
   tasks.TEVInsCheckOrbixReboot(target.c_str());
   tasks.TEVInsCheckTask(target.c_str(), nullptr);
@@ -14,7 +15,7 @@ void ListTasks(const Options& options) {
   int count = 0;
   tasks.TEVInsGetListTask(&commands, &count);
   for (int i = 0; i < count; ++i) Show(commands[i]);
-  Say(std::to_string(count) + " tasks run from " + target + ".");
+  Say("Tasks that run from " + target + ": " + std::to_string(count));
   if (options.Has("stop") && count > 0) {
     tasks.TEVInsKillTask();
     Say("They were sent the termination signal.");

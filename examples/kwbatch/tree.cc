@@ -14,6 +14,11 @@ namespace {
 
 bool IsTable(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 0; }
 
+std::string TableText(const std::string& system_dir) {
+  std::ifstream file(system_dir + "/control/PRESENT", std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
 }  // namespace
 
 bool IsSdk(const Medium& medium) {
@@ -55,7 +60,8 @@ std::vector<std::string> SystemDirs(const Options& options, const std::string& t
   }
   const bool sdk = systems.empty() && IsTable(target + "/control/PRESENT");
   if (sdk && !options.Has("os")) dirs.push_back(target);
-  if (dirs.empty()) throw Refusal("Nothing is installed in " + target + ".\n");
+  const std::string what = options.Has("os") ? "Nothing for " + options.Text("os") : "Nothing";
+  if (dirs.empty()) throw Refusal(what + " is installed in " + target + ".\n");
   return dirs;
 }
 
@@ -70,6 +76,11 @@ std::string InstalledSystem(const std::string& target) {
   return "";
 }
 
+void RequireTree(const std::string& dir) {
+  if (IsTable(dir + "/control/PRESENT") || !InstalledSystem(dir).empty()) return;
+  throw Refusal("Nothing is installed in " + dir + ".\n");
+}
+
 std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir) {
   if (TEVFileAccess(system_dir.c_str(), 0) != 0) return nullptr;
   std::string path = system_dir;
@@ -82,11 +93,20 @@ std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir) {
   return owned->GetNbToc() > 0 ? std::move(owned) : nullptr;
 }
 
+void TellInterrupted(const Medium& medium, const std::string& target) {
+  Say("The installation of " + medium.dir + " in " + SystemDir(medium, target) +
+      " was interrupted, and may be taken up again.");
+}
+
+bool HasFragment(const std::string& system_dir) {
+  const std::string text = TableText(system_dir);
+  return !text.empty() && text.back() != '\n';
+}
+
 void CutFragment(const std::string& system_dir, int64_t before) {
+  if (!HasFragment(system_dir)) return;
   const std::string present = system_dir + "/control/PRESENT";
-  std::ifstream file(present, std::ios::binary);
-  const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-  if (text.empty() || text.back() == '\n') return;
+  const std::string text = TableText(system_dir);
   const size_t whole = text.rfind('\n') == std::string::npos ? 0 : text.rfind('\n') + 1;
   // The table may have had no newline at its end before.
   const auto size = static_cast<size_t>(before);
@@ -100,7 +120,8 @@ std::string CodeTreeFor(const Medium& medium, const std::string& target, const s
   std::string dir = target;
   char code_tree[1024] = "";
   if (TEVInsGetCodeDir(dir.data(), code_tree) != 1 || code_tree[0] == '\0') {
-    throw Refusal("The SDK in " + target + " names no code: give its tree with --code.\n");
+    throw Refusal("The SDK in " + target + " names no code" +
+                  (IsUpdate(medium.kind) ? ".\n" : ": give its tree with --code.\n"));
   }
   return TargetPath(code_tree);
 }

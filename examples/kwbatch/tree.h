@@ -35,6 +35,15 @@ std::string InstalledSystem(const std::string& target);
 /// Opens the table of a system directory; null when there is nothing. Throws a Refusal.
 std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir);
 
+/// Throws a Refusal unless something is installed in a target or a system directory.
+void RequireTree(const std::string& dir);
+
+/// Has an append to the table of a system directory been interrupted?
+bool HasFragment(const std::string& system_dir);
+
+/// Says that an interrupted run of the medium may be taken up again.
+void TellInterrupted(const Medium& medium, const std::string& target);
+
 /// Cuts off what an append that was interrupted has left at the end of the table of a system
 /// directory, which had `before` bytes (0 when that is not known).
 void CutFragment(const std::string& system_dir, int64_t before);
