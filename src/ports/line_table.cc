@@ -26,6 +26,11 @@ bool KeepOwnerAndMode(int descriptor, const struct stat& origin) {
   return fchmod(descriptor, origin.st_mode & 07777) == 0;
 }
 
+/// EOF when it cannot be read.
+int LastCharacter(std::FILE* file) {
+  return std::fseek(file, -1, SEEK_END) == 0 ? std::getc(file) : EOF;
+}
+
 }  // namespace
 
 std::optional<std::string> SystemFile(const std::string& name) {
@@ -61,10 +66,9 @@ bool AppendAndClose(InputFile file, const std::string& path, const std::string& 
   struct stat before {};
   bool stored = fstat(fileno(stream), &before) == 0;
   if (stored && !lines.empty()) {
-    // In an empty file there is no last character to go to.
-    const bool open_end = std::fseek(stream, -1, SEEK_END) == 0 && std::getc(stream) != '\n';
-    const std::string text = (open_end ? "\n" : "") + lines;
-    stored = std::fseek(stream, 0, SEEK_END) == 0 &&
+    const int last = before.st_size == 0 ? '\n' : LastCharacter(stream);
+    const std::string text = (last == '\n' ? "" : "\n") + lines;
+    stored = last != EOF && std::fseek(stream, 0, SEEK_END) == 0 &&
              std::fwrite(text.data(), 1, text.size(), stream) == text.size();
   }
   stored = TEVFClose(stream) == 0 && stored;
