@@ -86,8 +86,7 @@ LineTable::LineTable(size_t lines)
 LineTable::~LineTable() { ::operator delete(text_); }
 
 bool LineTable::Read(std::FILE* file, const std::vector<Replacement>& replacements) {
-  if (fstat(fileno(file), &origin_) != 0) return false;
-  std::rewind(file);
+  if (fstat(fileno(file), &origin_) != 0 || std::fseek(file, 0, SEEK_SET) != 0) return false;
   bool fits = true;
   const bool read = ForEachPiece(file, [&](std::string_view piece) {
     const auto match =
