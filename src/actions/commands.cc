@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <string>
 
 #include "kwinstutil/actions.h"
@@ -22,24 +23,21 @@ bool WriteLine(const char* path, const char* text) {
   return TEVFClose(file) == 0 && written;
 }
 
-/// The length of a regular file, a symbolic link followed, or -1.
-off_t LengthOf(const char* path) {
-  struct stat info {};
-  return stat(path, &info) == 0 && S_ISREG(info.st_mode) ? info.st_size : -1;
-}
-
 /// Appends to the file `to` with `command`. When that fails, as on a full disk, `to` is cut back to
 /// its former length, or removed if it is new. False on failure.
 bool AppendWhole(const std::string& command, const char* to) {
-  const bool is_new = TEVFileAccess(to, 0) != 0;
-  const off_t before = LengthOf(to);
+  struct stat before {};
+  const bool exists = stat(to, &before) == 0;
+  // What cannot be looked at is not new, and could not be cut back.
+  if (!exists && errno != ENOENT) return false;
   if (kwinst::RunShell(command) == 0) return true;
 
-  if (is_new) {
+  struct stat after {};
+  if (!exists) {
     TEVDeleteFile(to);
-  } else if (before != -1 && LengthOf(to) > before) {
+  } else if (stat(to, &after) == 0 && S_ISREG(after.st_mode) && after.st_size > before.st_size) {
     // Nothing is left to be done for a file that cannot be cut back.
-    [[maybe_unused]] const int cut = truncate(to, before);
+    [[maybe_unused]] const int cut = truncate(to, before.st_size);
   }
   return false;
 }
