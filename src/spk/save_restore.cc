@@ -25,10 +25,12 @@ std::string TempDir() {
   return path;
 }
 
-/// Links are not followed: one that leads nowhere exists.
+/// Links are not followed: one that leads nowhere exists. So does what cannot be looked at, as long
+/// as it may be there: to pass it over would leave it to the service pack.
 bool Exists(const std::string& path) {
   TEVFileInfo info;
-  return TEVGetFileInfo(path.c_str(), &info) == 0;
+  if (TEVGetFileInfo(path.c_str(), &info) == 0) return true;
+  return errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG && errno != ELOOP;
 }
 
 /// The service pack's control file in the temporary directory. It is deleted in the end.
