@@ -1,6 +1,7 @@
 #include <kb0core/TEVFile.h>
 
 #include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -92,13 +93,13 @@ template <typename Function>
 int RenameListedFiles(const UnpackedControlFile& control, TEVUnicodeString& message,
                       Function renaming) {
   const MessageFrame frame;
-  const kwinst::InputFile file = kwinst::OpenForReading(control.path().c_str());
-  if (file == nullptr) {
-    const int error = errno;
+  const auto cannot_read = [&](int error) {
     message =
         frame.Build("ErrWndOpenControlFile.Text", {control.path().c_str(), kwinst::Number(error)});
     return -1;
-  }
+  };
+  const kwinst::InputFile file = kwinst::OpenForReading(control.path().c_str());
+  if (file == nullptr) return cannot_read(errno);
   int status = 0;
   kwinst::ForEachLine<1024>(file.get(), [&](char* line) {
     const auto [from, to] = renaming(line);
@@ -107,7 +108,7 @@ int RenameListedFiles(const UnpackedControlFile& control, TEVUnicodeString& mess
     status = -1;
     return false;
   });
-  return status;
+  return std::ferror(file.get()) == 0 ? status : cannot_read(errno);
 }
 
 }  // namespace
