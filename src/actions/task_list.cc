@@ -114,8 +114,10 @@ int TEVInsTaskList::TEVInsGetAllProcess() noexcept {
   const kwinst::ShellOutput pipe = kwinst::OpenShell("ps -ef");
   char header[kTextSize];
   if (TEVFGets(header, sizeof header, pipe.get()) != 0 || !MakeRoom()) return 0;
-  kwinst::ForEachLine<kTextSize>(pipe.get(), [this](const char* line) {
-    if (!MakeRoom()) return true;
+  bool room = true;
+  kwinst::ForEachLine<kTextSize>(pipe.get(), [this, &room](const char* line) {
+    room = MakeRoom();
+    if (!room) return false;
     Record& record = records_[record_count_];
     record = {};
     // User, pid, ppid, use, start, terminal, time, command. A start that is printed as two words
@@ -127,6 +129,7 @@ int TEVInsTaskList::TEVInsGetAllProcess() noexcept {
     if (values == 3 && record.pid > 0 && record.pid <= INT_MAX) ++record_count_;
     return true;
   });
+  if (!room) record_count_ = 0;
   return static_cast<int>(record_count_);
 }
 
