@@ -38,8 +38,10 @@ KWINSTUTIL_EXPORT int TEVInsCheckMediaSAT(char* mediaDir, TEVUnicodeString* mess
 ///
 /// Returns
 ///    0  a service pack of the code;
-///    1  a service pack of the SDK part only, or there is no memory to ask (without a message);
-///    4  no service pack ("ErrorNoSPK", no parameter).
+///    1  a service pack of the SDK part only, or there is no memory to ask for one (without a
+///       message);
+///    4  no service pack, or there was no memory to ask for one of the code ("ErrorNoSPK", no
+///       parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckMediaSPK(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 

@@ -59,7 +59,8 @@ KWINSTUTIL_EXPORT int UpdatePorts(int bbPort, int runPort, int brokerPort, char*
 /// are appended and nothing else is touched; otherwise the file is rewritten, also when nothing in
 /// it changes.
 ///
-/// A rewritten file is written as FILE.tmp, then deleted, and FILE.tmp renamed to it.
+/// A rewritten file is written as FILE.tmp, then deleted, and FILE.tmp renamed to it. When the
+/// process is killed in between, FILE.tmp holds all that should be in FILE.
 ///
 /// `message` may be null, and is assigned otherwise. Returns
 ///    1  done ("OKWriteServicesFile": the file);
@@ -77,8 +78,9 @@ KWINSTUTIL_EXPORT int UpdateNewPorts(int bbPort, int runPort, int brokerPort, ch
 /// must exist: in the place of every line of that service, or in an added line.
 ///
 /// A file in which lines are replaced is renamed to its backup FILE.tmp and written anew; then the
-/// backup is deleted. A replacement of more than 1023 characters counts as one that cannot be
-/// written.
+/// backup is deleted. When the process is killed in between, the backup must be renamed back before
+/// the next call, which would take what is left of the file for all of it. A replacement of more
+/// than 1023 characters counts as one that cannot be written.
 ///
 /// `message` is assigned, except when there is no memory. Returns
 ///    1  done ("OKWriteServicesFile": the file);
