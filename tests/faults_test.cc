@@ -1,0 +1,312 @@
+#include <kb0core/TEVMsgCatalog.h>
+#include <kwinstutil/kwinstutil.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <new>
+#include <sstream>
+#include <utility>
+#include <vector>
+
+#include "faulty_run.h"
+#include "fixture.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+[[maybe_unused]] const int kTmp = setenv("TMPDIR", "/tmp", 1);  // where packs are unpacked
+
+/// The number of the allocation that fails, counted down; none when below 1.
+int failing_allocation = 0;
+bool AllocationFails() { return --failing_allocation == 0; }
+
+}  // namespace
+
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+  return AllocationFails() ? nullptr : ::operator new(size);
+}
+void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+  return AllocationFails() ? nullptr : ::operator new[](size);
+}
+extern "C" __attribute__((visibility("default"))) int putenv(char* entry) noexcept {
+  const std::string text = entry, name = text.substr(0, text.find('='));
+  return AllocationFails() ? -1 : setenv(name.c_str(), &text[name.size() + 1], 1);
+}
+
+namespace {
+
+using Tree = std::map<std::string, std::string>;  // the content of each file
+
+/// What a function tells and does. Lists are separated by '|'; files are NAME=CONTENT.
+struct Operation {
+  std::string name, success;
+  std::string failures = "";  ///< none when it tells none
+  std::string before = "";    ///< files that may not be lost
+  std::string after = "";     ///< what a success leaves; the file "*" is all of them together
+  std::string input = "";     ///< files that it needs or writes over
+};
+
+using Function = std::function<int(TEVUnicodeString*)>;
+
+/// The status of a function, and the key of its message.
+std::string Told(const Function& function) {
+  TEVUnicodeString message;
+  const int status = function(&message);
+  const std::string text = message.ConvertToChar();
+  return std::to_string(status) + " " + text.substr(0, text.find('|'));
+}
+
+/// The parts of a list; one without a '=' is both name and content.
+Tree Listed(const std::string& list) {
+  std::istringstream stream(list);
+  Tree tree;
+  for (std::string part; std::getline(stream, part, '|');)
+    tree[part.substr(0, part.find('='))] = part.substr(part.find('=') + 1);
+  return tree;
+}
+
+/// What is in the current directory, and was printed.
+Tree Files() {
+  Tree files;
+  for (const auto& entry : fs::recursive_directory_iterator(".")) {
+    const std::string name = entry.path().string().substr(2);
+    files["*"] += files[name] = entry.is_directory() ? "(directory)" : Read(name);
+  }
+  return files;
+}
+
+bool Holds(const Tree& files, const std::string& expected) {
+  for (const auto& [name, content] : Listed(expected)) {
+    const std::string found = files.count(name) == 0 ? "(no file)" : files.at(name);
+    if (name == "*" ? found.find(content) == std::string::npos : found != content) return false;
+  }
+  return true;
+}
+
+class FaultTest : public Fixture {
+ protected:
+  FaultTest() {
+    for (const char* v : {"VRK_ODT_IN", "VRK_ODT_OUT", "VRK_ODT_TMP"}) SetEnv(v, ".");
+    TEVMsgCatalog::BuildMessage("TEVInstUtil", "", nullptr, 0, "");  // it is read only once
+    fs::current_path(dir_);
+  }
+  ~FaultTest() override { fs::remove_all(medium_); }
+  void SetUp() override {
+    const auto look = [] { return std::to_string(access("/", 0)); };
+    if (FaultyRun(1, EIO, false, look).told != "-1") GTEST_SKIP() << "nothing can be traced here";
+  }
+
+  void Lay(const std::string& files) const {
+    for (const auto& [name, content] : Listed(files)) Write(name, content);
+  }
+  void LayAnew(const std::string& files) const {
+    for (const auto& entry : fs::directory_iterator(dir_)) fs::remove_all(entry);
+    Lay(files);
+  }
+  /// Makes the archive `name` of these files on the medium.
+  void Pack(const std::string& name, const std::string& files) const {
+    LayAnew(files);
+    const std::string tar = "mkdir -p " + medium_ + " && tar -cf " + medium_ + "/" + name + " *";
+    EXPECT_EQ(std::system(tar.c_str()), 0);
+  }
+
+  /// Whole files are there under any name; lines that are added may be there in part.
+  static bool IsKept(const Operation& o, const std::string& name, bool killed) {
+    const Tree left = Files();
+    Tree before = Listed(o.before), after = Listed(o.after);
+    const std::string old = before[name];
+    const bool in_part = killed || after.count(name) == 0;
+    if (in_part && left.count(name) > 0 && left.at(name).compare(0, old.size(), old) == 0)
+      return true;
+    const auto whole = [&](const auto& file) {
+      return file.second == old || (after.count(name) > 0 && file.second == after[name]);
+    };
+    return std::any_of(left.begin(), left.end(), whole);
+  }
+
+  /// Runs a function with a fault, looks at what it leaves, and completes that. False when the call
+  /// was not reached.
+  bool Try(const Operation& o, const Function& function, int call, int effect, bool in_program) {
+    SCOPED_TRACE(o.name + (in_program ? ", call of a program " : ", call ") + std::to_string(call) +
+                 ", effect " + std::to_string(effect));
+    LayAnew(o.before + "|" + o.input);
+    const auto operation = [&] { return Told(function); };
+    const FaultyRun run(call, effect, in_program, operation);
+    const bool killed = effect < 0 && run.told.empty();
+    if (!killed) told_[run.told] = run.told;
+    for (const auto& [name, content] : Listed(o.before))
+      EXPECT_TRUE(IsKept(o, name, killed)) << name << ::testing::PrintToString(Files());
+    if (Holds(Files(), o.after)) return run.reached;
+    EXPECT_TRUE(run.told != o.success || o.failures.empty()) << "no success";
+
+    for (const auto& [name, content] : Listed(o.before))
+      if (const std::string other = name + ".tmp"; Exists(other))
+        if (!Exists(name) || Read(other) == content) fs::rename(other, name);
+    Lay(o.input);
+    const FaultyRun again(0, 0, false, operation);
+    // Half a line is taken for a whole one, or stays beside it.
+    const bool torn = killed && effect == FaultyRun::kTorn;
+    EXPECT_TRUE(torn ? again.told[0] != '-' : again.told == o.success && Holds(Files(), o.after))
+        << "again: " << again.told << ::testing::PrintToString(Files());
+    return run.reached;
+  }
+
+  /// Lets every call of a function go wrong, and some calls, or all, of its programs.
+  void Check(const Operation& o, const Function& function) {
+    LayAnew(o.before + "|" + o.input);
+    EXPECT_EQ(Told(function), o.success);  // and so a sanitizer needs no calls for its caches later
+    const bool all = std::getenv("KWINSTUTIL_ALL_FAULTS") != nullptr;
+    std::vector<int> effects = {EIO, EIO | FaultyRun::kForEver, ENOSPC | FaultyRun::kForEver,
+                                FaultyRun::kKilled, FaultyRun::kTorn};
+    if (all) effects.insert(effects.end(), {EACCES, EMFILE, ENOSPC});
+    int faults = 0;
+    for (const int effect : effects) {
+      for (int call = 1; Try(o, function, call, effect, false); ++call) ++faults;
+      for (int call = 1; Try(o, function, call, effect, true); call += all ? 1 : 40) ++faults;
+    }
+    EXPECT_EQ(std::exchange(told_, {}), Listed(o.success + "|" + o.failures)) << o.name;
+    std::cout << o.name << ": " << faults << " faults\n";
+  }
+
+  /// Lets each allocation fail, from the `n`th. Nothing may have changed then.
+  void CheckMemory(const Operation& o, const Function& function, int n = 1) {
+    LayAnew(o.before);
+    for (;; ++n) {
+      failing_allocation = n;
+      const std::string told = Told(function);
+      const bool failed = failing_allocation <= 0;
+      EXPECT_EQ(told, failed ? o.failures : o.success) << o.name << ", allocation " << n;
+      if (!failed) break;
+      EXPECT_TRUE(Holds(Files(), o.before)) << o.name;
+    }
+    failing_allocation = 0;
+  }
+
+  const std::string medium_ = dir_ + "-medium";
+  Tree told_;
+};
+
+const Function kRenew = [](auto* m) { return UpdateNewPorts(1, 2, 3, CharPath("services"), m); };
+const Function kDemon = [](auto* m) { return UpdateDemon(CharPath("/d"), m); };
+const Function kRay = [](auto* m) { return SatUpdateInet(CharPath("/s"), *m); };
+const std::string kServices = "services=x\nmorvelk7bb\nmorvelk7run\nTEVDeviceBroker";
+const std::string kInetd = "inetd.conf=mi-ray\nx\nmorvelk7run\n";
+const std::string kDone = "1 OKWriteServicesFile";
+
+TEST_F(FaultTest, Services) {
+  const std::string end = "#Brovik Communication ports\n", x = "inetd.conf=x";
+  const std::string added = "services=x\nmorvelk7bb       1/tcp  " + end +
+                            "morvelk7run      2/tcp  " + end + "TEVDeviceBroker 3/tcp  " + end;
+  const std::string renewed = "services=x\nmorvelk7bb       1/tcp   " + end +
+                              "morvelk7run      2/tcp   " + end + "TEVDeviceBroker 3/tcp     " +
+                              end;
+  const std::string demon = "\nmorvelk7run stream tcp nowait root /d  #TEVSysDemon\n";
+  const std::string ray = "inetd.conf=mi-ray stream tcp nowait root /s/ray.sh ray.sh /s\n";
+  const std::string slave = "services=x\nmi-ray          7001/tcp   # Rendering slave\n";
+  const std::string failures = "-1 ErrWndOpenServicesFile|-1 ErrWndWriteServicesFile";
+  const std::string ray_failures =
+      "-2 ErrWndOpenServicesFile|-2 ErrWndWriteServicesFile|-2 ErrWndRenameServicesFile";
+  Check({"UpdatePorts", kDone, failures, "services=x", added},
+        [](auto* m) { return UpdatePorts(1, 2, 3, CharPath("services"), m); });
+  Check({"UpdateNewPorts, adding", kDone, failures, "services=x", added}, kRenew);
+  Check({"UpdateNewPorts", kDone, failures + "|1 KORenameServicesFile", kServices, renewed},
+        kRenew);
+  Check({"UpdateDemon, adding", kDone, failures, x, x + demon}, kDemon);
+  Check({"UpdateDemon", kDone, failures + "|-1 ErrWndRenameServicesFile", kInetd,
+         "inetd.conf=mi-ray\nx" + demon},
+        kDemon);
+  Check({"SatUpdateInet", kDone, ray_failures, kInetd, ray + "x\nmorvelk7run\n"}, kRay);
+  Check({"SatUpdateService", "1 ", "-2 ", "services=x", slave},
+        [](auto* m) { return SatUpdateService(*m); });
+}
+
+TEST_F(FaultTest, Files) {
+  CharPath file("file"), from("from"), to("to"), text("text");
+  const Function update = [&](auto* m) { return TEVInsUpdate(from, to, m); };
+  const std::string pack = "code:PRD:A\ncode:SPK:SP1\ncode:PRD:B\n";
+  const std::string not_updated = "-1 ErrCmdFailed|-1 ErrFileNotExist";
+  Check(
+      {"TEVInsCreateFile", "1 CreateFile_OK", "-1 CreateFile_KO", "", "file=text\n", "file=longer"},
+      [&](auto* m) { return TEVInsCreateFile(file, text, m); });
+  Check({"TEVInsCreateNLSFile", "0 CreateFile_OK", "0 CreateFile_KO", "", "a/NLS.txt=French\n\n",
+         "a/NLS.txt=German\n"},
+        [&](auto* m) { return TEVInsCreateNLSFile(CharPath("."), "a", 2, *m); });
+  Check({"TEVInsUpdate", "1 CmdSucessful", not_updated, "from=x\n|to=y\n", "to=y\nx\n"}, update);
+  Check({"TEVInsUpdate, new", "1 CmdSucessful", not_updated, "from=x\n", "to=x\n"}, update);
+  Check({"TEVInsCopyInstall", "1 CmdSuccessful", "-1 ErrCmdFailed", "from=x", "to=x", "to=older"},
+        [&](auto* m) { return TEVInsCopyInstall(from, to, m); });
+  Check({"TEVInsSuppressLine", "1 ", "-1 ", "file=a\ntext\nb", "file=a\nb"},
+        [&](auto* m) { return TEVInsSuppressLine(file, text, m, 1); });
+  Check({"TEVInsAddLine", "1 ", "-1 ", "file=a\n", "file=a\ntext\n"},
+        [&](auto* m) { return TEVInsAddLine(file, text, m); });
+  Check({"FileCopy", "0 ", "-1 ", "from=a\n\nb", "to=a\n\nb\n", "to=older"},
+        [&](auto*) { return TEVInsResetPresent::FileCopy(from, to); });
+  Check({"Remove", "0 ", "-1 ", "from=" + pack, "to=code:PRD:A\ncode:PRD:B\n", "to=older"},
+        [&](auto*) {
+          TEVInsResetPresent reset;
+          if (reset.InitSource(from) != 0 || reset.InitDest(to) != 0) return -1;
+          return reset.Remove(CharPath("SP1"), code);
+        });
+  Check({"TEVInsCreateDirectory", "0 ", "-1 ", "", "a/b=(directory)"},
+        [](auto*) { return TEVInsCreateDirectory(CharPath("a/b")); });
+  Check({"TEVInsDeleteDir", "0 ", "-1 ", "other=x", "", "tree/a/f=y|tree/g=z"},
+        [](auto*) { return TEVInsDeleteDir(CharPath("tree"), 1); });
+  TEVInstallLog log(CharPath("log"));
+  Check({"TEVInstallLog", "1 ", "-1 ErrorOpenLog", "log=x\n|from=y\n", "*=text\n"}, [&](auto* m) {
+    TEVUnicodeString line = "text\n";
+    const int status = log.OpenPathLogFile(*m);
+    log.CopyFile(from);
+    log.WriteLogFile(line);
+    log.CloseLogFile();
+    return status;
+  });
+}
+
+TEST_F(FaultTest, Packs) {
+  const std::string os = fs::path(dir_).filename(), content(20000, 'x');
+  const std::string failures = "-1 ErrWndOpenControlFile.Text|-1 ErrWndRenameFile.Text";
+  Pack("SP1", os + "/control/SP1=a 1\nb\n");
+  Pack("One", "aix/control/One.toc=code:PRD:One\n|aix/file=" + content);
+  CharPath name("SP1"), medium(medium_), tree("tree"), path(Path("tree"));
+  Check({"TEVInsSaveFilesBeforeInstall", "0 ", failures + "|-1 ErrWndExtractTar.Text",
+         "tree/a=a|tree/b=b",
+         "tree/a=(no file)|tree/a.beforeSPK=a|tree/b=(no file)|tree/b.beforeSPK=b"},
+        [&](auto* m) {
+          return TEVInsSaveFilesBeforeInstall(name, medium, tree, os.c_str(), code, *m);
+        });
+  Check({"TEVInsRestoreFiles", "0 ", failures, "tree/a=new|tree/a.beforeSPK=a|tree/b.beforeSPK=b",
+         "tree/a=a|tree/a.beforeSPK=(no file)|tree/b=b|tree/b.beforeSPK=(no file)",
+         "control/SP1=a\nb\n"},
+        [&](auto* m) { return TEVInsRestoreFiles(tree, name, os.c_str(), code, *m); });
+  Check({"TEVInsTransferCAF", "0 ",
+         "-100 ErrCommandInterrupted|-100 ErrCmdFailed|-100 ErrFileNotExist",
+         "tree/aix/control/PRESENT=code:FWK:BASE\n",
+         "tree/aix/control/PRESENT=code:FWK:BASE\ncode:PRD:One\n|tree/aix/file=" + content},
+        [&](auto* m) { return TEVInsTransferCAF(CharPath("One"), medium, path, "aix", 127, *m); });
+}
+
+TEST_F(FaultTest, Memory) {
+  CheckMemory({"UpdateNewPorts", kDone, "-1 ErrWndAllocServicesFile", kServices}, kRenew);
+  CheckMemory({"UpdateDemon", kDone, "-1 ", kInetd}, kDemon);
+  CheckMemory({"SatUpdateInet", kDone, "-2 ", kInetd}, kRay);
+  CheckMemory({"TEVInsDeleteDir", "0 ", "-1 ", "tree/f=x"},
+              [](auto*) { return TEVInsDeleteDir(CharPath("tree"), 1); });
+  CheckMemory({"TEVInsGetAllProcess", "1 ", "0 "},
+              [](auto*) { return TEVInsTaskList().TEVInsGetAllProcess() > 0 ? 1 : 0; });
+  CheckMemory({"TEVInsCheckMetasearch", "1 ", "-1 "},
+              [](auto* m) { return TEVInsCheckMetasearch(nullptr, m); });
+  CheckMemory({"ExportTCK", "1 ", "-1 "},
+              [](auto* m) { return ExportTCK(CharPath("m"), CharPath("n"), 1, 1, m, 1); });
+  CheckMemory({"TEVInsCheckMediaHFX", "4 ErrorNoHFX", "0 "},
+              [](auto* m) { return TEVInsCheckMediaHFX(nullptr, m); });
+  // It does not tell whether there was memory for the first list.
+  CheckMemory(
+      {"TEVInsCheckMediaSPK", "4 ErrorNoSPK", "1 "},
+      [](auto* m) { return TEVInsCheckMediaSPK(nullptr, m); }, 2);
+}
+
+}  // namespace

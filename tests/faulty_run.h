@@ -1,0 +1,122 @@
+#ifndef KWINSTUTIL_TESTS_FAULTY_RUN_H_
+#define KWINSTUTIL_TESTS_FAULTY_RUN_H_
+
+#include <sys/mman.h>
+#include <sys/ptrace.h>
+#include <sys/syscall.h>
+#include <sys/user.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <cstdio>
+#include <functional>
+#include <map>
+#include <string>
+
+/// Runs an operation in a child process, and lets one system call of it or of its programs go
+/// wrong. It is traced: so calls are met that are made within the C library, and those of programs.
+class FaultyRun {
+ public:
+  /// How the call goes wrong, besides with an errno: so do all later calls of that number and all
+  /// of programs; all processes are killed before it; after it, and after half of it if it writes.
+  enum Effect : int { kForEver = 1 << 16, kKilled = -1, kTorn = -2 };
+
+  /// The `call`th one from 1, of the operation itself or of its programs.
+  FaultyRun(int call, int effect, bool in_program, const std::function<std::string()>& operation)
+      : call_(call), effect_(effect), in_program_(in_program) {
+    constexpr size_t kSize = 4096;
+    // The outcome is told without a system call, which could go wrong.
+    void* shared = mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    std::fflush(nullptr);
+    root_ = fork();
+    if (root_ == 0) {
+      for (std::FILE* stream : {stdout, stderr})
+        if (std::freopen("printed", "a", stream) == nullptr) _exit(1);
+      if (setpgid(0, 0) != 0 || ptrace(PTRACE_TRACEME, 0, 0, 0) != 0) _exit(1);
+      raise(SIGSTOP);
+      operation().copy(static_cast<char*>(shared), kSize - 1);
+      _exit(0);
+    }
+    waitpid(root_, nullptr, 0);
+    Watch();
+    told = static_cast<char*>(shared);
+    munmap(shared, kSize);
+  }
+
+  bool reached = false;  ///< the call was made
+  std::string told;      ///< what the operation returned; nothing when it was killed
+
+ private:
+  /// Memory, signals and the like are left alone, and what the operation itself prints.
+  bool MayFail(pid_t process, const __ptrace_syscall_info& info) const {
+    for (const long other : {SYS_mmap, SYS_munmap, SYS_mprotect, SYS_mremap, SYS_madvise, SYS_brk,
+                             SYS_futex, SYS_rt_sigaction, SYS_rt_sigprocmask, SYS_rt_sigreturn,
+                             SYS_sigaltstack, SYS_getpid, SYS_gettid, SYS_exit_group})
+      if (info.entry.nr == static_cast<uint64_t>(other)) return false;
+    return process != root_ || info.entry.nr != SYS_write || info.entry.args[0] > STDERR_FILENO;
+  }
+
+  /// Watches all processes until they have ended.
+  void Watch() {
+    ptrace(PTRACE_SETOPTIONS, root_, 0,
+           PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACEFORK | PTRACE_O_TRACEVFORK | PTRACE_O_TRACECLONE |
+               PTRACE_O_TRACEEXEC | PTRACE_O_EXITKILL);
+    ptrace(PTRACE_SYSCALL, root_, 0, 0);
+    int status = 0;
+    for (pid_t process = 0; (process = waitpid(-1, &status, __WALL)) != -1;) {
+      if (!WIFSTOPPED(status)) continue;
+      const int signal = WSTOPSIG(status);
+      const bool at_call = signal == (SIGTRAP | 0x80);
+      __ptrace_syscall_info info{};
+      if (at_call) ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof(info), &info);
+      if (info.op == PTRACE_SYSCALL_INFO_ENTRY && MayFail(process, info)) AtEntry(process, info);
+      if (info.op == PTRACE_SYSCALL_INFO_EXIT && reached) AtExit(process);
+      // The tracing makes signals of its own.
+      const bool own = at_call || signal == SIGTRAP || signal == SIGSTOP;
+      ptrace(PTRACE_SYSCALL, process, 0, own ? 0 : signal);
+    }
+  }
+
+  void AtEntry(pid_t process, const __ptrace_syscall_info& info) {
+    const bool writes = info.entry.nr == SYS_write || info.entry.nr == SYS_writev;
+    const bool counts = (process != root_) == in_program_ && ++calls_ == call_;
+    const bool again =
+        reached && effect_ >= kForEver && (info.entry.nr == number_ || process != root_);
+    if (!counts && !again) return;
+    reached = true;
+    number_ = info.entry.nr;
+    if (effect_ == kKilled) kill(-root_, SIGKILL);
+    // A full disk takes the first half, too.
+    if (counts && writes && info.entry.args[2] > 1 && (effect_ == kTorn || effect_ >= kForEver)) {
+      Set(process, offsetof(user_regs_struct, rdx), info.entry.args[2] / 2);
+    } else if (effect_ > 0) {
+      // These have done their work even when they fail.
+      const bool done = number_ == SYS_close || number_ == SYS_wait4;
+      if (!done) Set(process, offsetof(user_regs_struct, orig_rax), ~0UL);
+      errors_[process] = effect_ % kForEver;
+    }
+  }
+
+  void AtExit(pid_t process) {
+    if (effect_ == kTorn) kill(-root_, SIGKILL);
+    if (errors_.count(process) == 0) return;
+    Set(process, offsetof(user_regs_struct, rax), static_cast<uint64_t>(-errors_[process]));
+    errors_.erase(process);
+  }
+
+  static void Set(pid_t process, size_t place, uint64_t value) {
+    ptrace(PTRACE_POKEUSER, process, place, value);
+  }
+
+  const int call_, effect_;
+  const bool in_program_;
+  pid_t root_ = 0;
+  int calls_ = 0;
+  uint64_t number_ = 0;          ///< of the call that went wrong
+  std::map<pid_t, int> errors_;  ///< what the call will return in which a process is
+};
+
+#endif  // KWINSTUTIL_TESTS_FAULTY_RUN_H_
