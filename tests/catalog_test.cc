@@ -91,28 +91,4 @@ TEST(Catalog, FitsTheSourcesInEachLanguage) {
   }
 }
 
-TEST(Catalog, FaultsAreFound) {
-  Problems problems;
-  Keys keys;
-  Scan(R"cc(
-         // frame.Build("Comment", {a});
-         *message = frame.Build("None") + frame.Build("None", {}, "{default, text}");
-         frame->Build("Two", {f(a), ""}, ""), frame.Build("Part.Two", {"", b[2]});
-         frame.Build("Differs", {a}), frame.Build("Differs", {a, b}), frame.Build(key, {a});
-       )cc",
-       &keys, &problems);
-  EXPECT_EQ(keys.size(), 5U);
-  EXPECT_EQ(keys["Two"] + "|" + keys["Part.Two"] + "|" + keys["Differs"], "x-|-x|x");
-  EXPECT_EQ(problems.size(), 2U);
-
-  const std::string good = "# c\n\nKey = \"{3} {x} {1}\\n\\t\\\"\\\\ \xC3\xA9\"";
-  for (const auto& bad : std::vector<std::string>{
-           "", "Key = \"{1}\"", "Key = \"{1}{2}{3}\"", good + "\nOther = \"\"",
-           "Key = \"{1}\"{3}\"", "Key = \"{1}{3}\"\n" + good, "Key = \"{1}{3}\xE9\"", good}) {
-    problems.clear();
-    CheckCatalog(bad, {{"Key", "x-x"}}, &problems);
-    EXPECT_EQ(problems.empty(), bad == good) << bad;
-  }
-}
-
 }  // namespace

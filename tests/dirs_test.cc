@@ -4,7 +4,6 @@
 
 #include <cstring>
 #include <filesystem>
-#include <utility>
 
 #include "fixture.h"
 
@@ -12,13 +11,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-class DirsTest : public Fixture {
- protected:
-  /// The message since the last call, or "untouched".
-  std::string Told() { return std::exchange(message_, "untouched").ConvertToChar(); }
-
-  TEVUnicodeString message_ = "untouched";
-};
+using DirsTest = Fixture;
 
 TEST_F(DirsTest, ExistsAndMayBeWritten) {
   CharPath with_slash(dir_ + "/");
@@ -81,6 +74,7 @@ TEST_F(DirsTest, FitForAnInstallation) {
   AsNobody([&] {
     EXPECT_EQ(TEVInsCheckEmptyDir(empty.c_str(), "aix", &message_), -1);
     EXPECT_EQ(TEVInsCheckEmptyDir("/usr/missing", &message_), -1);
+    EXPECT_EQ(TEVInsCheckEnvDir("/usr/missing", &message_), -1);
     EXPECT_EQ(Told(), Message("ErrWndNoWriteDir", "/usr"));
   });
 }
@@ -106,6 +100,7 @@ TEST_F(DirsTest, CreatesTrees) {
   EXPECT_EQ(fs::status(Path("x/y/z")).permissions(), fs::perms(0755));
   EXPECT_EQ(TEVInsCreateDirectory(path), 0) << "exists already";
   EXPECT_EQ(TEVInsCreateDirectory(CharPath(Write("file") + "/below")), -1);
+  EXPECT_EQ(TEVInsCreateDirectory(CharPath(dir_ + std::string(1024, '/') + "x")), -1);
   AsNobody([] { EXPECT_EQ(TEVInsCreateDirectory(CharPath("/usr")), -1); });
 }
 

@@ -1,5 +1,4 @@
 #include <kwinstutil/env.h>
-#include <sys/stat.h>
 
 #include <cstdlib>
 #include <cstring>
@@ -8,34 +7,8 @@
 
 namespace {
 
+using EnvTest = Fixture;
 using Names = std::initializer_list<const char*>;
-
-class EnvTest : public Fixture {
- protected:
-  /// The values of the variables, each with a ";" behind it; "-" for one that is not set.
-  static std::string Env(Names names) {
-    std::string values;
-    for (const char* name : names) {
-      const char* value = std::getenv(name);
-      values += (value == nullptr ? "-" : value) + std::string(";");
-    }
-    return values;
-  }
-
-  /// What has been told since the last call.
-  std::string Told() {
-    std::string told = message_.ConvertToChar();
-    message_ = "";
-    return told;
-  }
-
-  std::string Home(const std::string& name, const std::string& script) {
-    chmod(Write(name + "/bin/java", "#!/bin/sh\n" + script).c_str(), 0755);
-    return Path(name);
-  }
-
-  TEVUnicodeString message_, version_;
-};
 
 TEST_F(EnvTest, FindsTheEnvironmentFile) {
   const std::string longer(1100, 'x');
@@ -65,12 +38,13 @@ TEST_F(EnvTest, ExportsTheDataDirectoriesThatPass) {
   CharPath relative("a"), locked("/usr/no"), good("/tmp/"), longest(fits), longer(fits + "x");
   AsNobody([&] {
     EXPECT_EQ(ExportDataDirectories(relative, locked, good, &message_), -1);
-    EXPECT_EQ(Told(), Message("ErrWndSyntaxDir", "a") + Message("ErrWndNoWriteDir", "/usr"));
+    EXPECT_EQ(Told(),
+              kUntouched + Message("ErrWndSyntaxDir", "a") + Message("ErrWndNoWriteDir", "/usr"));
     EXPECT_EQ(Env(names), "-;-;/tmp/;");
   });
   EXPECT_EQ(ExportDataDirectories(longest, CharPath("/a"), relative, nullptr), -1);
   EXPECT_EQ(ExportDataDirectories(longer, CharPath("/b"), nullptr, &message_), -1);
-  EXPECT_EQ(Env(names) + Told(), fits + ";/b;-;");
+  EXPECT_EQ(Env(names) + Told(), fits + ";/b;-;" + kUntouched);
 }
 
 TEST_F(EnvTest, ExportsTheTreesBeside) {
@@ -85,10 +59,10 @@ TEST_F(EnvTest, ExportsTheTreesBeside) {
   } kCases[] = {
       {1, file, 1, 1, "", none, Message("ErrWndK6IsNotaDir", file) + Message("ErrWndK6IsNotaDir")},
       {1, dir_, 1, 1, "no", none, Message("ErrWndK6IsNotaDir", "no")},
-      {1, dir_, 1, 1, dir_ + std::string(1023, '/'), none, ""},
-      {0, file, 1, 2, "no", "1;-;-;NO;-;NO;", ""},
-      {1, dir_, 2, 0, "", "1;" + dir_ + ";libK6243;YES;-;NO;", ""},
-      {1, "/usr", 1, 1, dir_, "1;/usr;libK623;YES;" + dir_ + ";YES;", ""}};
+      {1, dir_, 1, 1, dir_ + std::string(1023, '/'), none, kUntouched},
+      {0, file, 1, 2, "no", "1;-;-;NO;-;NO;", kUntouched},
+      {1, dir_, 2, 0, "", "1;" + dir_ + ";libK6243;YES;-;NO;", kUntouched},
+      {1, "/usr", 1, 1, dir_, "1;/usr;libK623;YES;" + dir_ + ";YES;", kUntouched}};
   for (const auto& c : kCases) {
     EXPECT_EQ(ExportK6(c.k6, CharPath(c.k6_dir), c.library, c.drx, CharPath(c.drx_dir), &message_),
               c.exported == none ? -1 : 1);
@@ -105,8 +79,8 @@ TEST_F(EnvTest, ExportsTheTckServer) {
     std::string told, exported;
   } kCases[] = {{"", 2000, 1, Message("ErrWndTCKServerName"), "-;-;-;-;"},
                 {"host", 65536, 0, Message("ErrValuePortTooBig", "65536", "65535"), "-;-;-;-;"},
-                {name + "x", 2000, 1, "", "-;-;-;-;"},
-                {name, 2000, 1, "", "Mode;" + name + ";2000;1;"}};
+                {name + "x", 2000, 1, kUntouched, "-;-;-;-;"},
+                {name, 2000, 1, kUntouched, "Mode;" + name + ";2000;1;"}};
   for (const auto& c : kCases) {
     EXPECT_EQ(ExportTCK(CharPath("Mode"), CharPath(c.name), c.port, 1, &message_, c.checked),
               c.exported[0] == '-' ? -1 : 1);
@@ -144,22 +118,25 @@ TEST_F(EnvTest, AcceptsAClosedListOfJavaVersions) {
   } kCases[] = {{"echo 'java version \"1.3.1\"' >&2", 1, 21},
                 {"echo 1.5.1", -3, 6},
                 {"yes 1.6 | head -c 1000000; echo 1.4.", -3, 1024}};
-  EXPECT_EQ(TEVInsCheckJavaHome(CharPath(dir_), version_, message_), -1);
+  TEVUnicodeString version;
+  EXPECT_EQ(TEVInsCheckJavaHome(CharPath(dir_), version, message_), -1);
   EXPECT_EQ(Told(), Message("ErrWndjreNotFound", dir_ + "/bin"));
   SetEnv("TEVMsgCatalogPath", "/nonexistent");
   for (const auto& c : kCases) {
-    EXPECT_EQ(TEVInsCheckJavaHome(CharPath(Home("home", c.script)), version_, message_), c.status);
+    Program("home/bin/java", c.script);
+    EXPECT_EQ(TEVInsCheckJavaHome(CharPath(Path("home")), version, message_), c.status);
     EXPECT_EQ(Told(), "Java version 1.3.1 or higher is required");
-    EXPECT_EQ(std::strlen(version_.ConvertToChar()), c.printed) << c.script;
+    EXPECT_EQ(std::strlen(version.ConvertToChar()), c.printed) << c.script;
   }
-  EXPECT_EQ(TEVInsCheckJavaHome(CharPath(dir_), version_, message_), -1);
+  EXPECT_EQ(TEVInsCheckJavaHome(CharPath(dir_), version, message_), -1);
   EXPECT_EQ(Told(), "java was not found in path " + dir_ + "/bin\n");
 }
 
 TEST_F(EnvTest, LooksForJavaInOnePlaceAfterTheOther) {
-  const std::string good = Home("good", "echo 1.4.2");
-  const std::string other = Home("other", "echo 1.5.0");
-  const std::string bad = Home("bad", "echo 1.6.0");
+  const std::string good = Path("good"), other = Path("other"), bad = Path("bad");
+  Program("good/bin/java", "echo 1.4.2");
+  Program("other/bin/java", "echo 1.5.0");
+  Program("bad/bin/java", "echo 1.6.0");
   const struct {
     std::string java_home, j_home, jre_path, path, found;
   } kCases[] = {{good, other, "", bad + "/bin", good},

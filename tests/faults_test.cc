@@ -53,7 +53,7 @@ struct Operation {
 using Function = std::function<int(TEVUnicodeString*)>;
 
 /// The status of a function, and the key of its message.
-std::string Told(const Function& function) {
+std::string Outcome(const Function& function) {
   TEVUnicodeString message;
   const int status = function(&message);
   const std::string text = message.ConvertToChar();
@@ -134,7 +134,7 @@ class FaultTest : public Fixture {
     SCOPED_TRACE(o.name + (in_program ? ", call of a program " : ", call ") + std::to_string(call) +
                  ", effect " + std::to_string(effect));
     LayAnew(o.before + "|" + o.input);
-    const auto operation = [&] { return Told(function); };
+    const auto operation = [&] { return Outcome(function); };
     const FaultyRun run(call, effect, in_program, operation);
     const bool killed = effect < 0 && run.told.empty();
     if (!killed) told_[run.told] = run.told;
@@ -158,7 +158,8 @@ class FaultTest : public Fixture {
   /// Lets every call of a function go wrong, and some calls, or all, of its programs.
   void Check(const Operation& o, const Function& function) {
     LayAnew(o.before + "|" + o.input);
-    EXPECT_EQ(Told(function), o.success);  // and so a sanitizer needs no calls for its caches later
+    EXPECT_EQ(Outcome(function),
+              o.success);  // and so a sanitizer needs no calls for its caches later
     const bool all = std::getenv("KWINSTUTIL_ALL_FAULTS") != nullptr;
     std::vector<int> effects = {EIO, EIO | FaultyRun::kForEver, ENOSPC | FaultyRun::kForEver,
                                 FaultyRun::kKilled, FaultyRun::kTorn};
@@ -177,7 +178,7 @@ class FaultTest : public Fixture {
     LayAnew(o.before);
     for (;; ++n) {
       failing_allocation = n;
-      const std::string told = Told(function);
+      const std::string told = Outcome(function);
       const bool failed = failing_allocation <= 0;
       EXPECT_EQ(told, failed ? o.failures : o.success) << o.name << ", allocation " << n;
       if (!failed) break;
@@ -297,10 +298,17 @@ TEST_F(FaultTest, Memory) {
               [](auto*) { return TEVInsDeleteDir(CharPath("tree"), 1); });
   CheckMemory({"TEVInsGetAllProcess", "1 ", "0 "},
               [](auto*) { return TEVInsTaskList().TEVInsGetAllProcess() > 0 ? 1 : 0; });
-  CheckMemory({"TEVInsCheckMetasearch", "1 ", "-1 "},
-              [](auto* m) { return TEVInsCheckMetasearch(nullptr, m); });
-  CheckMemory({"ExportTCK", "1 ", "-1 "},
-              [](auto* m) { return ExportTCK(CharPath("m"), CharPath("n"), 1, 1, m, 1); });
+  CharPath d(dir_), t("text");
+  const Function kExports[] = {[&](auto* m) { return ExportDataDirectories(d, d, d, m); },
+                               [&](auto* m) { return ExportJavaHome(d, m); },
+                               [&](auto* m) { return ExportK6(1, d, 1, 1, d, m); },
+                               [&](auto* m) { return ExportTCK(t, t, 1, 1, m, 1); },
+                               [&](auto* m) { return ExportMorvelInfo(0, t, t, t, m); },
+                               [&](auto* m) { return ExportMorvelInfo(1, t, t, t, m); },
+                               [](auto* m) { return ExportServersTimeout(2, m); },
+                               [](auto* m) { return TEVInsCheckMetasearch(nullptr, m); }};
+  for (const Function& exports : kExports)
+    CheckMemory({"export " + std::to_string(&exports - kExports), "1 ", "-1 "}, exports);
   CheckMemory({"TEVInsCheckMediaHFX", "4 ErrorNoHFX", "0 "},
               [](auto* m) { return TEVInsCheckMediaHFX(nullptr, m); });
   // It does not tell whether there was memory for the first list.

@@ -24,8 +24,6 @@ class TransferTest : public Fixture {
   }
 
   std::string SideLog() { return Read(Path("tree/TEVInsErrorTransfer.log")); }
-
-  TEVUnicodeString message_ = "before ";
 };
 
 TEST_F(TransferTest, UnpacksAddsTheTableAndRemovesLanguages) {
@@ -39,7 +37,7 @@ TEST_F(TransferTest, UnpacksAddsTheTableAndRemovesLanguages) {
   Write("tree/aix/control/PRESENT", "code:FWK:BASE\n");
   EXPECT_EQ(Transfer("One", "aix", 2), 0);
   EXPECT_EQ(Transfer("Two", nullptr, 2), 0);
-  EXPECT_STREQ(message_.ConvertToChar(), "before ");
+  EXPECT_EQ(Told(), kUntouched);
   EXPECT_EQ(Read(Path("tree/aix/control/PRESENT")), "code:FWK:BASE\ncode:PRD:One\n");
   EXPECT_EQ(Read(Path("tree/control/PRESENT")), "code:PRD:Two\n");
   EXPECT_TRUE(Exists(Path("tree/aix/resources/msgcatalog/French")));
@@ -63,11 +61,11 @@ TEST_F(TransferTest, PrefersTheCompressedArchive) {
 
 TEST_F(TransferTest, HandsOnWarnings) {
   // A tar that goes well and prints two lines.
-  chmod(Write("bin/tar", "#!/bin/sh\necho first\necho second >&2\n").c_str(), 0755);
+  Program("bin/tar", "echo first\necho second >&2");
   SetEnv("PATH", (Path("bin") + ":" + std::getenv("PATH")).c_str());
   Write("tree/control/One.toc", "code:PRD:One\n");
   EXPECT_EQ(Transfer("One", nullptr), 0);
-  EXPECT_STREQ(message_.ConvertToChar(), "before firstsecond");
+  EXPECT_EQ(Told(), kUntouched + std::string("firstsecond"));
   EXPECT_FALSE(Exists(Path("tree/ErrorTar.log")));
 }
 
@@ -75,18 +73,15 @@ TEST_F(TransferTest, AFailureLeavesASideLogForTheLog) {
   const std::string archive = Write("Bad", "no archive");
   const std::string error_file = MakeDir("tree") + "/ErrorTar.log";
   EXPECT_EQ(Transfer("Bad", "aix", 0), -100);
-  EXPECT_EQ(message_.ConvertToChar(),
-            Message("ErrCommandInterrupted",
-                    "cd " + Path("tree") + "; tar -xf " + archive + "  >" + error_file + " 2>&1"));
+  EXPECT_EQ(Told(), Message("ErrCommandInterrupted", "cd " + Path("tree") + "; tar -xf " + archive +
+                                                         "  >" + error_file + " 2>&1"));
   EXPECT_NE(Read(error_file), "") << "what tar said is kept";
 
   // Without its table, an archive that unpacks is no success either.
   Write("parts/file");
   Pack("NoToc");
-  message_ = "before ";
   EXPECT_EQ(Transfer("NoToc", "aix"), -100);
-  EXPECT_EQ(message_.ConvertToChar(),
-            "before " + Message("ErrFileNotExist", Path("tree/aix/control/NoToc.toc")));
+  EXPECT_EQ(Told(), kUntouched + Message("ErrFileNotExist", Path("tree/aix/control/NoToc.toc")));
 
   const std::string side_log = SideLog();
   EXPECT_NE(side_log.find(archive), std::string::npos) << "no checksum: " << side_log;
@@ -96,6 +91,9 @@ TEST_F(TransferTest, AFailureLeavesASideLogForTheLog) {
     TEVInsTransferLogInfo(CharPath(dir_), name, code, &log);
   EXPECT_EQ(Read(Path("log")), "Filesystem information:\n" + side_log);
   EXPECT_EQ(SideLog(), "(no file)");
+  WriteLogErrorTransfer(CharPath(Path("missing")), nullptr);
+  WriteLogErrorTransfer(CharPath(Path("tree")), nullptr);
+  EXPECT_EQ(SideLog().find(archive), std::string::npos) << "the checksum of which archive?";
 }
 
 class LineTest : public Fixture {

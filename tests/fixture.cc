@@ -1,6 +1,7 @@
 #include "fixture.h"
 
 #include <grp.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include <fstream>
 #include <iterator>
 #include <regex>
+#include <utility>
 
 namespace fs = std::filesystem;
 
@@ -45,6 +47,14 @@ std::string Fixture::MakeDir(const std::string& relative) const {
   return Path(relative);
 }
 
+std::string Fixture::Program(const std::string& relative, const std::string& commands) const {
+  const std::string path = Write(relative, "#!/bin/sh\n" + commands);
+  chmod(path.c_str(), 0755);
+  return path;
+}
+
+std::string Fixture::Told() { return std::exchange(message_, kUntouched).ConvertToChar(); }
+
 void Fixture::SetEnv(const std::string& name, const char* value) {
   const char* before = std::getenv(name.c_str());
   environment_.emplace(name, before == nullptr ? std::nullopt : std::optional<std::string>(before));
@@ -58,6 +68,15 @@ std::string Read(const std::string& path) {
 
 bool Exists(const std::string& path) { return fs::exists(fs::symlink_status(path)); }
 
+std::string Env(std::initializer_list<const char*> names, const std::string& prefix) {
+  std::string values;
+  for (const char* name : names) {
+    const char* value = std::getenv((prefix + name).c_str());
+    values += (value == nullptr ? "-" : value) + std::string(";");
+  }
+  return values;
+}
+
 std::string Message(const std::string& key, const std::string& p1, const std::string& p2,
                     const std::string& p3, const std::string& p4) {
   return key + "|" + p1 + "|" + p2 + "|" + p3 + "|" + p4;
@@ -68,13 +87,14 @@ void AsNobody(const std::function<void()>& body) {
   const pid_t child = fork();
   ASSERT_NE(child, -1);
   if (child == 0) {
-    const id_t nobody = 65534;
-    if (geteuid() == 0 &&
-        (setgroups(0, nullptr) != 0 || setgid(nobody) != 0 || setuid(nobody) != 0))
+    const uid_t user = geteuid(), nobody = 65534;
+    if (user == 0 && (setgroups(0, nullptr) != 0 || setresgid(nobody, nobody, 0) != 0 ||
+                      setresuid(nobody, nobody, 0) != 0))
       _exit(1);
     body();
-    std::fflush(nullptr);
-    _exit(::testing::Test::HasFailure() ? 1 : 0);
+    // What runs at the exit, as the leak check and the coverage counters, needs the user's rights.
+    if (setresuid(user, user, user) != 0) _exit(1);
+    std::exit(::testing::Test::HasFailure() ? 1 : 0);
   }
   int status = 0;
   EXPECT_TRUE(waitpid(child, &status, 0) == child && status == 0) << "see the failures above";

@@ -22,11 +22,10 @@ expect_exit() {
   ((got == want)) || fail "exit $got instead of $want: $*"
 }
 
-# expect_refusal TEXT ARGUMENT...: an installation that fails with a message that holds the text.
-expect_refusal() {
-  expect_exit 1 "$kwbatch" install "${@:2}" --scratch "$work/scratch"
-  grep -qF -- "$1" "$work/output" || fail "no '$1' in the message about ${*:2}"
-}
+# run STATUS ARGUMENT...: runs kwbatch.
+run() { expect_exit "$1" "$kwbatch" "${@:2}" --scratch "$work/scratch"; }
+
+expect_text() { grep -qF -- "$1" "$work/output" || fail "no '$1' in the output"; }
 
 new_scratch() {
   rm -rf "$work/scratch"

@@ -2,12 +2,9 @@
 # inetd_test.sh BUILDDIR SOURCEDIR: a real inetd serves what was registered in the system's files,
 # which are those of a namespace of this test's own.
 set -euo pipefail
-export PATH=$PATH:/usr/sbin:/sbin TEVMsgCatalogPath=$2/resources/msgcatalog
-
-fail() {
-  printf 'FAILED: %s\n' "$*" >&2
-  exit 1
-}
+export PATH=$PATH:/usr/sbin:/sbin
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
 
 skip() {
   printf 'Skipped: %s\n' "$*"
@@ -31,11 +28,11 @@ make_etc() {
 expect_answer() {
   local answer tries=0
   until { exec 3<>"/dev/tcp/127.0.0.1/$1"; } 2>/dev/null; do
-    ((++tries < 100)) || fail "nothing listens on port $1: $(<"$work/output")"
+    ((++tries < 100)) || fail "nothing listens on port $1: $(<"$work/inetd")"
     sleep 0.1
   done
   echo hello >&3
-  IFS= read -r -t 10 answer <&3 || fail "no answer on port $1: $(<"$work/output")"
+  IFS= read -r -t 10 answer <&3 || fail "no answer on port $1: $(<"$work/inetd")"
   exec 3>&-
   [[ $answer == 'TEVSysDemon hears hello' ]] || fail "the answer is '$answer'"
 }
@@ -43,8 +40,7 @@ expect_answer() {
 # register BB RUN BROKER: registers the ports; getent must find them.
 register() {
   local names=(morvelk7bb morvelk7run TEVDeviceBroker) ports=("$@") i
-  "$build/tests/register_services" /etc/services "$daemon" "$@" >"$work/output" ||
-    fail "register_services: $(<"$work/output")"
+  expect_exit 0 "$build/tests/register_services" /etc/services "$daemon" "$@"
   for i in 0 1 2; do
     [[ $(getent services "${names[i]}") =~ ^${names[i]}\ +${ports[i]}/tcp$ ]] ||
       fail "getent does not find ${names[i]} with port ${ports[i]}"
@@ -52,6 +48,7 @@ register() {
 }
 
 inside() {
+  chmod 755 "$work"
   daemon=$work/tree/code/bin/TEVSysDemon
   mkdir -p "${daemon%/*}"
   # shellcheck disable=SC2016
@@ -59,8 +56,8 @@ inside() {
   chmod +x "$daemon"
   make_etc
   register 28670 28671 28672
-  "$inetd" -d >"$work/output" 2>&1 &
-  trap 'kill $! && wait $! || true' EXIT
+  "$inetd" -d >"$work/inetd" 2>&1 &
+  trap 'kill $! && wait $! || true; rm -rf "$work"' EXIT
   expect_answer 28671
   register 28670 28673 28672
   kill -HUP $!
@@ -73,14 +70,10 @@ build=$1
 inetd=$(command -v inetd) || skip 'there is no inetd'
 command -v ip >/dev/null || skip 'there is no ip, to bring up a network'
 if [[ ${3-} ]]; then
-  work=$3
   inside
   exit
 fi
 user=()
 ((EUID == 0)) || user=(-r)
 unshare "${user[@]}" -m -n true 2>/dev/null || skip 'this user may not make namespaces'
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-chmod 755 "$work"
-unshare "${user[@]}" -m -n bash "${BASH_SOURCE[0]}" "$1" "$2" "$work"
+unshare "${user[@]}" -m -n bash "${BASH_SOURCE[0]}" "$1" "$2" inside

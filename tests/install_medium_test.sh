@@ -4,6 +4,12 @@ set -euo pipefail
 # shellcheck source=tests/helpers.sh
 source "$2/tests/helpers.sh"
 
+# expect_refusal TEXT ARGUMENT...: an installation that fails with a message that holds the text.
+expect_refusal() {
+  run 1 install "${@:2}"
+  expect_text "$1"
+}
+
 # component_files TABLE SUFFIX: the files control/NAMESUFFIX of the components in the table.
 component_files() { cut -d : -f 3 "$1" | sed "s|.*|control/&$2|" | xargs cat; }
 
@@ -32,8 +38,7 @@ check_media_are_reproducible() {
 check_two_systems() {
   local tree=$work/tree os languages='resources/msgcatalog/(French|Japanese)/[A-Za-z]+\.msg'
   new_scratch
-  expect_exit 0 "$kwbatch" install "$medium" "$tree" --languages French,Japanese \
-    --scratch "$work/scratch"
+  run 0 install "$medium" "$tree" --languages French,Japanese
   cmp "$medium/OSUNIX" "$tree/OSUNIX" || fail 'OSUNIX'
   [[ ! -e $tree/ErrorTar.log ]] || fail 'ErrorTar.log is left behind'
   for os in aix_a solaris_a; do
@@ -48,8 +53,7 @@ check_two_systems() {
 
 check_one_system_with_fonts() {
   new_scratch
-  expect_exit 0 "$kwbatch" install "$medium" "$work/one" --os solaris_a --languages none --fonts \
-    --scratch "$work/scratch"
+  run 0 install "$medium" "$work/one" --os solaris_a --languages none --fonts
   [[ $(<"$work/one/OSUNIX") == solaris_a && ! -e $work/one/aix_a ]] || fail 'more than one system'
   check_system "$work/one/solaris_a" 'resources/fonts/Stroke/(SICH|TRCH|KANJ|KOHG|SSS4)\.font'
   (($(find "$work/one" -name '*.font' | wc -l) == 6)) || fail 'fonts are missing'
@@ -58,8 +62,7 @@ check_one_system_with_fonts() {
 check_later_runs() {
   # A name with a slash at its end; other languages; a run that finds everything there.
   new_scratch
-  expect_exit 0 "$kwbatch" install "$medium" "$work/one/" --os aix_a --languages French \
-    --scratch "$work/scratch"
+  run 0 install "$medium" "$work/one/" --os aix_a --languages French
   expect_refusal 'already installed' "$medium" "$work/one" --languages all
   printf 'French\n\n' | cmp - "$work/one/aix_a/NLS.txt" || fail 'the record of languages changed'
   printf 'Language-indexed fonts\n\n' | cmp - "$work/one/solaris_a/NLS.txt" || fail 'fonts'
@@ -108,7 +111,7 @@ check_damaged_archive() {
   [[ -z $(find "$work/broken" -name TEVInsErrorTransfer.log) ]] || fail 'a side log is left behind'
   # The installation is taken up where it failed.
   cp "$medium/aix_a/Modeler.Z" "$work/damaged"
-  expect_exit 0 "$kwbatch" install "$work/damaged" "$work/broken" --scratch "$work/scratch"
+  run 0 install "$work/damaged" "$work/broken"
   cmp "$medium/aix_a/TOC" "$work/broken/aix_a/control/PRESENT" || fail 'PRESENT after a failure'
 }
 
@@ -119,7 +122,7 @@ install_on_disk() {
   expect_exit 1 unshare -m bash -c \
     'mount -t tmpfs -o size="$4" none "$2" && exec "$0" install "$1" "$2/tree" --scratch "$3"' \
     "$kwbatch" "$medium" "$work/small" "$work/scratch" "$1"
-  grep -qF -- "$2" "$work/output" || fail "no '$2' in the message about a disk of $1"
+  expect_text "$2"
 }
 
 check_full_disk() {
@@ -153,7 +156,7 @@ check_answers() {
 # expect_usage_error TEXT ARGUMENT...
 expect_usage_error() {
   expect_exit 2 "$kwbatch" "${@:2}"
-  grep -qF -- "$1" "$work/output" || fail "no '$1' in the message about ${*:2}"
+  expect_text "$1"
 }
 
 check_usage_errors() {

@@ -108,6 +108,8 @@ TEST_F(Kb0CoreTest, StringsAreCutAndSearchedByPosition) {
   TEVUnicodeString text("/opt//");
   text.Strip(TEVUnicodeChar('/'));
   EXPECT_STREQ(text.ConvertToChar(), "/opt");
+  text = nullptr;
+  EXPECT_EQ(std::string(text.ConvertToChar()) + TEVString(nullptr).ConvertToChar(), "");
 }
 
 TEST_F(Kb0CoreTest, FilesAreHandledButNotWhatALinkNames) {
@@ -147,6 +149,8 @@ TEST_F(Kb0CoreTest, ProgramsAreFoundOnAPath) {
   EXPECT_STREQ(TEVFindPath("prog", "../no:../directory:../plain").ConvertToChar(), "");
   EXPECT_STREQ(TEVFindPath("prog", "../plain:../linked:.").ConvertToChar(), "../linked/prog");
   EXPECT_STREQ(TEVFindPath("prog", "../no:").ConvertToChar(), "./prog");
+  EXPECT_STREQ(TEVFindPath(nullptr, ".").ConvertToChar(), "");
+  EXPECT_STREQ(TEVFindPath("prog", nullptr).ConvertToChar(), "");
   std::filesystem::current_path("/");
 }
 
@@ -163,6 +167,8 @@ TEST_F(Kb0CoreTest, ProcessesAreWaitedForOrLeftOrRefused) {
   EXPECT_EQ(waitpid(id, nullptr, 0), id);
   EXPECT_EQ(run("/bin/sh", "exit 3", 1), 0);
   EXPECT_EQ(result, 3);
+  char* const arguments[] = {nullptr};
+  EXPECT_EQ(TEVStartProcess("/bin/true", arguments, 1, nullptr, nullptr), 0);
   EXPECT_EQ(run("/bin/sh", "kill -9 $$", 1), 0);
   EXPECT_EQ(result, -1);
 }

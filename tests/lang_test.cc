@@ -1,5 +1,7 @@
 #include <kwinstutil/lang.h>
+#include <sys/stat.h>
 
+#include <cstdio>
 #include <tuple>
 
 #include "fixture.h"
@@ -30,6 +32,9 @@ TEST_F(LangTest, RecordsTheChoice) {
   EXPECT_EQ(Chosen(), 8);
   Write("aix/NLS.txt");
   EXPECT_EQ(Chosen(), 0);
+  std::remove(Path("aix/NLS.txt").c_str());
+  ASSERT_EQ(mkfifo(Path("aix/NLS.txt").c_str(), 0666), 0);
+  EXPECT_EQ(Chosen(), 127) << "a pipe would have to be waited for";
 }
 
 TEST_F(LangTest, RemovesWhatWasNotChosen) {

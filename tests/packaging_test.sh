@@ -1,15 +1,9 @@
 #!/usr/bin/env bash
 # packaging_test.sh BUILDDIR SOURCEDIR: an installed copy, used as another project does.
 set -euo pipefail
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
 build=$1 source=$2
-export LC_ALL=C
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
-
-fail() {
-  printf 'FAILED: %s\n' "$*" >&2
-  exit 1
-}
 
 cached() { sed -n "s/^$1:[A-Z]*=//p" "$build/CMakeCache.txt"; }
 
@@ -38,13 +32,13 @@ check_cmake_package() {
   cmake -S "$source/examples/kwbatch" -B "$work/kwbatch" -G "$(cached CMAKE_GENERATOR)" \
     -DCMAKE_PREFIX_PATH="$work/copy" -DCMAKE_CXX_COMPILER="$compiler" \
     -DCMAKE_CXX_FLAGS="${flags[*]}" >/dev/null
-  cmake --build "$work/kwbatch" >"$work/output" || fail "kwbatch: $(<"$work/output")"
-  "$work/kwbatch/kwbatch" --help | grep -qF install || fail 'kwbatch --help says nothing'
+  expect_exit 0 cmake --build "$work/kwbatch"
+  kwbatch=$work/kwbatch/kwbatch
+  new_scratch
+  run 0 --help
   command -v compress >/dev/null || return 0
-  "$source/examples/sample-medium/make-media.sh" "$work/media"
-  mkdir "$work/scratch"
-  "$work/kwbatch/kwbatch" install "$work/media/ga" "$work/tree" --os aix_a --languages none \
-    --scratch "$work/scratch" >"$work/output" || fail "kwbatch install: $(<"$work/output")"
+  "$make_media" "$work/media"
+  run 0 install "$work/media/ga" "$work/tree" --os aix_a --languages none
   [[ -x $work/tree/aix_a/code/command/tevstart ]] || fail 'kwbatch installed nothing'
 }
 

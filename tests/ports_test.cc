@@ -2,8 +2,8 @@
 #include <kwinstutil/ports.h>
 #include <netinet/in.h>
 #include <sched.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdlib>
@@ -19,16 +19,6 @@ const bool private_network =
     unshare(geteuid() == 0 ? CLONE_NEWNET : CLONE_NEWUSER | CLONE_NEWNET) == 0;
 
 std::string Text(int number) { return std::to_string(number); }
-
-/// The values of variables, each with a ";" behind it.
-std::string Env(const std::string& prefix, std::initializer_list<const char*> names) {
-  std::string values;
-  for (const char* name : names) {
-    const char* value = std::getenv((prefix + name).c_str());
-    values += (value == nullptr ? "-" : value) + std::string(";");
-  }
-  return values;
-}
 
 class PortsTest : public Fixture {
  protected:
@@ -51,25 +41,24 @@ class PortsTest : public Fixture {
     taken_.clear();
   }
 
-  /// What has been told since the last call.
-  std::string Told() {
-    std::string told = message_.ConvertToChar();
-    message_ = "kept ";
-    return told;
-  }
-
-  TEVUnicodeString message_ = "kept ";
   std::vector<int> taken_;
 };
 
 TEST_F(PortsTest, SearchesTheFirstFreePort) {
   for (const int port : {2000, 2001, 65535}) Take(port);
   EXPECT_EQ(GetFreePort(2000, &message_, 65535), 2002);
-  EXPECT_EQ(Told(), "kept ");
+  EXPECT_EQ(Told(), kUntouched);
   EXPECT_EQ(GetFreePort(2000, &message_, 2001), -1);
   EXPECT_EQ(Told(), Message("ErrSearchFreePort", "2000", "2001"));
   EXPECT_EQ(GetFreePort(65535, &message_, 70000), -1);
   EXPECT_EQ(Told(), Message("ErrSearchFreePort", "65535", "70000"));
+  rlimit files{};
+  getrlimit(RLIMIT_NOFILE, &files);
+  const rlimit none = {0, files.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &none);
+  EXPECT_EQ(GetFreePort(2000, &message_, 65535), -1);
+  setrlimit(RLIMIT_NOFILE, &files);
+  EXPECT_EQ(Told(), Message("ErrCreateSocket", "2000", std::strerror(EMFILE)));
   EXPECT_EQ(ExportTCK(CharPath("Mode"), CharPath("host"), 2000, 1, &message_, 0), -1);
   EXPECT_EQ(Told(), Message("ErrWndTCKPortNotFree", "2000", "2002"));
   EXPECT_EQ(ExportTCK(CharPath("Mode"), CharPath("host"), 2002, 1, &message_, 0), 1);
@@ -92,7 +81,7 @@ TEST_F(PortsTest, ReplacesTakenAndEqualRunPorts) {
                                        : CheckK7RunPortValue(&p[0], &p[1], &p[2], &message_);
     EXPECT_EQ(p, c.result);
     EXPECT_EQ(status, c.result == c.ports ? 1 : 0);
-    std::string told = "kept ";
+    std::string told = kUntouched;
     for (size_t i = 0; i < p.size(); ++i) {
       if (p[i] == c.ports[i]) continue;
       told += Message("ErrWndK7RunPortNotFree", Text(c.ports[i]), Text(p[i]));
@@ -102,7 +91,7 @@ TEST_F(PortsTest, ReplacesTakenAndEqualRunPorts) {
   }
   int low = 1023, high = 65536, last = 65535, other = 65535;
   EXPECT_EQ(CheckK7RunPortValue(&low, &high, &last, &message_), 0);
-  EXPECT_EQ(Told(), "kept " + Message("ErrWndK7RunPort", "1023", "1024") +
+  EXPECT_EQ(Told(), kUntouched + Message("ErrWndK7RunPort", "1023", "1024") +
                         Message("ErrWndK7RunPortMax", "65536", "65535"));
   EXPECT_EQ(CheckK7RunPortValue(&last, &other, &message_), -1);
   EXPECT_EQ(Told(), Message("ErrValuePortTooBig", "65536", "65535"));
@@ -129,24 +118,25 @@ TEST_F(PortsTest, ChecksAndExportsTheOrbDaemon) {
     EXPECT_EQ(TEVInsCheckOrbixValue(c.port, c.first, c.range, 0, &message_), 0);
     EXPECT_EQ(Told(), Message(c.key, Text(c.p1), Text(c.p2)));
   }
-  EXPECT_EQ(Env("ORBIX_It", names) + std::getenv("ORBIX_BootInit"), "1024;1025;64510;1");
-  // One remembered port lies over the first bytes of an entry.
-  EXPECT_EQ(SetFreePort(500, 0x010203, 2, 3), 0);
+  EXPECT_EQ(Env(names, "ORBIX_It") + std::getenv("ORBIX_BootInit"), "1024;1025;64510;1");
+  // One remembered port lies over the first bytes of an entry, and no other one.
+  EXPECT_EQ(SetFreePort(500, 0x010203, 2, 3) + InitFreePort(500), 0);
   EXPECT_EQ(std::string(varOrbixPort, 6), std::string("\0\1\2\3X_", 6));
+  EXPECT_EQ(InitFreePort(100) + SetFreePort(100, 1, 2, 3), 0);
+  for (const int group : {200, 300, 400})
+    EXPECT_EQ(InitFreePort(group) + SetFreePort(group, 1, 2, 3), 0);
+  EXPECT_EQ(std::string(varOrbixPort, 6), std::string("\0\0\x1F\x92X_", 6));
 }
 
 TEST_F(PortsTest, AsksForAndStartsTheOrbDaemon) {
-  const auto program = [this](const std::string& path, const std::string& text) {
-    chmod(Write("code/bin/" + path, "#!/bin/sh\n" + text).c_str(), 0755);
-  };
   EXPECT_EQ(IsOrbixRunning(CharPath(dir_)), 0);
   for (const char* text : {"test $# = 0", "exit 3", "kill -9 $$"}) {
-    program("lsit", text);
+    Program("code/bin/lsit", text);
     EXPECT_EQ(IsOrbixRunning(CharPath(dir_)), text[0] == 't' ? 1 : 0) << text;
   }
   SetEnv("IT_CONFIG_PATH", nullptr);
   SetEnv("LD_LIBRARYN32_PATH", "before");
-  program("orbixd", "echo $* $PWD $IT_CONFIG_PATH $LD_LIBRARYN32_PATH > new; mv new told");
+  Program("code/bin/orbixd", "echo $* $PWD $IT_CONFIG_PATH $LD_LIBRARYN32_PATH > new; mv new told");
   EXPECT_EQ(TEVInsRestartOrbix(CharPath(dir_)), 0);
   for (int i = 0; i < 1000 && !Exists(Path("told")); ++i) usleep(10'000);
   EXPECT_EQ(Read(Path("told")), "-u -s -t " + dir_ + " " + dir_ + "/startup/orbix " + dir_ +
@@ -160,7 +150,7 @@ TEST_F(PortsTest, ExportsTheMetaSearch) {
   MetaSearchData data = {"en",    "host", 1024, "mail", 0,    0,       "proxy",
                          "login", "pw",   -1,   "a,b",  1025, nullptr, "12:00"};
   EXPECT_EQ(TEVInsCheckMetasearch(&data, &message_), 1);
-  EXPECT_EQ(Env("MetaSearch", names), "1024;host;login;pw;mail;0;en;NO;proxy;-1;a,b;;12:00;1025;");
+  EXPECT_EQ(Env(names, "MetaSearch"), "1024;host;login;pw;mail;0;en;NO;proxy;-1;a,b;;12:00;1025;");
   Take(2000);
   const std::string too_long(127 - 15, 'x');
   MetaSearchData bad[] = {data, data, data, data};
@@ -169,12 +159,15 @@ TEST_F(PortsTest, ExportsTheMetaSearch) {
   std::memset(bad[3].language, 'x', sizeof(bad[3].language));
   for (MetaSearchData& b : bad) {
     EXPECT_EQ(TEVInsCheckMetasearch(&b, &message_), -1);
-    EXPECT_EQ(Told(), &b < &bad[2] ? Message("ErrWndOrbixPortNotFree", "2000", "2001") : "kept ");
-    EXPECT_EQ(Env("MetaSearch", names), std::string(14, ';'));
+    EXPECT_EQ(Told(),
+              &b < &bad[2] ? Message("ErrWndOrbixPortNotFree", "2000", "2001") : kUntouched);
+    EXPECT_EQ(Env(names, "MetaSearch"), std::string(14, ';'));
   }
   data.enableProxy = 2;
   EXPECT_EQ(TEVInsCheckMetasearch(&data, &message_), 1);
-  EXPECT_EQ(Env("MetaSearch", {"EnableProxy"}), "YES;");
+  EXPECT_EQ(Env({"EnableProxy"}, "MetaSearch"), "YES;");
+  EXPECT_EQ(TEVInsCheckMetasearch(nullptr, nullptr), 1);
+  EXPECT_EQ(Env(names, "MetaSearch"), std::string(14, ';'));
 }
 
 }  // namespace

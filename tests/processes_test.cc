@@ -17,16 +17,10 @@ namespace {
 
 class ProcessesTest : public Fixture {
  protected:
-  std::string Script(const std::string& name, const std::string& text) const {
-    const std::string path = Write(name, "#!/bin/sh\n" + text + "\n");
-    fs::permissions(path, fs::perms(0755));
-    return path;
-  }
-
   /// Makes `table` what ps prints. Its ids are not this test's: they must not be signalled.
   void FakePs(const std::string& table) {
     Write("table", "UID PID PPID C STIME TTY TIME CMD /t/x\n" + table);
-    Script("bin/ps", "exec cat " + Path("table"));
+    Program("bin/ps", "exec cat " + Path("table"));
     SetEnv("PATH", (Path("bin") + ":" + std::getenv("PATH")).c_str());
   }
 
@@ -68,6 +62,8 @@ TEST_F(ProcessesTest, ListsTheTasksOfATreeAndTheirDescendants) {
   EXPECT_EQ(tasks.TEVInsGetProcessFils(13), 0);
   EXPECT_NE(tasks.TEVInsGetProcessFils(11), 0);
   EXPECT_EQ(tasks.TEVInsCheckTask("/t2", nullptr), 4) << "added to the three descendants";
+  Program("bin/ps", "exit 1");
+  EXPECT_EQ(tasks.TEVInsGetAllProcess(), 0);
 }
 
 TEST_F(ProcessesTest, StopsAtAHundredTasks) {
@@ -85,7 +81,7 @@ TEST_F(ProcessesTest, StopsAtAHundredTasks) {
 TEST_F(ProcessesTest, StopsRealProcesses) {
   prctl(PR_SET_CHILD_SUBREAPER, 1);  // all that are started become children of this process
   const std::string prog = MakeDir("tree") + "/prog";
-  const std::string start = Script("start", "sh -c 'sleep 50; :' & exec " + prog + " 51");
+  const std::string start = Program("start", "sh -c 'sleep 50; :' & exec " + prog + " 51");
   fs::copy_file("/bin/sleep", prog);
   const pid_t child = fork();
   if (child == 0) execl(start.c_str(), start.c_str(), nullptr);
@@ -102,7 +98,7 @@ TEST_F(ProcessesTest, StopsRealProcesses) {
 
 TEST_F(ProcessesTest, StopsTheDaemonStartedAtBoot) {
   // A /etc/rc2.d that only this process sees.
-  if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+  if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", "", MS_REC | MS_PRIVATE, nullptr) != 0 ||
       mount("tmpfs", "/etc/rc2.d", "tmpfs", 0, nullptr) != 0) {
     GTEST_SKIP() << "no private /etc/rc2.d is allowed";
   }

@@ -19,8 +19,6 @@ std::string WithoutTimes(std::string text) {
 class LogTest : public Fixture {
  protected:
   LogTest() { SetEnv("HOME", MakeDir("home").c_str()); }
-
-  TEVUnicodeString message_ = "untouched";
 };
 
 TEST_F(LogTest, ChoosesItsFile) {
@@ -37,9 +35,8 @@ TEST_F(LogTest, ChoosesItsFile) {
   for (const auto& [environment, path] : kCases) {
     for (const auto& [name, value] : environment) SetEnv(name, value);
     TEVInstallLog log(CharPath("setup.log"));
-    message_ = "untouched";
     EXPECT_EQ(log.OpenLogFile(message_), path.empty() ? -1 : 1);
-    EXPECT_EQ(message_.ConvertToChar(), path.empty() ? Message("ErrHOME") : "untouched");
+    EXPECT_EQ(Told(), path.empty() ? Message("ErrHOME") : kUntouched);
     EXPECT_EQ(log.GetLogFileName(), path);
     log.CloseLogFile();
     log.DeleteLogFile();
@@ -53,9 +50,9 @@ TEST_F(LogTest, TellsWhatCannotBeOpened) {
   const std::string too_long = "/" + std::string(1020, 'x');
   TEVInstallLog log(nullptr);
   EXPECT_EQ(log.OpenLogFile(CharPath(missing), message_), -1);
-  EXPECT_EQ(message_.ConvertToChar(), Message("ErrorOpenLog", file));
+  EXPECT_EQ(Told(), Message("ErrorOpenLog", file));
   EXPECT_EQ(log.OpenLogFile(CharPath(too_long), message_), -1);
-  EXPECT_EQ(message_.ConvertToChar(), Message("ErrorOpenLog", too_long + "/kwinst.log"));
+  EXPECT_EQ(Told(), Message("ErrorOpenLog", too_long + "/kwinst.log"));
   EXPECT_EQ(log.GetLogFileName(), file) << "a path that does not fit changed the log's";
   EXPECT_EQ(log.OpenLogFile(nullptr, message_), -1) << "no directory: the last path again";
 }

@@ -4,10 +4,6 @@ set -euo pipefail
 # shellcheck source=tests/helpers.sh
 source "$2/tests/helpers.sh"
 
-run() { expect_exit "$1" "$kwbatch" "${@:2}" --scratch "$work/scratch"; }
-
-expect_text() { grep -qF -- "$1" "$work/output" || fail "no '$1' in the output"; }
-
 # content TREE: everything in it with its mode, and the content of the files.
 content() {
   (cd "$1" && find . -printf '%p %y %m %U %l\n' | sort && find . -type f -exec cksum {} + | sort)
@@ -117,15 +113,6 @@ check_sdk() {
   content "$work/sdk" | diff "$work/sdk_before" - || fail 'the SDK is not as it was'
 }
 
-check_hot_fixes() {
-  run 0 hot-fix "$media/hf1" "$work/tree"
-  run 1 hot-fix "$media/hf2" "$work/tree"
-  expect_text HF1
-  run 0 verify "$work/tree"
-  run 1 hot-fix "$media/sp2" "$work/tree"
-  run 1 service-pack "$media/hf2" "$work/tree"
-}
-
 check_tasks() {
   local pid
   cp /bin/sleep "$system/code/bin/TEVSleep"
@@ -180,7 +167,6 @@ check_interruption
 check_foreign_lists
 check_what_stands_in_the_way
 check_sdk
-check_hot_fixes
 check_tasks
 check_settings
 check_registration

@@ -45,8 +45,7 @@ class ServicesTest : public Fixture {
 
   void ExpectRun(const Run& run, int status, const std::string& message) {
     EXPECT_EQ(run(), status);
-    EXPECT_EQ(message_.ConvertToChar(), message);
-    message_ = "untouched";
+    EXPECT_EQ(Told(), message);
   }
 
   void ExpectUpdate(const Update& update) {
@@ -59,7 +58,6 @@ class ServicesTest : public Fixture {
 
   const std::string services_ = Path("services");
   const std::string inetd_ = Path("inetd.conf");
-  TEVUnicodeString message_ = "untouched";
 
   const Run ports_ = [this] { return UpdatePorts(1, 2, 3, CharPath(services_), &message_); };
   const Run new_ports_ = [this] { return NewPorts({1, 2, 3}); };
@@ -82,7 +80,7 @@ TEST_F(ServicesTest, Registers) {
   ExpectUpdate({services_, kAppended, kAppended + kAppended, 0, ports_});
   ExpectUpdate({inetd_, kRay, kRay, 0, ray_});
   Write("inetd.conf", "mi-ray 1\n" + kEntry);
-  ExpectRun(ray_, 0, "untouched");
+  ExpectRun(ray_, 0, kUntouched);
 }
 
 TEST_F(ServicesTest, ReplacesPorts) {
@@ -127,8 +125,11 @@ TEST_F(ServicesTest, LooksForEntries) {
                       std::string(end));
     EXPECT_EQ(CheckNeedUpdateServices(CharPath(Path("file")), CharPath("/i")), end[0] == ' ');
   }
-  Write("LFSFS", "\n2047 KB");
-  EXPECT_EQ(SatComputeRequired(CharPath(dir_), message_), 1);
+  EXPECT_EQ(SatComputeRequired(CharPath(dir_), message_), 0) << "no file";
+  for (const char* size : {"", "\n2047 KB"}) {
+    Write("LFSFS", size);
+    EXPECT_EQ(SatComputeRequired(CharPath(dir_), message_), size[0] == '\0' ? 0 : 1);
+  }
 }
 
 TEST_F(ServicesTest, FilesThatCannotBeOpened) {
@@ -139,8 +140,13 @@ TEST_F(ServicesTest, FilesThatCannotBeOpened) {
     EXPECT_EQ(CheckEtcServices(0), -1);
   };
   expect_refusals(ENOENT);
-  for (const char* file : {"services", "inetd.conf"})
+  for (const std::string& file : {services_, inetd_}) ASSERT_EQ(mkfifo(file.c_str(), 0666), 0);
+  expect_refusals(ENOTSUP);
+  EXPECT_EQ(CheckNeedUpdateServices(CharPath(services_), CharPath("/i")), 1);
+  for (const char* file : {"services", "inetd.conf"}) {
+    fs::remove(Path(file));
     chmod(Write(file, "morvelk7run").c_str(), 0444);
+  }
   AsNobody([&] { expect_refusals(EACCES); });
   const Run too_long = [this] { return UpdateDemon(CharPath(std::string(974, 'd')), &message_); };
   ExpectRun(too_long, -1, Message("ErrWndWriteServicesFile", inetd_));
@@ -154,6 +160,7 @@ TEST_F(ServicesTest, TellsWithoutACatalog) {
   Write("services");
   ExpectRun(ports_, 1, "File " + services_ + "  was updated\n");
   SetEnv("VRK_ODT_TMP", nullptr);
+  EXPECT_EQ(SatUpdateService(message_) + CheckEtcServices(0), -2);
   ExpectRun(demon_, -1, "VRK_ODT_TMP is not set\n");
 }
 
@@ -175,6 +182,12 @@ TEST_F(ServicesTest, KeepsModeAndOwner) {
   fs::create_symlink("real", services_);
   EXPECT_EQ(ports_() + NewPorts({0, 0, 0}), 2);
   EXPECT_FALSE(fs::is_symlink(services_));
+  EXPECT_EQ(Read(Path("real")), updates_[4].after + kAppended);
+  // A link in the place of the new file leads to nothing that is written.
+  fs::create_symlink("real", services_ + ".tmp");
+  ExpectUpdate(updates_[4]);
+  fs::create_hard_link(Write("inetd.conf"), inetd_ + ".tmp");
+  ExpectUpdate(updates_[5]);
   EXPECT_EQ(Read(Path("real")), updates_[4].after + kAppended);
 }
 

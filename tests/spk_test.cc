@@ -55,7 +55,6 @@ class ServicePackTest : public Fixture {
 
   std::string os_;  ///< so named that a control file is unpacked in a directory of this test
   std::string unpacked_;
-  TEVUnicodeString message_ = "untouched";
 };
 
 TEST_F(ServicePackTest, PrunesTheLinesOfOneServicePack) {
@@ -80,6 +79,7 @@ TEST_F(ServicePackTest, PrunesTheLinesOfOneServicePack) {
   }
   EXPECT_EQ(Prune(Write("PRESENT", others), Path("pruned"), "SP3", zeb2), 0);
   EXPECT_EQ(Read(Path("pruned")), others.substr(others.find('\n') + 1));
+  EXPECT_EQ(TEVInsResetPresent().Remove(CharPath("SP3"), code), -1) << "no source";
 }
 
 TEST_F(ServicePackTest, SavesFirstWordsAndRestoresWholeLines) {
@@ -99,7 +99,7 @@ TEST_F(ServicePackTest, SavesFirstWordsAndRestoresWholeLines) {
   EXPECT_EQ(Tree(), "0|3d|lead.beforeSPK|link|prog|tab|x y|");
   EXPECT_EQ(Read(Path("tree/prog")) + Read(Path("tree/0")), "prognew");
   EXPECT_FALSE(Exists(unpacked_));
-  EXPECT_STREQ(message_.ConvertToChar(), "untouched");
+  EXPECT_EQ(Told(), kUntouched);
 }
 
 TEST_F(ServicePackTest, PrefersTheCompressedArchive) {
@@ -116,12 +116,12 @@ TEST_F(ServicePackTest, TellsWhatCannotBeRenamed) {
   const std::string b = Write("tree/b"), saved = MakeDir("tree/b.beforeSPK");
   Pack("b");  // no file takes the place of a directory
   EXPECT_EQ(Save(), -1);
-  EXPECT_EQ(message_.ConvertToChar(), Message("ErrWndRenameFile.Text", b, saved));
+  EXPECT_EQ(Told(), Message("ErrWndRenameFile.Text", b, saved));
   fs::remove(saved);
   fs::rename(b, saved);
   MakeDir("tree/b");
   EXPECT_EQ(Restore("b\n"), -1);
-  EXPECT_EQ(message_.ConvertToChar(), Message("ErrWndRenameFile.Text", saved, b));
+  EXPECT_EQ(Told(), Message("ErrWndRenameFile.Text", saved, b));
 }
 
 TEST_F(ServicePackTest, TellsControlFilesThatCannotBeHad) {
@@ -129,14 +129,14 @@ TEST_F(ServicePackTest, TellsControlFilesThatCannotBeHad) {
   const std::string not_unpacked = Message("ErrWndExtractTar.Text", os_ + "/control/SP1", archive) +
                                    Message("CheckTmpDir", "/tmp");
   EXPECT_EQ(Save(), -1) << "no archive";
-  EXPECT_EQ(message_.ConvertToChar(), not_unpacked);
+  EXPECT_EQ(Told(), not_unpacked);
   Pack("a\n" + std::string(5000, 'x'));
   fs::resize_file(archive, 2048);
   EXPECT_EQ(Save(), -1);
   EXPECT_FALSE(Exists(unpacked_)) << "the part that was there";
   Pack("");
   EXPECT_EQ(Save(), -1);
-  EXPECT_EQ(message_.ConvertToChar(), Message("ErrWndOpenControlFile.Text", unpacked_, "2"));
+  EXPECT_EQ(Told(), Message("ErrWndOpenControlFile.Text", unpacked_, "2"));
   EXPECT_FALSE(Exists(unpacked_));
 }
 

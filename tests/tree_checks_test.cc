@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr const char* kUntouched = "untouched";
-
 /// The tables of a medium and of a tree, and what a check makes of them.
 struct Case {
   std::string medium, tree;
@@ -39,11 +37,10 @@ class TreeChecks : public Fixture {
     if (damaged) Write("aix/" + file, "123456x");
   }
 
-  /// Expects a status and a message, and forgets the message.
+  /// Expects a status and a message.
   void Expect(int status, int expected, const std::string& message = kUntouched) {
     EXPECT_EQ(status, expected);
-    EXPECT_EQ(message_.ConvertToChar(), message);
-    message_ = kUntouched;
+    EXPECT_EQ(Told(), message);
   }
 
   using Check = std::function<int(TEVINSInstToc*, TEVINSMediaToc*, TEVUnicodeString*)>;
@@ -55,8 +52,6 @@ class TreeChecks : public Fixture {
       Expect(check(&tree, &medium, &message_), c.status, c.message);
     }
   }
-
-  TEVUnicodeString message_ = kUntouched;
 };
 
 TEST_F(TreeChecks, WhatIsStillToInstall) {
@@ -116,7 +111,7 @@ TEST_F(TreeChecks, TheCodeHasTheLevelOnEverySystem) {
   Expect(check(), 0, Message("ErrWndGALevelCode", "R12", dir_, "R11", "aix"));
   Tree("code:FWK:BASE:os=aix:ga=R12");
   EXPECT_EQ(check(), 0);
-  EXPECT_EQ(std::string(message_.ConvertToChar()).find("ErrorInitToc|"), 0U);
+  EXPECT_EQ(Told().find("ErrorInitToc|"), 0U);
 }
 
 TEST_F(TreeChecks, SystemAndLevelsMustMatch) {
@@ -130,7 +125,6 @@ TEST_F(TreeChecks, SystemAndLevelsMustMatch) {
       {base, "code:FWK:B:os=aix:ga=R11", 0, Message("ErrWndGALevel", "R12", "R11")}};
   for (auto* check : {TEVInsCheckPrereq, TEVInsCheckPrereqGA, TEVInsCheckPrereqGASP}) {
     Expect(same, check);
-    EXPECT_EQ(check(nullptr, nullptr, &message_), check == TEVInsCheckPrereq ? 1 : 0);
   }
   Expect({{pack + "2", base, 1}}, TEVInsCheckPrereqGA);
   Expect({{pack + "2", base, 0, Message("ErrWndGASPLevel2", "R12", "2", "R12")},
@@ -172,6 +166,12 @@ TEST_F(TreeChecks, TheCodeHasTheServicePackOfTheMedium) {
   Expect({{medium, tree + "2", 0, Message("ErrorMustReinstallSPKCode", "2", "AIX")}}, check);
 }
 
+TEST_F(TreeChecks, ANameIsInAList) {
+  char names[][48] = {"One", "Two", "Three"};
+  EXPECT_EQ(TEVInsCheckUnloadCAF(names, 2, names[1]), 1);
+  EXPECT_EQ(TEVInsCheckUnloadCAF(names, 2, names[2]), 0);
+}
+
 TEST_F(TreeChecks, AServicePackWasInterrupted) {
   const struct {
     const char* record;
@@ -200,6 +200,8 @@ TEST_F(TreeChecks, TheServicePackIsCommitted) {
   Expect(committed(3), 0, Message("MsgCheckBadInstalledSPK", dir_, "R12", "3", "2"));
   Write("aix/control/SPK.list");
   Expect(committed(2), 0, Message("MsgCheckInstallSPKNotCommitted", dir_, "R12", "2"));
+  Tree("code:SPK:P:level=2");
+  Expect(committed(2) + committed(3), 0);
   EXPECT_EQ(TEVInsCheckInstallSPKCommitted(CharPath(dir_), 2, CharPath("no"), &message_), 0);
 }
 
@@ -234,12 +236,15 @@ TEST_F(TreeChecks, WhereAHotFixMayGo) {
           {for_pack, for_pack, -1, Message("ErrHFXAlreadyInstalled", "HF1")},
           {for_pack, pack + "code:HFX:HF0", -1, Message("ErrHFXLevelold", "HF0", "HF1")},
           {pack, base, -1},
-          {pack, for_pack, -1}},
+          {pack, for_pack, -1},
+          {"code:HFX:HF1", "code:SPK:S", -1}},
          check);
   List("S", "code/s");
-  Expect({{for_pack, pack, -1, Message("ErrHFXneedreinstallSPK", "1", "HF1")}}, check);
+  Expect({{pack, pack, -1}, {for_pack, pack, -1, Message("ErrHFXneedreinstallSPK", "1", "HF1")}},
+         check);
   Write("aix/control/SPK.list");
-  Expect({{for_pack, for_pack, -1, Message("ErrHFXCommitSPK", "1", "HF1")}}, check);
+  Expect({{pack, pack, -1}, {for_pack, for_pack, -1, Message("ErrHFXCommitSPK", "1", "HF1")}},
+         check);
 }
 
 }  // namespace
