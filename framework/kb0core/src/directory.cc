@@ -25,9 +25,8 @@ int TEVReadDirectory(TEVDirectory directory, TEVDirectoryEntry* entry, int* end)
     if (errno == 0) *end = 1;
     return -1;
   }
-  const size_t bytes = std::strlen(found->d_name) + 1;
-  if (bytes > sizeof entry->name) return -1;  // a shortened name would be that of another file
-  std::memcpy(entry->name, found->d_name, bytes);
+  static_assert(sizeof found->d_name <= sizeof entry->name);
+  std::strcpy(entry->name, found->d_name);
   return 0;
 }
 
