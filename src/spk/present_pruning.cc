@@ -78,11 +78,8 @@ int TEVInsResetPresent::IsLineToRemove(char* name, std::strstream& line, TEVINST
 
   // A line with fewer than three fields is written as it was; the separators of another are ':'.
   if (parting.size() == 2) parting = "::";
-  parting.resize(2);
   dest_ << fields[0];
-  for (size_t i = 0; i < 2; ++i) {
-    if (parting[i] != '\0') dest_ << parting[i] << fields[i + 1];
-  }
+  for (size_t i = 0; i < parting.size(); ++i) dest_ << parting[i] << fields[i + 1];
   return static_cast<int>(fields[0].size() + fields[1].size() + fields[2].size()) + 2;
 }
 
