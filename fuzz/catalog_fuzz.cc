@@ -13,8 +13,9 @@ const std::string kFile = fuzz::Path("Fuzzed.msg");
 
 /// What is left of a text without the blanks around it.
 std::string Stripped(std::string text) {
-  while (!text.empty() && kBlanks.find(text.back()) != std::string::npos) text.pop_back();
-  while (!text.empty() && kBlanks.find(text.front()) != std::string::npos) text.erase(0, 1);
+  const std::string blanks = " \t\r";
+  while (!text.empty() && blanks.find(text.back()) != std::string::npos) text.pop_back();
+  while (!text.empty() && blanks.find(text.front()) != std::string::npos) text.erase(0, 1);
   return text;
 }
 

@@ -68,6 +68,7 @@ class Input {
 class TempDir {
  public:
   TempDir() {
+    umask(022);  // the targets know the modes of what they make
     const char* parent = std::getenv("TMPDIR");
     if (parent == nullptr) parent = access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
     path_ = std::string(parent) + "/kwinst-fuzz-XXXXXX";

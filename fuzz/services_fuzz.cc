@@ -59,10 +59,10 @@ bool Has(const std::string& content, std::string_view name) {
 }
 
 /// A file with `line` in the place of each one that begins with `name`.
-std::string Replaced(const std::string& content, const std::string& name, const std::string& line) {
+std::string Replaced(std::string_view content, std::string_view name, std::string_view line) {
   std::string result;
   for (const std::string_view old : Lines(content, kPiece)) {
-    result += fuzz::BeginsWith(old, name) ? std::string_view(line) : old;
+    result += fuzz::BeginsWith(old, name) ? line : old;
   }
   return result;
 }
