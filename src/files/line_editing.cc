@@ -21,9 +21,9 @@ bool Matches(string_view line, string_view text, bool atStart) {
 /// Copies the lines without `text`, and tells whether there are any. False when a read or a write
 /// failed.
 bool CopyOtherLines(std::FILE* from, std::FILE* to, string_view text, bool atStart, bool* any) {
-  char buffer[2047];
-  while (const size_t length = kwinst::ReadPiece(from, buffer, sizeof(buffer))) {
-    const string_view line(buffer, length);
+  constexpr size_t kLongestLine = 2047;
+  kwinst::PieceReader reader(from, kLongestLine);
+  for (string_view line = reader.Next(); !line.empty(); line = reader.Next()) {
     if (Matches(line, text, atStart)) continue;
     if (std::fwrite(line.data(), 1, line.size(), to) != line.size()) return false;
     *any = true;

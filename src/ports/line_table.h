@@ -33,9 +33,9 @@ constexpr size_t kSlotSize = 1024;
 /// file cannot be read; errno then tells why.
 template <typename Use>
 bool ForEachPiece(std::FILE* file, Use use) {
-  char piece[kSlotSize - 1];
-  while (const size_t length = ReadPiece(file, piece, sizeof(piece))) {
-    if (!use(std::string_view(piece, length))) break;
+  PieceReader reader(file, kSlotSize - 1);
+  for (std::string_view piece = reader.Next(); !piece.empty(); piece = reader.Next()) {
+    if (!use(piece)) break;
   }
   return std::ferror(file) == 0;
 }

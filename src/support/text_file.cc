@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace kwinst {
@@ -29,15 +30,19 @@ InputFile OpenForReading(const char* path) {
   return InputFile(file);
 }
 
-size_t ReadPiece(std::FILE* file, char* piece, size_t size) {
-  size_t length = 0;
-  while (length < size) {
-    const int c = getc_unlocked(file);
-    if (c == EOF) break;
-    piece[length++] = static_cast<char>(c);
-    if (c == '\n') break;
+std::string_view PieceReader::Next() {
+  size_t length = unread_.substr(0, size_).find('\n') + 1;
+  if (length == 0 && unread_.size() < size_) {
+    std::string_view::traits_type::move(buffer_, unread_.data(), unread_.size());
+    const size_t room = sizeof(buffer_) - unread_.size();
+    const size_t more = std::fread(buffer_ + unread_.size(), 1, room, file_);
+    unread_ = std::string_view(buffer_, unread_.size() + more);
+    length = unread_.substr(0, size_).find('\n') + 1;
   }
-  return length;
+  if (length == 0) length = std::min(size_, unread_.size());
+  const std::string_view piece = unread_.substr(0, length);
+  unread_.remove_prefix(length);
+  return piece;
 }
 
 void CutNewline(char* line) { line[std::strcspn(line, "\n")] = '\0'; }

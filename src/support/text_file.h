@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <memory>
+#include <string_view>
 
 namespace kwinst {
 
@@ -41,10 +42,23 @@ void ForEachLine(std::FILE* file, Use use) {
   }
 }
 
-/// Reads a line, its newline included, or a piece of `size` characters of a longer one, without a
-/// terminator: zero bytes are characters like any others. Returns its length, 0 at the end of the
-/// file or when it cannot be read.
-size_t ReadPiece(std::FILE* file, char* piece, size_t size);
+/// Reads a file in lines, their newlines included, or in pieces of `size` characters of longer
+/// ones. Zero bytes are characters like any others. The file itself is read ahead.
+class PieceReader {
+ public:
+  /// `size` is at most that of the buffer.
+  PieceReader(std::FILE* file, size_t size) : file_(file), size_(size) {}
+
+  /// The next piece, valid until the next call; empty at the end of the file or when it cannot be
+  /// read.
+  std::string_view Next();
+
+ private:
+  std::FILE* file_;
+  size_t size_;
+  char buffer_[1 << 14];
+  std::string_view unread_;  ///< in the buffer
+};
 
 /// Cuts a line at its newline.
 void CutNewline(char* line);
