@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <string>
+#include <string_view>
 
 #include "kwinstutil/spk.h"
 
@@ -9,24 +11,33 @@ namespace {
 
 int line_removed = 0;  ///< never goes back
 
-/// Reads a line, without its newline, and looks whether another follows: `from` stays good only
-/// then. Returns the line's length.
-std::streamsize ReadLine(std::istream& from, std::strstream& line) {
-  from.get(*line.rdbuf(), '\n');
-  const std::streamsize length = from.gcount();
-  // To get() an empty line is a failure.
-  if (length == 0 && !from.bad()) from.clear();
-  from.ignore();
-  from.peek();
-  return length;
-}
+constexpr size_t kFieldSize = 47;
 
-/// Reads up to 47 characters, and not the ':' behind them.
-std::string ReadField(std::istream& line) {
-  char field[48];
-  line.get(field, sizeof field, ':');
-  line.clear();  // to get() an empty field is a failure
-  return std::string(field, static_cast<size_t>(line.gcount()));
+/// What a line begins with: up to three fields of up to 47 characters.
+struct Head {
+  std::string_view fields[3];
+  size_t length = 0;  ///< in the line, with the characters that part the fields
+
+  bool Names(std::string_view service_pack, TEVINSType type) const {
+    return fields[0] == kTEVINSNames[type] && fields[1] == "SPK" && fields[2] == service_pack;
+  }
+};
+
+/// Finds the head of a line. When it has all three fields, the characters that part them become
+/// ':', which they are not behind a field that is too long.
+Head FindHead(std::string& line) {
+  const std::string_view text = line;
+  Head head;
+  size_t partings[3] = {};
+  for (size_t i = 0; i < 3; ++i) {
+    if (i > 0 && head.length == text.size()) return head;
+    if (i > 0) partings[i] = head.length++;
+    const std::string_view rest = text.substr(head.length);
+    head.fields[i] = rest.substr(0, std::min(rest.find(':'), kFieldSize));
+    head.length += head.fields[i].size();
+  }
+  line[partings[1]] = line[partings[2]] = ':';
+  return head;
 }
 
 }  // namespace
@@ -47,16 +58,12 @@ int TEVInsResetPresent::InitDest(char* path) noexcept {
 
 int TEVInsResetPresent::Remove(char* name, TEVINSType type) noexcept {
   if (!source_.is_open()) return -1;
-  for (source_.peek(); source_.good();) {
-    std::strstream line;
-    const std::streamsize length = ReadLine(source_, line);
-    const int taken = IsLineToRemove(name, line, type);
-    if (taken == 0) {
+  for (std::string line; std::getline(source_, line);) {
+    if (FindHead(line).Names(name, type)) {
       line_removed = 1;
       continue;
     }
-    if (length > taken) dest_ << line.rdbuf();
-    dest_.put('\n').flush();
+    dest_ << (line += '\n') << std::flush;
     if (dest_.fail()) return -1;
   }
   if (source_.bad()) return -1;
@@ -66,21 +73,18 @@ int TEVInsResetPresent::Remove(char* name, TEVINSType type) noexcept {
 }
 
 int TEVInsResetPresent::IsLineToRemove(char* name, std::strstream& line, TEVINSType type) noexcept {
-  std::string fields[3];
-  std::string parting;  // the characters between them: ':', or one of a field that is too long
-  fields[0] = ReadField(line);
-  for (int i = 1, c = 0; i < 3 && (c = line.get()) != std::strstream::traits_type::eof(); ++i) {
-    parting += static_cast<char>(c);
-    fields[i] = ReadField(line);
-  }
+  std::string text(3 * kFieldSize + 2, '\0');
+  std::streambuf& buffer = *line.rdbuf();
+  const std::streamsize read = buffer.sgetn(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<size_t>(read));
+  const Head head = FindHead(text);
+  const auto length = static_cast<std::streamsize>(head.length);
+  if (length < read) buffer.pubseekoff(length - read, std::ios::cur, std::ios::in);
+  if (head.Names(name, type)) return 0;
 
-  if (fields[0] == kTEVINSNames[type] && fields[1] == "SPK" && fields[2] == name) return 0;
-
-  // A line with fewer than three fields is written as it was; the separators of another are ':'.
-  if (parting.size() == 2) parting = "::";
-  dest_ << fields[0];
-  for (size_t i = 0; i < parting.size(); ++i) dest_ << parting[i] << fields[i + 1];
-  return static_cast<int>(fields[0].size() + fields[1].size() + fields[2].size()) + 2;
+  dest_.write(text.data(), length);
+  const auto& [first, second, third] = head.fields;
+  return static_cast<int>(first.size() + second.size() + third.size()) + 2;
 }
 
 int TEVInsResetPresent::FileCopy(char* from, char* to) noexcept {
@@ -88,10 +92,8 @@ int TEVInsResetPresent::FileCopy(char* from, char* to) noexcept {
   if (!source.good()) return -1;
   std::ofstream dest(to);
   if (!dest.good()) return -1;
-  for (source.peek(); source.good();) {
-    std::strstream line;
-    if (ReadLine(source, line) > 0) dest << line.rdbuf();
-    dest.put('\n');
+  for (std::string line; std::getline(source, line);) {
+    dest << (line += '\n');
     if (dest.fail()) return -1;
   }
   dest.close();
