@@ -127,13 +127,13 @@ uint32_t UpdateCrc(uint32_t crc, const unsigned char* data, size_t size) {
   return UpdateCrcByTable(crc, data, size);
 }
 
-int FileChecksum::Compute(const std::string& path, uint32_t& checksum) {
+int FileChecksum::Compute(const std::string& path, uint64_t size, uint32_t& checksum) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (file.number == -1) return errno;
   uint32_t crc = 0;
   uint64_t length = 0;
   ssize_t count = 0;
-  while ((count = read(file.number, buffer_.data(), buffer_.size())) > 0) {
+  while (length < size && (count = read(file.number, buffer_.data(), buffer_.size())) > 0) {
     crc = UpdateCrc(crc, buffer_.data(), static_cast<size_t>(count));
     length += static_cast<uint64_t>(count);
   }

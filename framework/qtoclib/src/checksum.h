@@ -11,9 +11,10 @@ namespace kwinst {
 /// The checksum that cksum(1) prints, of one file after another.
 class FileChecksum {
  public:
-  /// Computes the checksum of the file `path`, which is no symbolic link. Returns 0, or the error
+  /// Computes the checksum of the file `path` of `size` bytes, which is no symbolic link. Does not
+  /// look for more: that would be one more system call for each file. Returns 0, or the error
   /// number when the file cannot be read.
-  int Compute(const std::string& path, uint32_t& checksum);
+  int Compute(const std::string& path, uint64_t size, uint32_t& checksum);
 
  private:
   std::vector<unsigned char> buffer_ = std::vector<unsigned char>(1 << 16);

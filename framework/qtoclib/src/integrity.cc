@@ -204,7 +204,7 @@ std::string IntegrityCheck::WhatIsWrong(const std::string& path, const Expected&
     return "mode is " + Octal(info.st_mode) + ", should be " + Octal(expected.mode);
   }
   uint32_t checksum = 0;
-  if (const int error = checksum_.Compute(full_path, checksum); error != 0) {
+  if (const int error = checksum_.Compute(full_path, expected.size, checksum); error != 0) {
     return CannotBeRead(error);
   }
   return checksum == expected.checksum ? "" : "content has changed";
