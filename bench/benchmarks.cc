@@ -1,5 +1,5 @@
 // Measures the library beside programs and bare loops that do the same work, and prints a table of
-// the ratios. Where the alternative is a program, the library's side is a process as well: call.cc.
+// the ratios.
 
 #include <benchmark/benchmark.h>
 #include <kwinstutil/ports.h>
@@ -17,12 +17,14 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
 #include <stdexcept>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "calls.h"
 #include "process.h"
 #include "table.h"
 
@@ -64,15 +66,19 @@ std::string Read(const std::string& path) {
   return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
-/// A side that is a program. Its output goes to a file, as that of the library does.
-Side Program(std::vector<std::string> words, const std::string& output = "/dev/null") {
-  return {[words = std::move(words), output] { RunProgram(words, output); }};
+/// A side that is a program. What it prints goes to the file `output`.
+Side Program(const std::vector<std::string>& words, const std::string& output = "/dev/null") {
+  return {[words, output] { RunProgram(words, output); }};
 }
 
-/// A side that is a call of the library, in a process of its own.
-Side Call(std::vector<std::string> words) {
+/// A call of the library (see calls.h), also as a process of its own, beside something else.
+Pair Compare(int items, std::vector<std::string> words, Side alternative,
+             const std::function<void()>& prepare = nullptr) {
+  Pair pair = {items, {[words] { Call(words); }}, std::move(alternative)};
   words.insert(words.begin(), CALL_PROGRAM);
-  return Program(std::move(words));
+  pair.process = Program(words);
+  for (Side* side : {&pair.library, &pair.alternative, &pair.process}) side->prepare = prepare;
+  return pair;
 }
 
 std::string FileName(int i) { return "code/" + to_string(i / 100) + "/file" + to_string(i); }
@@ -98,28 +104,25 @@ Pair Transfer(int files) {
     fs::remove_all("tree");
     fs::create_directory("tree");
   };
-  Pair pair = {files,
-               Call({"transfer", "Product", fs::current_path(), fs::current_path() / "tree"}),
-               Program({"tar", "-C", "tree", "-xf", "Product"})};
-  pair.library.prepare = pair.alternative.prepare = clear;
-  return pair;
+  const fs::path here = fs::current_path();
+  return Compare(files, {"transfer", "Product", here, here / "tree"},
+                 Program({"tar", "-C", "tree", "-xf", "Product"}), clear);
 }
 
 Pair DeleteDir(int files) {
-  Pair pair = {files, Call({"delete-dir", "tree"}), Program({"rm", "-rf", "tree"})};
-  pair.library.prepare = pair.alternative.prepare = [files] { MakeTree("tree", files, "text\n"); };
-  return pair;
+  return Compare(files, {"delete-dir", "tree"}, Program({"rm", "-rf", "tree"}),
+                 [files] { MakeTree("tree", files, "text\n"); });
 }
 
 /// Replaces the product's three lines, with sed too.
 Pair ReplacePorts(int lines) {
   const std::string comment = "#Brovik Communication ports|";
-  return {lines, Call({"update-ports", "services"}),
-          Program({"sed", "-i",
-                   "s|^morvelk7bb.*|morvelk7bb       1/tcp   " + comment +
-                       ";s|^morvelk7run.*|morvelk7run      2/tcp   " + comment +
-                       ";s|^TEVDeviceBroker.*|TEVDeviceBroker 3/tcp     " + comment,
-                   "services"})};
+  return Compare(lines, {"update-ports", "services"},
+                 Program({"sed", "-i",
+                          "s|^morvelk7bb.*|morvelk7bb       1/tcp   " + comment +
+                              ";s|^morvelk7run.*|morvelk7run      2/tcp   " + comment +
+                              ";s|^TEVDeviceBroker.*|TEVDeviceBroker 3/tcp     " + comment,
+                          "services"}));
 }
 
 constexpr const char* kProductPorts =
@@ -157,19 +160,24 @@ void WritePresent(int lines) {
 
 Pair RemoveBesideGrep(int lines) {
   WritePresent(lines);
-  return {lines, Call({"remove-lines", "PRESENT", "pruned", "SP3"}),
-          Program({"grep", "-v", "^code:SPK:SP3", "PRESENT"}, "pruned.grep")};
+  return Compare(lines, {"remove-lines", "PRESENT", "pruned", "SP3"},
+                 Program({"grep", "-v", "^code:SPK:SP3", "PRESENT"}, "pruned.grep"));
 }
 
 Pair RemoveBesideWrites(int lines) {
   WritePresent(lines);
-  return {lines, Call({"remove-lines", "PRESENT", "pruned", "SP3"}),
-          Call({"write-line-by-line", "PRESENT", "pruned.bare", "code:SPK:SP3"})};
+  return {lines,
+          {[] {
+            Call({"remove-lines", "PRESENT", "pruned", "SP3"});
+          }},
+          {[] {
+            Call({"write-line-by-line", "PRESENT", "pruned.bare", "code:SPK:SP3"});
+          }}};
 }
 
 Pair CopyLines(int lines) {
   WritePresent(lines);
-  return {lines, Call({"copy-file", "PRESENT", "copy"}), Program({"cp", "PRESENT", "copy.cp"})};
+  return Compare(lines, {"copy-file", "PRESENT", "copy"}, Program({"cp", "PRESENT", "copy.cp"}));
 }
 
 /// Opens a table and asks for each of its packages.
@@ -221,13 +229,13 @@ Pair IntegrityBesideMd5sum(int files) {
   std::vector<std::string> words = MakeInstalledTree(files);
   words.insert(words.begin(), "md5sum");
   RunProgram(words, "sums");
-  return {files, Call({"check-integrity", "."}), Program({"md5sum", "-c", "sums"})};
+  return Compare(files, {"check-integrity", "."}, Program({"md5sum", "-c", "sums"}));
 }
 
 Pair IntegrityBesideCksum(int files) {
   std::vector<std::string> words = MakeInstalledTree(files);
   words.insert(words.begin(), "cksum");
-  return {files, Call({"check-integrity", "."}), Program(std::move(words))};
+  return Compare(files, {"check-integrity", "."}, Program(words));
 }
 
 bool Bind(int socket, int port) {
@@ -281,12 +289,14 @@ Pair SearchPort(int ports) {
     close(tried);
     benchmark::DoNotOptimize(bound.sin_port);
   };
-  return {ports, {library}, {bare_loop}, std::make_shared<TakenPorts>(ports)};
+  return {ports, {library}, {bare_loop}, {}, std::make_shared<TakenPorts>(ports)};
 }
 
 Pair ListTasks(int processes) {
   const auto sleepers = std::make_shared<Sleepers>(processes);
-  return {CountProcesses(), Call({"check-task", "/nowhere"}), Program({"ps", "-ef"}), sleepers};
+  Pair pair = Compare(CountProcesses(), {"check-task", "/nowhere"}, Program({"ps", "-ef"}));
+  pair.needed = sleepers;
+  return pair;
 }
 
 Pair Load(int times) {
@@ -298,36 +308,38 @@ Pair Load(int times) {
   return {times, {repeat({LOAD_PROGRAM, LIBRARY})}, {repeat({LOAD_PROGRAM})}};
 }
 
-const Line kLines[] = {
-    {"`TEVInsTransferCAF`", "`tar -xf`", "files", 1.02, {200, 2'000, 20'000}, Transfer},
-    {"`TEVInsDeleteDir`", "`rm -rf`", "files", 1.0, {500, 5'000, 50'000}, DeleteDir},
-    {"`UpdateNewPorts`", "`sed -i`", "lines", 0.5, {200, 2'000, 20'000}, MadeServices},
-    {"`UpdateNewPorts`, `/etc/services`", "`sed -i`", "lines", 0.5, {1, 10, 100}, OwnServices},
-    {"`Remove`", "`grep -v`", "lines", 0, {1'000, 10'000, 100'000}, RemoveBesideGrep},
-    {"`Remove`", "its writes alone", "lines", 0, {1'000, 10'000, 100'000}, RemoveBesideWrites},
-    {"`FileCopy`", "`cp`", "lines", 0, {1'000, 10'000, 100'000}, CopyLines},
-    {"table of contents",
-     "`getline`, `unordered_map`",
-     "packages",
-     1.5,
-     {400, 4'000, 40'000},
-     AskTable},
-    {"`TEVInsCheckIntegrityGA`",
-     "`md5sum -c`",
-     "files",
-     1.0 / 3,
-     {200, 2'000, 20'000},
-     IntegrityBesideMd5sum},
-    {"`TEVInsCheckIntegrityGA`",
-     "`cksum`",
-     "files",
-     1.0,
-     {200, 2'000, 20'000},
-     IntegrityBesideCksum},
-    {"`GetFreePort`", "`bind` loop", "ports", 1.05, {20, 200, 2'000}, SearchPort},
-    {"`TEVInsCheckTask`", "`ps -ef`", "processes", 1.05, {20, 200, 2'000}, ListTasks},
-    {"loading", "nothing loaded", "starts", 0, {1, 10, 100}, Load},
-};
+std::vector<Line> Lines() {
+  return {
+      {"`TEVInsTransferCAF`", "`tar -xf`", "files", 1.02, {200, 2'000, 20'000}, Transfer},
+      {"`TEVInsDeleteDir`", "`rm -rf`", "files", 1.0, {500, 5'000, 50'000}, DeleteDir},
+      {"`UpdateNewPorts`", "`sed -i`", "lines", 0.5, {200, 2'000, 20'000}, MadeServices},
+      {"`UpdateNewPorts`, `/etc/services`", "`sed -i`", "lines", 0.5, {1, 10, 100}, OwnServices},
+      {"`Remove`", "`grep -v`", "lines", 0, {1'000, 10'000, 100'000}, RemoveBesideGrep},
+      {"`Remove`", "its writes alone", "lines", 0, {1'000, 10'000, 100'000}, RemoveBesideWrites},
+      {"`FileCopy`", "`cp`", "lines", 0, {1'000, 10'000, 100'000}, CopyLines},
+      {"table of contents",
+       "`getline`, `unordered_map`",
+       "packages",
+       1.5,
+       {400, 4'000, 40'000},
+       AskTable},
+      {"`TEVInsCheckIntegrityGA`",
+       "`md5sum -c`",
+       "files",
+       1.0 / 3,
+       {200, 2'000, 20'000},
+       IntegrityBesideMd5sum},
+      {"`TEVInsCheckIntegrityGA`",
+       "`cksum`",
+       "files",
+       1.0,
+       {200, 2'000, 20'000},
+       IntegrityBesideCksum},
+      {"`GetFreePort`", "`bind` loop", "ports", 1.05, {20, 200, 2'000}, SearchPort},
+      {"`TEVInsCheckTask`", "`ps -ef`", "processes", 1.05, {20, 200, 2'000}, ListTasks},
+      {"loading", "nothing loaded", "starts", 0, {1, 10, 100}, Load},
+  };
+}
 
 }  // namespace
 
@@ -338,6 +350,7 @@ int main(int argc, char** argv) try {
                                     "--benchmark_min_time=0.03"};
   words.insert(words.end(), argv + 1, argv + argc);
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   int count = static_cast<int>(words.size());
@@ -347,7 +360,7 @@ int main(int argc, char** argv) try {
   setenv("TEVMsgCatalogPath", SOURCE_DIR "/resources/msgcatalog", 1);
   umask(022);
   std::string table = TableHead();
-  for (const Line& line : kLines) {
+  for (const Line& line : Lines()) {
     if (line.library.find(wanted) == std::string::npos) continue;
     const ScratchDir scratch;
     table += TableRow(line);

@@ -1,85 +1,15 @@
 // One call of the library as a process of its own, to be compared with a program that does the same
-// work. The last two are what the contract asks of a call at the least.
+// work.
 
-#include <fcntl.h>
-#include <kwinstutil/kwinstutil.h>
-#include <unistd.h>
-
-#include <array>
 #include <cstdio>
-#include <fstream>
-#include <iostream>
-#include <iterator>
-#include <map>
-#include <string>
-#include <string_view>
+#include <exception>
 
-namespace {
+#include "calls.h"
 
-/// The words behind the name of the call.
-using Words = std::array<std::string, 3>;
-
-bool Transfer(Words words) {
-  auto& [component, medium, tree] = words;
-  TEVUnicodeString message;
-  constexpr int kAllLanguages = 127;
-  return TEVInsTransferCAF(component.data(), medium.data(), tree.data(), "aix_a", kAllLanguages,
-                           message) == 0;
-}
-
-bool DeleteDir(Words words) { return TEVInsDeleteDir(words[0].data(), 1) == 0; }
-
-bool ReplacePorts(Words words) { return UpdateNewPorts(1, 2, 3, words[0].data(), nullptr) == 1; }
-
-bool RemoveLines(Words words) {
-  auto& [source, dest, service_pack] = words;
-  TEVInsResetPresent reset;
-  return reset.InitSource(source.data()) == 0 && reset.InitDest(dest.data()) == 0 &&
-         reset.Remove(service_pack.data(), code) == 0 && reset.IsLineRemoved() == 1;
-}
-
-bool CopyFile(Words words) {
-  return TEVInsResetPresent::FileCopy(words[0].data(), words[1].data()) == 0;
-}
-
-bool CheckIntegrity(Words words) {
-  TEVINSInstToc table(words[0].c_str());
-  TEVUnicodeString message;
-  return TEVInsCheckIntegrityGA(&table, words[0].data(), std::cout, &message, 0) == 0;
-}
-
-bool CheckTask(Words words) {
-  TEVInsTaskList tasks;
-  return tasks.TEVInsCheckTask(words[0].c_str(), nullptr) == 0;
-}
-
-/// Writes each line of the first file that does not begin with the third word to the second file,
-/// on its own: nothing but the writes that Remove cannot do without.
-bool WriteLineByLine(Words words) {
-  const auto& [source, dest, left_out] = words;
-  std::ifstream file(source);
-  const std::string text(std::istreambuf_iterator<char>(file), {});
-  const int to = open(dest.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-  for (std::string_view rest = text; !rest.empty();) {
-    const std::string_view line = rest.substr(0, rest.find('\n') + 1);
-    rest.remove_prefix(line.size());
-    if (line.substr(0, left_out.size()) == left_out) continue;
-    if (write(to, line.data(), line.size()) != static_cast<ssize_t>(line.size())) return false;
-  }
-  return close(to) == 0;
-}
-
-}  // namespace
-
-int main(int argc, char** argv) {
-  const std::map<std::string_view, bool (*)(Words)> calls = {
-      {"transfer", Transfer},         {"delete-dir", DeleteDir},
-      {"update-ports", ReplacePorts}, {"remove-lines", RemoveLines},
-      {"copy-file", CopyFile},        {"check-integrity", CheckIntegrity},
-      {"check-task", CheckTask},      {"write-line-by-line", WriteLineByLine},
-  };
-  Words words;
-  for (int i = 2; i < argc && i < 5; ++i) words.at(static_cast<size_t>(i) - 2) = argv[i];
-  const auto call = calls.find(argc > 1 ? argv[1] : "");
-  return call != calls.end() && call->second(words) ? 0 : 1;
+int main(int argc, char** argv) try {
+  if (argc > 1) Call({argv + 1, argv + argc});
+  return 0;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "%s\n", error.what());
+  return 1;
 }

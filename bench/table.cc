@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
+#include <iterator>
 #include <map>
 #include <vector>
 
@@ -44,13 +46,21 @@ void Register(const char* name, const Side& side) {
   })->UseRealTime();
 }
 
-/// What both sides took at one size. `ratios` are those of runs that were made at about the same
+Seconds Ratios(const Seconds& one, const Seconds& other) {
+  Seconds ratios;
+  std::transform(one.begin(), one.end(), other.begin(), std::back_inserter(ratios),
+                 std::divides<double>());
+  return ratios;
+}
+
+/// What the sides took at one size. The ratios are those of runs that were made at about the same
 /// time.
 struct Measured {
   int items = 0;
   Seconds library;
   Seconds alternative;
   Seconds ratios;
+  Seconds process_ratios;  ///< of the library in a process of its own
 };
 
 Measured Measure(const Line& line, int size) {
@@ -58,14 +68,14 @@ Measured Measure(const Line& line, int size) {
   const Pair pair = line.make(size);
   Register("library", pair.library);
   Register("alternative", pair.alternative);
+  if (pair.process.work) Register("process", pair.process);
   Collector collector;
   benchmark::RunSpecifiedBenchmarks(&collector);
   benchmark::ClearRegisteredBenchmarks();
-  Measured measured = {pair.items, collector.Of("library"), collector.Of("alternative"), {}};
-  for (size_t i = 0; i < measured.library.size(); ++i) {
-    measured.ratios.push_back(measured.library[i] / measured.alternative[i]);
-  }
-  return measured;
+  const Seconds& library = collector.Of("library");
+  const Seconds& alternative = collector.Of("alternative");
+  return {pair.items, library, alternative, Ratios(library, alternative),
+          Ratios(collector.Of("process"), alternative)};
 }
 
 /// The value below which `part` of the values lie, between two of them if need be.
@@ -91,6 +101,7 @@ std::string Milliseconds(const Seconds& values) {
 }
 
 std::string Ratio(const Seconds& ratios) {
+  if (ratios.empty()) return "—";
   return Number(Median(ratios), 2) + " (" + Number(Quantile(ratios, 0.25), 2) + "–" +
          Number(Quantile(ratios, 0.75), 2) + ")";
 }
@@ -115,9 +126,8 @@ std::string Row(const std::vector<std::string>& cells) {
 
 std::string TableHead() {
   const std::vector<std::string> titles = {
-      "Library",   "Beside",          "Size", "Time",
-      "Beside it", "Ratio",           "Goal", "Ratio at 1×, 10×",
-      "Growth",    "Growth beside it"};
+      "Library", "Beside",           "Size",         "Time",   "Beside it",       "Ratio",
+      "Goal",    "Ratio at 1×, 10×", "As processes", "Growth", "Growth beside it"};
   return Row(titles) + Row(std::vector<std::string>(titles.size(), "---"));
 }
 
@@ -129,6 +139,6 @@ std::string TableRow(const Line& line) {
   return Row({line.library, line.alternative, std::to_string(largest.items) + ' ' + line.items,
               Milliseconds(largest.library), Milliseconds(largest.alternative),
               Ratio(largest.ratios), line.goal > 0 ? "≤ " + Number(line.goal, 2) : "—",
-              Ratio(sizes[0].ratios) + ", " + Ratio(sizes[1].ratios),
+              Ratio(sizes[0].ratios) + ", " + Ratio(sizes[1].ratios), Ratio(largest.process_ratios),
               Growth(sizes, &Measured::library), Growth(sizes, &Measured::alternative)});
 }

@@ -17,6 +17,7 @@ struct Pair {
   int items;
   Side library;
   Side alternative;
+  Side process = {};  ///< the library in a process of its own, when that is of interest
   std::shared_ptr<void> needed = nullptr;  ///< what must live meanwhile
 };
 
