@@ -59,7 +59,7 @@ class ServicePackTest : public Fixture {
 
 TEST_F(ServicePackTest, PrunesTheLinesOfOneServicePack) {
   const std::string n47(47, 'n');
-  const std::string binary("code:\0:b\0:\xff\n", 12);
+  const std::string binary = n47 + std::string("\0x\ncode:\0:b\0:\xff\n", 15);
   const std::string others = "zeb2:SPK:SP3:x\ncode:HFX:SP3\ncode:SPK:SP33\ncode:SPK:sp3\n";
   // Lines, the service pack, what stays. Nothing is dropped from the first six.
   const std::string kCases[][3] = {
