@@ -101,30 +101,4 @@ TEST_F(NullTest, TellsTheInstallerThatNothingWasDone) {
   EXPECT_EQ(Told(), kUntouched);
 }
 
-// What does its work without a message, or without the tables that it asks.
-TEST_F(NullTest, ChangesNoStatus) {
-  EXPECT_EQ(TEVInsCheckMedia(code, nullptr, nullptr), -1);
-  EXPECT_EQ(TEVInsCheckMediaSPK(nullptr, nullptr), 4);
-  EXPECT_EQ(TEVInsCheckMediaHFX(nullptr, nullptr), 4);
-  EXPECT_EQ(TEVInsCheckInstallSMP(nullptr, nullptr, nullptr), 0);
-  EXPECT_EQ(TEVInsCheckInstallZEB(nullptr, nullptr, nullptr, nullptr), 0);
-  EXPECT_EQ(TEVInsCheckInstallSPK(code, nullptr, nullptr, nullptr), 0);
-  EXPECT_EQ(TEVInsCheckInstallCode(t, "R12", nullptr), 0);
-  EXPECT_EQ(TEVInsCheckInstallCode(CharPath(dir_), "R12", nullptr), 0);
-  EXPECT_EQ(TEVInsCheckCodeLevel(nullptr, t, nullptr), 0);
-  EXPECT_EQ(CheckValuePortMinMax(1023, nullptr) + CheckValuePortMinMax(65536, nullptr), 0);
-  EXPECT_EQ(ExportServersTimeout(1, nullptr), -1);
-  EXPECT_EQ(executeCmd(CharPath("true"), nullptr, 5), 0);
-  EXPECT_EQ(UpdatePorts(1, 2, 3, t, nullptr), -1);
-  EXPECT_EQ(UpdateNewPorts(1, 2, 3, t, nullptr), -1);
-  CharPath services(Write("services"));
-  EXPECT_EQ(UpdatePorts(1, 2, 3, services, nullptr), 1);
-  EXPECT_EQ(UpdateNewPorts(1, 2, 3, services, nullptr), 1);
-  Write("services");
-  EXPECT_EQ(UpdateNewPorts(1, 2, 3, services, nullptr), 1);
-  Write("TEVInsErrorTransfer.log", "side log");
-  TEVInsTransferLogInfo(CharPath(dir_), nullptr, code, nullptr);
-  EXPECT_FALSE(Exists(Path("TEVInsErrorTransfer.log")));
-}
-
 }  // namespace

@@ -82,19 +82,6 @@ TEST_F(TocTest, EveryLineCountsOrIsTold) {
   }
 }
 
-TEST_F(TocTest, LevelsAndSystem) {
-  const std::string table =
-      "code:FWK:B:os=aix:ga=R1=2\ncode:PRD:C:os=hp:os=sun:level=8\ncode:SPK:S:level=3\n"
-      "zeb2:SPK:T:level=+2\ncode:FSP:F:level=9\ncode:HFX:H:level=5\ncode:HFX:I:level=4\n";
-  const TEVINSMediaToc toc(Write("TOC", table).c_str());
-  EXPECT_STREQ(toc.GetOS(), "sun");
-  EXPECT_STREQ(toc.GetGALevel(), "R1=2");
-  EXPECT_STREQ(toc.GetHFXName(), "I");
-  EXPECT_EQ(toc.GetHFXLevel(), 4);
-  EXPECT_EQ(toc.GetSPKLevel(1), 3);
-  EXPECT_EQ(TEVINSMediaToc(Write("TOC", "code:SPK:S").c_str()).GetSPKLevel(1), 1);
-}
-
 TEST_F(TocTest, ListsAndReportsHaveALimit) {
   std::string table;
   for (int i = 1; i <= 4098; ++i) table += "code:PRD:P" + std::to_string(i) + "\n";

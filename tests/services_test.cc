@@ -83,43 +83,7 @@ TEST_F(ServicesTest, Registers) {
   ExpectRun(ray_, 0, kUntouched);
 }
 
-TEST_F(ServicesTest, ReplacesPorts) {
-  const std::string binary("a\0b\n\xff\xfe\r\n", 8);
-  const std::string piece(1023, 'x');
-  const std::string many(100'000, '\n');
-  const struct {
-    std::array<int, 3> ports;
-    std::string before, after;
-  } kCases[] = {{{0, 0, 0}, "#morvelk7bb\n morvelk7run", "#morvelk7bb\n morvelk7run"},
-                {{0, 2, 0}, "morvelk7run 8\nftp\nmorvelk7runner", kRun + "ftp\n" + kRun},
-                {{1, 0, 3}, "TEVDeviceBroker\nmorvelk7bb", kBroker + kBb},
-                {{1, 2, 0}, "morvelk7bb\nx", kBb + "x\n" + kRun},
-                {{0, 0, 0}, "morvelk7bb\nftp", "morvelk7bb\nftp"},
-                {{1, 0, 0}, binary + "morvelk7bb\n" + binary, binary + kBb + binary},
-                {{1, 0, 0}, piece + "morvelk7bb y\nz", piece + kBb + "z"},
-                {{1, 2, 3}, many + "morvelk7bb\n", many + kBb + kRun + kAddedBroker}};
-  for (const auto& c : kCases) {
-    ExpectUpdate({services_, c.before, c.after, 0, [&] { return NewPorts(c.ports); }});
-  }
-}
-
 TEST_F(ServicesTest, LooksForEntries) {
-  const std::string slave = "mi-ray          7001/tcp   # Rendering slave\n";
-  const struct {
-    std::string services;
-    int both, broker, satellite;
-    std::string added;
-  } kCases[] = {{"morvelk7bb\n", -1, -1, 1, slave},
-                {"morvelk7run\nx\nmorvelk7bb", 1, -1, 1, "\n" + slave},
-                {" TEVDeviceBroker\n# see mi-ray\n", -1, -1, 0, ""},
-                {"TEVDeviceBroker2 mi-ray", -1, 1, 0, ""}};
-  for (const auto& c : kCases) {
-    Write("services", c.services);
-    EXPECT_EQ(CheckEtcServices(100), c.both);
-    EXPECT_EQ(CheckEtcServices(0), c.broker);
-    EXPECT_EQ(SatUpdateService(message_), c.satellite);
-    EXPECT_EQ(Read(services_), c.services + c.added);
-  }
   for (const char* end : {"", "\nx", " \n"}) {
     Write("file", "morvelk7run stream tcp nowait root /i/code/bin/TEVSysDemon  #TEVSysDemon" +
                       std::string(end));
