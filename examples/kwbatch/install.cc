@@ -347,6 +347,7 @@ void Install(const Options& options) {
   for (const Medium& medium : media) {
     if (TEVFileAccess(Unfinished(medium, target).c_str(), 0) != 0) continue;
     CutFragment(SystemDir(medium, target), 0);
+    RestoreSystemFiles();
   }
   const Plan plan = MakePlan(options, std::move(media));
   Say("Medium " + plan.request.medium);

@@ -98,6 +98,15 @@ Ports ChoosePorts(const Options& options) {
   return ports;
 }
 
+void RestoreSystemFiles() {
+  const std::string services = SystemFile("services");
+  const std::string inetd = SystemFile("inetd.conf");
+  // Of services the other file is the new one, whole only when the old one is gone; of inetd.conf
+  // it is the old one.
+  if (!Exists(services)) TEVRenameFile((services + ".tmp").c_str(), services.c_str());
+  if (Exists(inetd + ".tmp")) TEVRenameFile((inetd + ".tmp").c_str(), inetd.c_str());
+}
+
 void RegisterPorts(const Ports& ports, const std::string& system_dir, Log& log) {
   if (ports.run == 0) return;
   const auto tell = [&log](const std::string& text) {

@@ -18,6 +18,10 @@ struct Ports {
 /// registered already and no option asks for others. Throws a Refusal.
 Ports ChoosePorts(const Options& options);
 
+/// Brings back the system files that an earlier run of kwbatch was rewriting when it was
+/// interrupted: their content has the name FILE.tmp then.
+void RestoreSystemFiles();
+
 /// Registers the ports, and the daemon of the system directory, in the system's files; says and
 /// logs what has changed. Throws a Refusal.
 void RegisterPorts(const Ports& ports, const std::string& system_dir, Log& log);
