@@ -25,8 +25,10 @@ int TEVReadDirectory(TEVDirectory directory, TEVDirectoryEntry* entry, int* end)
     if (errno == 0) *end = 1;
     return -1;
   }
-  static_assert(sizeof found->d_name <= sizeof entry->name);
-  std::strcpy(entry->name, found->d_name);
+  // Some file systems have longer names than dirent says.
+  const size_t bytes = std::strlen(found->d_name) + 1;
+  if (bytes > sizeof entry->name) return -1;  // a shortened name would be that of another file
+  std::memcpy(entry->name, found->d_name, bytes);
   return 0;
 }
 
