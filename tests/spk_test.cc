@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <tuple>
 
 #include "fixture.h"
 
@@ -66,6 +67,22 @@ TEST_F(ServicePackTest, RemembersThatALineWasRemoved) {
     EXPECT_EQ(Prune(Path("PRESENT"), Path("pruned"), name), 0);
     EXPECT_EQ(TEVInsResetPresent::IsLineRemoved(), 1);
   }
+}
+
+TEST_F(ServicePackTest, WritesTheHeadOfALineThatStays) {
+  const std::tuple<const char*, int, const char*> kLines[] = {
+      {"code:SPK:SP3:level=3", 0, ":level=3"}, {"code:SPK:SP33:x", 13, ":x"}, {"code", 6, ""}};
+  for (const auto& [text, length, behind] : kLines) {
+    TEVInsResetPresent reset;
+    ASSERT_EQ(reset.InitDest(CharPath(Path("head"))), 0);
+    std::strstream line;
+    line << text;
+    EXPECT_EQ(reset.IsLineToRemove(CharPath("SP3"), line, code), length);
+    std::string rest;
+    std::getline(line, rest);
+    EXPECT_EQ(rest, behind);
+  }
+  EXPECT_EQ(Read(Path("head")), "code");
 }
 
 TEST_F(ServicePackTest, SavesFirstWordsAndRestoresWholeLines) {

@@ -53,10 +53,9 @@ KWINSTUTIL_EXPORT void TEVInsTransferLogInfo(char* dir, const char* componentNam
 /// beside it as FILE.tmpPID.
 ///
 /// Returns
-///    1  done. When no line would be left, `file` stays as it was, and the empty FILE.tmpPID stays
-///       beside it;
-///   -1  an argument is null, or one of the files cannot be opened, read, written or renamed.
-///   `file`
+///    1  done. When no line would be left, or FILE.tmpPID cannot be looked at, `file` stays as it
+///       was, and FILE.tmpPID stays beside it;
+///   -1  an argument is null, or one of the files cannot be opened, read, written or renamed. `file`
 ///       stays as it was; FILE.tmpPID stays when it was made.
 KWINSTUTIL_EXPORT int TEVInsSuppressLine(char* file, char* text, TEVUnicodeString* message,
                                          int atStart) noexcept;

