@@ -78,7 +78,7 @@ void UseScratch(const std::string& dir) {
   if (!fs::is_directory(dir)) throw Refusal("The directory " + dir + " does not exist.\n");
   for (const std::string name : {"services", "inetd.conf"}) {
     // An interrupted run has left the file under this name.
-    if (fs::exists(dir + "/" + name + ".tmp")) continue;
+    if (!fs::exists(dir + "/" + name) && fs::exists(dir + "/" + name + ".tmp")) continue;
     std::error_code ignored;
     if (!fs::exists(dir + "/" + name)) fs::copy_file("/etc/" + name, dir + "/" + name, ignored);
     AppendToFile(dir + "/" + name, "");

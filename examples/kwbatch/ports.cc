@@ -99,12 +99,16 @@ Ports ChoosePorts(const Options& options) {
 }
 
 void RestoreSystemFiles() {
-  const std::string services = SystemFile("services");
+  for (const char* name : {"services", "inetd.conf"}) {
+    const std::string file = SystemFile(name);
+    if (!Exists(file)) TEVRenameFile((file + ".tmp").c_str(), file.c_str());
+  }
   const std::string inetd = SystemFile("inetd.conf");
-  // Of services the other file is the new one, whole only when the old one is gone; of inetd.conf
-  // it is the old one.
-  if (!Exists(services)) TEVRenameFile((services + ".tmp").c_str(), services.c_str());
-  if (Exists(inetd + ".tmp")) TEVRenameFile((inetd + ".tmp").c_str(), inetd.c_str());
+  if (!Exists(inetd + ".tmp")) return;
+  throw Refusal("An earlier run may have been interrupted while it rewrote " + inetd +
+                ", which was " + inetd +
+                ".tmp before: compare the two, put the good one in the place of " + inetd +
+                ", remove the other, and run the command again.\n");
 }
 
 void RegisterPorts(const Ports& ports, const std::string& system_dir, Log& log) {

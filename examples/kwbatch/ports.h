@@ -18,8 +18,9 @@ struct Ports {
 /// registered already and no option asks for others. Throws a Refusal.
 Ports ChoosePorts(const Options& options);
 
-/// Brings back the system files that an earlier run of kwbatch was rewriting when it was
-/// interrupted: their content has the name FILE.tmp then.
+/// Gives the system files their names again that an interrupted run of kwbatch was rewriting: their
+/// content has the name FILE.tmp then. Throws a Refusal when inetd.conf is there beside it, for which
+/// is good only the user can tell.
 void RestoreSystemFiles();
 
 /// Registers the ports, and the daemon of the system directory, in the system's files; says and
