@@ -19,8 +19,8 @@ struct Ports {
 Ports ChoosePorts(const Options& options);
 
 /// Gives the system files their names again that an interrupted run of kwbatch was rewriting: their
-/// content has the name FILE.tmp then. Throws a Refusal when inetd.conf is there beside it, for which
-/// is good only the user can tell.
+/// content has the name FILE.tmp then. Throws a Refusal when inetd.conf is there beside it, for
+/// which is good only the user can tell.
 void RestoreSystemFiles();
 
 /// Registers the ports, and the daemon of the system directory, in the system's files; says and
