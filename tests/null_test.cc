@@ -67,16 +67,6 @@ TEST_F(NullTest, TellsTheInstallerThatNothingWasDone) {
   TEVInsRemoveLang(nullptr, t, t, 0);
   TEVInsRemoveLang(t, t, nullptr, 0);
 
-  EXPECT_EQ(Answers([&](auto* a) { return ExportK6(0, t, 1, 0, t, a); }, m), "-1 ");
-  const auto tck = [](char* a, char* b, auto* message) {
-    return ExportTCK(a, b, 1, 1, message, 1);
-  };
-  EXPECT_EQ(Answers(tck, t, t, m), "-1 -1 -1 ");
-  EXPECT_EQ(CheckDir(nullptr), -1);
-  EXPECT_EQ(Answers(TEVInsEnvname, t, t, t), "0 0 0 ");
-  EXPECT_EQ(Answers(TEVInsGetJavaHome, t), "-1 ");
-  EXPECT_EQ(Answers([&](auto* a) { return TEVInsCheckJavaHome(a, *m, *m); }, t), "-1 ");
-
   const auto transfer = [&](auto... a) { return TEVInsTransferCAF(a..., t, 127, *m); };
   EXPECT_EQ(Answers(transfer, t, t, t), "-1 -1 -1 ");
   EXPECT_EQ(Answers([](auto... a) { return TEVInsSuppressLine(a..., nullptr, 0); }, t, t),

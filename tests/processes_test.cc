@@ -62,18 +62,6 @@ TEST_F(ProcessesTest, ListsAllProcessesAndDescendants) {
   EXPECT_EQ(tasks.TEVInsGetAllProcess(), 0);
 }
 
-TEST_F(ProcessesTest, StopsAtAHundredTasks) {
-  std::string tasks, children = Line(1, 0, "/t/parent");
-  for (int i = 2; i <= 150; ++i) {
-    tasks += Line(i, 1, "/t/x");
-    children += Line(i, 1, "child");
-  }
-  for (const auto& lines : {tasks, children, tasks + Line(200, 101, "child of the hundredth")}) {
-    FakePs(lines);
-    EXPECT_EQ(TEVInsTaskList().TEVInsCheckTask("/t", nullptr), 100);
-  }
-}
-
 TEST_F(ProcessesTest, StopsRealProcesses) {
   prctl(PR_SET_CHILD_SUBREAPER, 1);  // all that are started become children of this process
   const std::string prog = MakeDir("tree") + "/prog";

@@ -55,7 +55,7 @@ KWINSTUTIL_EXPORT void TEVInsTransferLogInfo(char* dir, const char* componentNam
 /// Returns
 ///    1  done. When no line would be left, or FILE.tmpPID cannot be looked at, `file` stays as it
 ///       was, and FILE.tmpPID stays beside it;
-///   -1  an argument is null, or one of the files cannot be opened, read, written or renamed. `file`
+///   -1  an argument is null, or one of the files cannot be opened, read, written or renamed. FILE
 ///       stays as it was; FILE.tmpPID stays when it was made.
 KWINSTUTIL_EXPORT int TEVInsSuppressLine(char* file, char* text, TEVUnicodeString* message,
                                          int atStart) noexcept;
