@@ -56,7 +56,7 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
   static int IsLineRemoved() noexcept;
 
   /// Decides one line, which comes without its newline, and writes its first three fields, as many
-  /// as there are, when it is kept. For use by Remove.
+  /// as there are, when it is kept: what Remove does with each line.
   ///
   /// Returns 0 when the line is to be dropped, else the length of the three fields plus 2; what is
   /// behind them is left in `line`.
