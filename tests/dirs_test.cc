@@ -108,6 +108,14 @@ TEST_F(DirsTest, DeletesTreesAndNothingBeyond) {
   const std::string outside = Write("outside/file");
   Write("tree/a/b/file");
   Write("tree/.hidden");
+  fs::permissions(Path("tree/a"), fs::perms(0444));
+  fs::permissions(Path("tree"), fs::perms(0555));
+  AsNobody([this] {
+    EXPECT_EQ(TEVInsDeleteDir(CharPath(Path("tree")), 1), 0) << "what cannot be deleted stays";
+    EXPECT_EQ(TEVInsDeleteDir(CharPath(Path("tree/a")), 1), -1) << "nothing there can be examined";
+  });
+  EXPECT_TRUE(Exists(Path("tree/.hidden")));
+  for (const char* dir : {"tree", "tree/a"}) fs::permissions(Path(dir), fs::perms(0755));
   fs::create_symlink(Path("outside"), Path("tree/a/link"));
   fs::create_symlink("nowhere", Path("tree/dangling"));
   EXPECT_EQ(TEVInsDeleteDir(CharPath(Path("tree")), 0), 0);

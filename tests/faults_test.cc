@@ -295,7 +295,7 @@ TEST_F(FaultTest, Memory) {
   CheckMemory({"UpdateNewPorts", kDone, "-1 ErrWndAllocServicesFile", kServices}, kRenew);
   CheckMemory({"UpdateDemon", kDone, "-1 ", kInetd}, kDemon);
   CheckMemory({"SatUpdateInet", kDone, "-2 ", kInetd}, kRay);
-  CheckMemory({"TEVInsDeleteDir", "0 ", "-1 ", "tree/f=x"},
+  CheckMemory({"TEVInsDeleteDir", "0 ", "-1 ", "tree/a/f=x"},
               [](auto*) { return TEVInsDeleteDir(CharPath("tree"), 1); });
   CheckMemory({"TEVInsGetAllProcess", "1 ", "0 "},
               [](auto*) { return TEVInsTaskList().TEVInsGetAllProcess() > 0 ? 1 : 0; });

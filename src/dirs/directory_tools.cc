@@ -14,9 +14,16 @@
 
 namespace {
 
-bool IsDirectory(const TEVFileInfo& info) { return (info.mode & 0xF000) == 0x4000; }
+bool IsDirectory(unsigned int mode) { return (mode & 0xF000) == 0x4000; }
 
-/// Deletes one entry of `dir`. False when it cannot be examined; what cannot be deleted stays.
+/// A file goes at once, by the type that its directory tells of it. False when that did not go, or
+/// it is none.
+bool DeleteKnownFile(TEVDirectory directory, const TEVDirectoryEntry& entry) {
+  return entry.type != 0 && !IsDirectory(entry.type) && TEVDeleteEntry(directory, entry.name) == 0;
+}
+
+/// Deletes the entry `name` of `dir`, with what is in it. False when it cannot be examined; what
+/// cannot be deleted stays.
 bool DeleteEntry(const char* dir, const char* name, int removeDirectories) {
   const size_t size = std::strlen(dir) + std::strlen(name) + 2;
   const std::unique_ptr<char[]> path(new (std::nothrow) char[size]);
@@ -25,7 +32,7 @@ bool DeleteEntry(const char* dir, const char* name, int removeDirectories) {
 
   TEVFileInfo info;
   if (TEVGetFileInfo(path.get(), &info) != 0) return false;
-  if (IsDirectory(info)) {
+  if (IsDirectory(info.mode)) {
     TEVInsDeleteDir(path.get(), removeDirectories);
   } else {
     TEVDeleteFile(path.get());
@@ -59,6 +66,7 @@ int TEVInsDeleteDir(char* dir, int removeDirectories) noexcept {
   int end = 0;
   while (TEVReadDirectory(directory, &entry, &end) == 0) {
     if (std::strcmp(entry.name, ".") == 0 || std::strcmp(entry.name, "..") == 0) continue;
+    if (DeleteKnownFile(directory, entry)) continue;
     if (!DeleteEntry(dir, entry.name, removeDirectories)) {
       TEVCloseDirectory(directory);
       return -1;
