@@ -31,53 +31,13 @@ bool SameSystemAndLevel(TEVINSInstToc* installed, TEVINSMediaToc* media, const M
   return true;
 }
 
-/// Holds one installed system of the code against the service-pack level of the medium.
-class CodeLevelCheck {
- public:
-  CodeLevelCheck(const char* codeDir, int mediaLevel, const MessageFrame& frame,
-                 TEVUnicodeString* message)
-      : code_dir_(codeDir), media_level_(mediaLevel), frame_(frame), message_(message) {}
-
-  bool operator()(const char* system, TEVINSInstToc* table) {
-    if (table != nullptr) installed_level_ = table->GetSPKLevel(1);
-    const char* os = table != nullptr ? table->GetOS() : nullptr;
-    if (installed_level_ < media_level_) {
-      if (message_ != nullptr) {
-        *message_ =
-            frame_.Build("ErrorBadMedia_1", {Number(media_level_), os, Number(media_level_)});
-      }
-      return false;
-    }
-    if (installed_level_ > media_level_) {
-      // Not tested for null, unlike the message above: callers have always seen it so.
-      *message_ = frame_.Build("ErrorBadMedia_2", {Number(installed_level_), os});
-      return false;
-    }
-    return IsIntact(system, table, os);
-  }
-
- private:
-  bool IsIntact(const char* system, TEVINSInstToc* table, const char* os) {
-    // The report is thrown into a file of this name, which stays in the current directory.
-    std::ofstream report("NUL");
-    std::string system_dir = kwinst::JoinPath(code_dir_, system);
-    TEVUnicodeString unwanted;
-    if (TEVInsCheckIntegrityGA(table, system_dir.data(), report, &unwanted, 0) != -3) return true;
-    if (table != nullptr) {
-      *message_ = frame_.Build("ErrorMustReinstallSPKCode", {Number(installed_level_), os},
-                               Format("You must re-install Code Service Pack level %d for OS %s\n",
-                                      installed_level_, os == nullptr ? "" : os)
-                                   .c_str());
-    }
-    return false;
-  }
-
-  std::string code_dir_;
-  int media_level_;
-  int installed_level_ = 0;  ///< of the system before, while a table is missing
-  const MessageFrame& frame_;
-  TEVUnicodeString* message_;
-};
+/// Are files of the service pack in `systemDir` damaged?
+bool ServicePackIsDamaged(TEVINSInstToc* table, std::string systemDir) {
+  // The report is thrown into a file of this name, which stays in the current directory.
+  std::ofstream report("NUL");
+  TEVUnicodeString unwanted;
+  return TEVInsCheckIntegrityGA(table, systemDir.data(), report, &unwanted, 0) == -3;
+}
 
 }  // namespace
 
@@ -158,6 +118,28 @@ int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
     return 0;
   }
   const int media_level = media == nullptr ? 0 : media->GetSPKLevel(1);
-  const CodeLevelCheck check(code_dir, media_level, frame, message);
+  int level = 0;  // of the system before, while a table is missing
+  const auto check = [&](const char* system, TEVINSInstToc* table) {
+    if (table != nullptr) level = table->GetSPKLevel(1);
+    const char* os = table != nullptr ? table->GetOS() : nullptr;
+    if (level < media_level) {
+      if (message != nullptr) {
+        *message = frame.Build("ErrorBadMedia_1", {Number(media_level), os, Number(media_level)});
+      }
+      return false;
+    }
+    // From here on the message is not tested for null: callers have always seen it so.
+    if (level > media_level) {
+      *message = frame.Build("ErrorBadMedia_2", {Number(level), os});
+      return false;
+    }
+    if (!ServicePackIsDamaged(table, kwinst::JoinPath(code_dir, system))) return true;
+    if (table != nullptr) {
+      const std::string text = Format("You must re-install Code Service Pack level %d for OS %s\n",
+                                      level, os == nullptr ? "" : os);
+      *message = frame.Build("ErrorMustReinstallSPKCode", {Number(level), os}, text.c_str());
+    }
+    return false;
+  };
   return kwinst::ForEachInstalledSystem(code_dir, frame, message, check) ? 1 : 0;
 }

@@ -68,16 +68,14 @@ int TEVInsGetZEBDir(char* dir, char* result) noexcept {
 void TEVInsReadOSFile(const char* dir, int index, char* result) noexcept {
   if (dir == nullptr || result == nullptr || index < 1 || index > 4) return;
   if (TEVFileAccess(dir, 0) != 0) return;
-  char found[16] = "";
+  std::string found;
   int number = 0;
   const auto find = [&found, &number, index](const char* word) {
-    if (++number < index) return true;
-    return !kwinst::CopyWhole(word, found, sizeof(found));
+    if (++number == index) found = word;
+    return number < index;
   };
   const std::string path = kwinst::JoinPath(dir, "OSUNIX");
-  if (kwinst::ForEachWord<sizeof(found)>(path.c_str(), find)) {
-    kwinst::CopyWhole(found, result, sizeof(found));
-  }
+  if (kwinst::ForEachWord<16>(path.c_str(), find)) std::strcpy(result, found.c_str());
 }
 
 void TEVInsGetTempDir(char* result) noexcept {

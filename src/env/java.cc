@@ -1,7 +1,6 @@
 #include <kb0core/TEVEnvironment.h>
 
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <string>

@@ -83,7 +83,7 @@ bool ExportDirectory(char (&buffer)[Size], const char* key, const char* path,
     return false;
   }
   const std::string entry = Entry(key, path);
-  if (entry.size() >= Size) return false;
+  if (!Fits(entry, buffer)) return false;
   std::string copy = path;
   char examined[1024] = "";
   if (TEVInsCheckAccessDir(copy.data(), examined) != 0) {

@@ -33,41 +33,6 @@ constexpr int kEnd = kwinst::kHighestPort + 1;
 char* config_entry = nullptr;
 char* library_entry = nullptr;
 
-bool Refuse(const TEVUnicodeString& text, TEVUnicodeString* message) {
-  *message = text;
-  return false;
-}
-
-/// Are the three numbers what they may be? Tells the first that is not.
-bool WithinLimits(int port, int base, int range, const MessageFrame& frame,
-                  TEVUnicodeString* message) {
-  // The limits in the messages are the nearest values that are refused.
-  if (port < kLowestPort) {
-    return Refuse(frame.Build("ErrBadOrbixPort1", {Number(port), Number(kLowestPort - 1)}),
-                  message);
-  }
-  if (port > kHighestDaemonPort) {
-    return Refuse(frame.Build("ErrBadOrbixPort2", {Number(port), Number(kHighestDaemonPort + 1)}),
-                  message);
-  }
-  if (base < kLowestPort) {
-    return Refuse(frame.Build("ErrBadServerBase1", {Number(base), Number(kLowestPort - 1)}),
-                  message);
-  }
-  if (base > kHighestBase) {
-    return Refuse(frame.Build("ErrBadServerBase2", {Number(base), Number(kHighestBase + 1)}),
-                  message);
-  }
-  if (range < kSmallestRange) {
-    return Refuse(frame.Build("ErrBadServerRange1", {Number(range), Number(kSmallestRange - 1)}),
-                  message);
-  }
-  if (range >= kEnd - base) {
-    return Refuse(frame.Build("ErrBadServerRange2", {Number(range), Number(kEnd - base)}), message);
-  }
-  return true;
-}
-
 /// Puts `entry` into the environment in a buffer of its own. The earlier buffer, `held`, is freed
 /// only when the environment no longer points to it.
 void PublishAtAnyLength(const std::string& entry, char*& held) {
@@ -84,16 +49,36 @@ int TEVInsCheckOrbixValue(int port, int base, int range, int boot,
                           TEVUnicodeString* message) noexcept {
   if (message == nullptr) return -1;
   const MessageFrame frame;
-  if (!WithinLimits(port, base, range, frame, message)) return 0;
+  const auto refuse = [message](const TEVUnicodeString& text) {
+    *message = text;
+    return 0;
+  };
+  // The limits in the messages are the nearest values that are refused.
+  if (port < kLowestPort) {
+    return refuse(frame.Build("ErrBadOrbixPort1", {Number(port), Number(kLowestPort - 1)}));
+  }
+  if (port > kHighestDaemonPort) {
+    return refuse(frame.Build("ErrBadOrbixPort2", {Number(port), Number(kHighestDaemonPort + 1)}));
+  }
+  if (base < kLowestPort) {
+    return refuse(frame.Build("ErrBadServerBase1", {Number(base), Number(kLowestPort - 1)}));
+  }
+  if (base > kHighestBase) {
+    return refuse(frame.Build("ErrBadServerBase2", {Number(base), Number(kHighestBase + 1)}));
+  }
+  if (range < kSmallestRange) {
+    return refuse(frame.Build("ErrBadServerRange1", {Number(range), Number(kSmallestRange - 1)}));
+  }
+  if (range >= kEnd - base) {
+    return refuse(frame.Build("ErrBadServerRange2", {Number(range), Number(kEnd - base)}));
+  }
   const int found = GetFreePort(port, message, kHighestDaemonPort);
   if (found == -1) return 0;
   if (found != port) {
-    *message = frame.Build("ErrWndOrbixPortNotFree", {Number(port), Number(found)});
-    return 0;
+    return refuse(frame.Build("ErrWndOrbixPortNotFree", {Number(port), Number(found)}));
   }
   if (port >= base) {
-    *message = frame.Build("ErrWndOrbixServerBase", {Number(base), Number(port)});
-    return 0;
+    return refuse(frame.Build("ErrWndOrbixServerBase", {Number(base), Number(port)}));
   }
   const bool exported =
       kwinst::Publish(varOrbixPort, Format("ORBIX_ItDaemonPort=%d", port)) &&

@@ -2,7 +2,6 @@
 #include <kb0core/TEVFile.h>
 #include <sys/stat.h>
 
-#include <cstring>
 #include <ctime>
 
 #include "kwinstutil/report.h"
