@@ -34,7 +34,8 @@ bool Keep(std::string* line, const std::string& name, TEVINSType type) {
   const size_t second = FieldEnd(*line, std::min(first + 1, line->size()));
   const size_t third = std::min(second + 1, line->size());
   const auto field = [line](size_t begin, size_t end) {
-    return begin < end ? line->substr(begin, end - begin) : "";
+    const std::string text = begin < end ? line->substr(begin, end - begin) : "";
+    return text.substr(0, text.find('\0'));
   };
   if (field(0, first) == kTEVINSNames[type] && field(first + 1, second) == "SPK" &&
       field(third, FieldEnd(*line, third)) == name) {

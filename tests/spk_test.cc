@@ -70,8 +70,11 @@ TEST_F(ServicePackTest, RemembersThatALineWasRemoved) {
 }
 
 TEST_F(ServicePackTest, WritesTheHeadOfALineThatStays) {
-  const std::tuple<const char*, int, const char*> kLines[] = {
-      {"code:SPK:SP3:level=3", 0, ":level=3"}, {"code:SPK:SP33:x", 13, ":x"}, {"code", 6, ""}};
+  const std::tuple<std::string, int, const char*> kLines[] = {
+      {"code:SPK:SP3:level=3", 0, ":level=3"},
+      {"code:SPK:SP33:x", 13, ":x"},
+      {std::string("code:SPK:SP3") + '\0', 0, ""},  // what std::ends adds
+      {"code", 6, ""}};
   for (const auto& [text, length, behind] : kLines) {
     TEVInsResetPresent reset;
     ASSERT_EQ(reset.InitDest(CharPath(Path("head"))), 0);

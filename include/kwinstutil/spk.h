@@ -20,9 +20,10 @@
 /// construct, InitSource, InitDest, Remove, IsLineRemoved. Moving the new file into the place of
 /// the old one is the caller's business. An object serves once.
 ///
-/// A line is TYPE:KIND:NAME, then anything. Of each of the three fields 47 characters count; behind
-/// a first or second field that is longer, the 48th character is taken for the ':' and written as
-/// one. The last line needs no newline, and an empty file has no lines. No argument may be null.
+/// A line is TYPE:KIND:NAME, then anything. Of each of the three fields 47 characters count, and of
+/// those what is before a zero byte; in a line with all three, the 48th character of a first or
+/// second field that is longer is taken for the ':' and written as one. The last line needs no
+/// newline, and an empty file has no lines. No argument may be null.
 class KWINSTUTIL_EXPORT TEVInsResetPresent {
  public:
   TEVInsResetPresent() noexcept;
@@ -86,8 +87,8 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
 ///
 /// To repeat the call after a failure completes it. A line names its first word, up to a blank.
 /// Lines that begin with a number other than zero or are "0" name nothing, nor do empty ones. A
-/// file that does not exist is passed over. `spkName` must not be null, nor `osDir` unless the type
-/// is `code` or `zeb2`.
+/// file that does not exist is passed over; one that cannot be looked at is a failure. `spkName`
+/// must not be null, nor `osDir` unless the type is `code` or `zeb2`.
 ///
 /// Returns
 ///    0  done;

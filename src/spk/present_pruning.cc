@@ -13,13 +13,19 @@ int line_removed = 0;  ///< never goes back
 
 constexpr size_t kFieldSize = 47;
 
+/// Are the texts the same, up to a zero byte in the field?
+bool Names(std::string_view field, std::string_view text) {
+  return field.substr(0, field.find('\0')) == text;
+}
+
 /// What a line begins with: up to three fields of up to 47 characters.
 struct Head {
   std::string_view fields[3];
   size_t length = 0;  ///< in the line, with the characters that part the fields
 
-  bool Names(std::string_view service_pack, TEVINSType type) const {
-    return fields[0] == kTEVINSNames[type] && fields[1] == "SPK" && fields[2] == service_pack;
+  bool IsOf(const char* service_pack, TEVINSType type) const {
+    return Names(fields[0], kTEVINSNames[type]) && Names(fields[1], "SPK") &&
+           Names(fields[2], service_pack);
   }
 };
 
@@ -59,7 +65,7 @@ int TEVInsResetPresent::InitDest(char* path) noexcept {
 int TEVInsResetPresent::Remove(char* name, TEVINSType type) noexcept {
   if (!source_.is_open()) return -1;
   for (std::string line; std::getline(source_, line);) {
-    if (FindHead(line).Names(name, type)) {
+    if (FindHead(line).IsOf(name, type)) {
       line_removed = 1;
       continue;
     }
@@ -80,7 +86,7 @@ int TEVInsResetPresent::IsLineToRemove(char* name, std::strstream& line, TEVINST
   const Head head = FindHead(text);
   const auto length = static_cast<std::streamsize>(head.length);
   if (length < read) buffer.pubseekoff(length - read, std::ios::cur, std::ios::in);
-  if (head.Names(name, type)) return 0;
+  if (head.IsOf(name, type)) return 0;
 
   dest_.write(text.data(), length);
   const auto& [first, second, third] = head.fields;
