@@ -127,14 +127,14 @@ void CheckPorts(const std::string& content, const Ports& ports) {
 /// change.
 void CheckInetd(const std::string& content, const std::string& name, const std::string& line,
                 int status, const TEVUnicodeString& message) {
-  if (line.size() > kPiece) {
-    Require(status != 1, "a line that is too long is refused");
+  const bool replaced = Has(content, name);
+  if (replaced && line.size() > kPiece) {
+    Require(status != 1, "a line that is too long takes no other's place");
     RequireContent(kInetd, content);
     return;
   }
   RequireOk(status, message, kInetd);
-  RequireContent(kInetd,
-                 Has(content, name) ? Replaced(content, name, line) : Appended(content, line));
+  RequireContent(kInetd, replaced ? Replaced(content, name, line) : Appended(content, line));
 }
 
 void CheckDemon(const std::string& content, std::string dir) {
@@ -152,7 +152,7 @@ void CheckDemon(const std::string& content, std::string dir) {
   TEVUnicodeString message;
   const int status = UpdateDemon(std::string(program).data(), &message);
   CheckInetd(content, kNames[1], entry + '\n', status, message);
-  if (status == 1) {
+  if (status == 1 && entry.size() < kPiece) {
     Require(CheckNeedUpdateServices(path.data(), dir.data()) == 0, "the daemon is registered");
   }
 }

@@ -51,10 +51,10 @@ class ProcessesTest : public Fixture {
 };
 
 TEST_F(ProcessesTest, ListsAllProcessesAndDescendants) {
-  FakePs(Line(getpid(), 11, "/t/own") + Line(11, 1, "/t/a") + Line(12, 11, "b") +
-         Line(13, 11, "d"));
+  FakePs(Line(0, 0, "sched") + Line(getpid(), 11, "/t/own") + Line(11, 1, "/t/a") +
+         Line(12, 11, "b") + Line(13, 11, "d"));
   TEVInsTaskList tasks;
-  EXPECT_EQ(tasks.TEVInsGetAllProcess(), 4);
+  EXPECT_EQ(tasks.TEVInsGetAllProcess(), 5);
   EXPECT_EQ(tasks.TEVInsGetProcessFils(13), 0);
   EXPECT_NE(tasks.TEVInsGetProcessFils(11), 0);
   EXPECT_EQ(tasks.TEVInsCheckTask("/t", nullptr), 5) << "added to the two descendants";

@@ -81,6 +81,7 @@ TEST_F(ServicesTest, Registers) {
   ExpectUpdate({inetd_, kRay, kRay, 0, ray_});
   Write("inetd.conf", "mi-ray 1\n" + kEntry);
   ExpectRun(ray_, 0, kUntouched);
+  EXPECT_EQ(UpdateDemon(CharPath(std::string(2000, 'd')), &message_), 1) << "is only added";
 }
 
 TEST_F(ServicesTest, LooksForEntries) {

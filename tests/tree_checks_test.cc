@@ -189,6 +189,9 @@ TEST_F(TreeChecks, AServicePackWasInterrupted) {
   }
   Write("control/SPKInterrupted.txt", "3 " + std::string(5000, 'x'));
   EXPECT_EQ(TEVInsCheckInterruptSPK(CharPath(dir_), &value, &automatic), 1);
+  std::filesystem::remove(Path("control/SPKInterrupted.txt"));
+  mkfifo(Path("control/SPKInterrupted.txt").c_str(), 0666);  // would block
+  EXPECT_EQ(TEVInsCheckInterruptSPK(CharPath(dir_), &value, &automatic), 0);
 }
 
 TEST_F(TreeChecks, TheServicePackIsCommitted) {

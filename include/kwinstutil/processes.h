@@ -32,8 +32,8 @@ class KWINSTUTIL_EXPORT TEVInsTaskList {
 
   /// Takes a snapshot of the processes and adds each one that has `installDir` and '/' in its
   /// command line, but not `exclude` (which may be null), to the list, followed by all of its
-  /// descendants. Remembers the process
-  /// that was started from the boot link. `installDir` must not be null.
+  /// descendants. Remembers the process that was started from the boot link. `installDir` must not
+  /// be null.
   ///
   /// Returns the number of tasks in the list.
   int TEVInsCheckTask(const char* installDir, char* exclude) noexcept;
@@ -47,7 +47,8 @@ class KWINSTUTIL_EXPORT TEVInsTaskList {
   void TEVInsKillTask() noexcept;
 
   /// Takes a snapshot with "ps -ef", in the place of the former one. A line of more than 1023
-  /// characters is taken as several. Returns the number of processes, 0 on failure.
+  /// characters is taken as several, and one with a number that is no process id as none. Returns
+  /// the number of processes, 0 on failure.
   int TEVInsGetAllProcess() noexcept;
 
   /// Adds the descendants of a process in the snapshot to the list, each child before its own.

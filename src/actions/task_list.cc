@@ -126,7 +126,7 @@ int TEVInsTaskList::TEVInsGetAllProcess() noexcept {
     const int values = std::sscanf(line, "%*s %ld %ld %*d %*s %*s %*s %1023[^\n]", &record.pid,
                                    &record.ppid, record.command);
     // The pieces of a line that was too long may have any number in the place of an id.
-    if (values == 3 && record.pid > 0 && record.pid <= INT_MAX) ++record_count_;
+    if (values == 3 && record.pid >= 0 && record.pid <= INT_MAX) ++record_count_;
     return true;
   });
   if (!room) record_count_ = 0;

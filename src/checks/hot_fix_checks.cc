@@ -16,7 +16,7 @@ using kwinst::Number;
 namespace {
 
 /// Are files of the installed service pack damaged?
-bool ServicePackIsDamaged(const TEVINSInstToc* installed, const char* installDir) {
+bool ServicePackIsDamaged(TEVINSInstToc* installed, char* installDir) {
   // The report is thrown into a file of this name, which stays in the current directory.
   std::ofstream report("NUL");
   return installed->CheckIntegrity(report, installDir, 0, 0) == 2;

@@ -10,6 +10,7 @@
 #include "kwinstutil/toc.h"
 #include "report/message.h"
 #include "support/format.h"
+#include "support/text_file.h"
 #include "support/tree_paths.h"
 
 using kwinst::ControlFile;
@@ -29,7 +30,7 @@ int TEVInsCheckInterruptSPK(char* installDir, int* interruptedValue,
   if (interruptedValue == nullptr || automaticCommit == nullptr) return 0;
   const std::string path =
       installDir == nullptr ? "" : ControlFile(installDir, "SPKInterrupted.txt");
-  if (TEVFileAccess(path.c_str(), 0) != 0) return 0;
+  if (TEVFileAccess(path.c_str(), 0) != 0 || kwinst::IsPipeOrDevice(path.c_str())) return 0;
   std::ifstream record(path);
   if (!record.is_open()) return 0;
 

@@ -78,7 +78,6 @@ InetdOutcome RegisterInInetd(const std::string& service, const std::string& line
   });
   if (!read) return CannotOpen(*path, std::strerror(errno), frame, message);
   if (stands) return InetdOutcome::kStands;
-  if (line.size() >= kSlotSize) return Written(false, *path, frame, message);
   if (!found) return Written(AppendAndClose(std::move(file), *path, line), *path, frame, message);
 
   LineTable table(lines);

@@ -32,8 +32,9 @@ TEVUnicodeString TEVFindPath(const char* file, const char* searchPath) {
   const std::string_view path = searchPath;
   for (size_t begin = 0; begin <= path.size();) {
     const size_t end = std::min(path.find(':', begin), path.size());
-    const std::string directory(end == begin ? "." : path.substr(begin, end - begin));
-    const std::string candidate = directory + "/" + file;
+    std::string candidate(end == begin ? "." : path.substr(begin, end - begin));
+    if (candidate.back() != '/') candidate += '/';
+    candidate += file;
     if (IsProgram(candidate)) return candidate.c_str();
     begin = end + 1;
   }
