@@ -14,7 +14,8 @@
 /// Unless said otherwise, a null `media` counts as an empty medium, a null `message` means that no
 /// message is wanted, `*message` is assigned on a refusal and untouched otherwise, and nothing is
 /// written to disk. Levels and operating systems are compared as strings; one that a table does not
-/// have equals only a missing one, and is empty in a message.
+/// have equals only a missing one, and is empty in a message. A list of packages for which there is
+/// no memory counts as empty.
 
 // What the medium holds.
 
@@ -73,7 +74,7 @@ KWINSTUTIL_EXPORT int TEVInsCheckMediaSMP(TEVINSMediaToc* media,
 KWINSTUTIL_EXPORT int TEVInsCheckInstall(TEVINSType type, TEVINSInstToc* installed,
                                          TEVINSMediaToc* media, TEVUnicodeString* message) noexcept;
 
-/// The same for samples.
+/// The same for samples; `message` may be null.
 ///
 /// Returns
 ///   1  there are samples to install;
@@ -164,16 +165,17 @@ KWINSTUTIL_EXPORT int TEVInsCheckSPKLevel(int mediaLevel, int installedLevel, ch
 
 /// Is the code that INSTALLDIR/CodeDir.txt names, for each operating system that its OSUNIX lists
 /// and that has a control/PRESENT, at the service-pack level of the medium, and are the files of
-/// that service pack intact? `message` may only be null when no table has a problem and no system
+/// that service pack intact? Without a CodeDir.txt, or with a null `installDir`, the code is looked
+/// for in "/". `message` may only be null when no table has a problem and no system
 /// has a higher level or damaged files. Leaves a file "NUL" in the current directory after each
 /// system of the same level.
 ///
 /// Returns
 ///   1  it is;
-///   0  OSUNIX does not exist ("ErrorNoFile": path) or cannot be read ("ErrWndOpenControlFile":
-///   path,
-///      the system's error text), a table has a problem (see InitInstallToc), a system has a lower
-///      level ("ErrorBadMedia_1": the medium's, the system, the medium's) or a higher one
+///   0  OSUNIX does not exist ("ErrorNoFile": path) or cannot be read
+///      ("ErrWndOpenControlFile": path, the system's error text), a table has a problem (see
+///      InitInstallToc), a system has a lower level ("ErrorBadMedia_1": the medium's, the system,
+///      the medium's) or a higher one
 ///      ("ErrorBadMedia_2": its level, the system), or its service pack is damaged
 ///      ("ErrorMustReinstallSPKCode": its level, the system).
 KWINSTUTIL_EXPORT int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
@@ -187,7 +189,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckUnloadCAF(char names[][48], int count, char* na
 
 /// Reads INSTALLDIR/control/SPKInterrupted.txt, which an interrupted service pack leaves: an
 /// integer into `*interruptedValue` (0 when it is none, the nearest int when it is too large), and
-/// 1 into `*automaticCommit` when the word after it is AUTOMATIC_COMMIT, else 0.
+/// 1 into `*automaticCommit` when the word after such an integer as fits is AUTOMATIC_COMMIT, else
+/// 0.
 ///
 /// Returns
 ///   1  read;

@@ -29,8 +29,9 @@ KWINSTUTIL_EXPORT int TEVInsCheckExistDir(char* dir, TEVUnicodeString* message) 
 ///
 /// Returns
 ///    0  yes;
-///   -1  no; or an argument is null, `dir` is a relative path of which nothing exists, or the
-///       tested directory does not fit (`examined` stays as it was in these cases).
+///   -1  no; or an argument is null, `dir` is "/", a missing path below "//", or a relative path of
+///       which nothing exists, or the tested directory does not fit (`examined` stays as it was in
+///       these cases).
 KWINSTUTIL_EXPORT int TEVInsCheckAccessDir(char* dir, char* examined) noexcept;
 
 /// Is `dir` written in an accepted form: absolute, and without blanks and tabs?
@@ -88,8 +89,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckEnvDir(const char* dir, TEVUnicodeString* messa
 KWINSTUTIL_EXPORT int TEVInsComputeAvailSpace(const char* path, unsigned int* availableKB,
                                               TEVUnicodeString* message) noexcept;
 
-/// Creates the directory `path` and those above it, with mode 0755 less the umask. Shortens `path`.
-/// What was created before a failure stays.
+/// Creates the directory `path` and those above it, with mode 0755 less the umask. Shortens `path`,
+/// by two '/' if it ends with so many. What was created before a failure stays.
 ///
 /// Returns
 ///     0  created, or there already and writable (a plain file too);

@@ -126,9 +126,9 @@ extern "C" KWINSTUTIL_EXPORT int TEVInsEnvname(char* installDir, char* configNam
 // Java.
 
 /// Looks for a Java home that passes TEVInsCheckJavaHome: in JAVA_HOME, J_HOME and JREPATH, where
-/// they are set and not empty, then that of the first java in PATH, which must be a .../bin/java.
-/// Each candidate takes at least a second. `result` has at least 1024 bytes; a longer candidate is
-/// passed over.
+/// they are set and not empty, then that of the first java in PATH: its path up to its first
+/// "/bin/java". Each candidate that has a java takes at least a second. `result` has at least 1024
+/// bytes; a longer candidate is passed over.
 ///
 /// Returns
 ///    1  found, in `result`;
@@ -138,7 +138,8 @@ KWINSTUTIL_EXPORT int TEVInsGetJavaHome(char* result) noexcept;
 
 /// Runs JAVAHOME/bin/java -version through the shell, with the path unquoted, and looks for
 /// "1.3.1", "1.4." or "1.5.0" in the first 1024 bytes that it prints: no other version is accepted.
-/// Takes at least a second. A ':' in `javaHome` parts several homes. `versionText` is assigned with
+/// Takes at least a second. JAVAHOME/bin is searched as a path list, so `javaHome` should have no
+/// ':'. `versionText` is assigned with
 /// those bytes as soon as the program has run, and `message` in every case but the null one.
 ///
 /// Returns

@@ -17,8 +17,9 @@
 /// source.
 ///
 /// On disk: tar's output goes to INSTALLDIR/ErrorTar.log, which a successful unpacking deletes and
-/// a failed one leaves. Every failure leaves the archive's checksum and the file-system usage in
-/// INSTALLDIR/TEVInsErrorTransfer.log. Files that were unpacked before a failure stay.
+/// a failed one leaves. A failure with status -100 leaves the archive's checksum and the
+/// file-system usage in INSTALLDIR/TEVInsErrorTransfer.log, where that can be written. Files that
+/// were unpacked before a failure stay.
 ///
 /// `message`
 ///   - is assigned when unpacking failed ("ErrCommandInterrupted": the command line);
@@ -39,9 +40,9 @@ KWINSTUTIL_EXPORT int TEVInsTransferCAF(char* componentName, char* sourceDir, ch
 KWINSTUTIL_EXPORT void WriteLogErrorTransfer(char* dir, char* archive) noexcept;
 
 /// Copies a side log into `log`, under a heading, and deletes it. The side log is
-/// DIR/TEVInsErrorTransfer.log for the type `zeb2` and DIR/COMPONENT/TEVInsErrorTransfer.log for
-/// every other one; without it nothing is done. With a null `log` it is only deleted. `dir` must
-/// not be null.
+/// DIR/TEVInsErrorTransfer.log for the type `zeb2` or a null `componentName`, and
+/// DIR/COMPONENT/TEVInsErrorTransfer.log for every other one; without it nothing is done. With a
+/// null `log` it is only deleted. `dir` must not be null.
 KWINSTUTIL_EXPORT void TEVInsTransferLogInfo(char* dir, const char* componentName, TEVINSType type,
                                              TEVInstallLog* log) noexcept;
 

@@ -12,9 +12,9 @@
 /// 4 German, 8 Italian, 16 Japanese, 32 Simplified Chinese, 64 Korean; 127 is all of them.
 /// `installDir` is the tree, `osDir` the system directory in it.
 
-/// Records the choice in INSTALLDIR/OSDIR/NLS.txt, one line for each set bit in the order above, in
-/// the place of an earlier file. The paths must not be null. `message` is assigned in every case:
-/// "CreateFile_OK" or "CreateFile_KO", both with the path.
+/// Records the choice in INSTALLDIR/OSDIR/NLS.txt, one line for each set bit in the order above and
+/// an empty line, in the place of an earlier file. The paths must not be null. `message` is
+/// assigned in every case: "CreateFile_OK" or "CreateFile_KO", both with the path.
 ///
 /// Returns 0, also when the file could not be written: only the message tells.
 KWINSTUTIL_EXPORT int TEVInsCreateNLSFile(char* installDir, const char* osDir, int languages,

@@ -24,7 +24,8 @@ KWINSTUTIL_EXPORT int InitFreePort(int group) noexcept;
 KWINSTUTIL_EXPORT int SetFreePort(int group, int first, int second, int third) noexcept;
 
 /// Searches the first TCP port from `start` to `max` that can be bound on every address of this
-/// host. The port is not kept: it was free when it was tried. Port 0 stands for any free port.
+/// host. The port is not kept: it was free when it was tried. Port 0 stands for any free port; none
+/// outside of 0 to 65535 is tried.
 ///
 /// Returns the port, with `*message` untouched, or
 ///   -1  `message` is null (nothing is tried), or one of these, which is assigned:

@@ -37,8 +37,8 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
   /// cannot take is told as WriteLogFile does.
   int OpenLogFile(TEVUnicodeString& header, TEVUnicodeString& message) noexcept;
 
-  /// Opens the log in `directory`, whatever the mode; with a null `directory`, the path that was
-  /// tried last. Returns 1, or -1 on failure.
+  /// Opens the log in `directory`, whatever the mode; with a null `directory`, the file
+  /// GetLogFileName(). Returns 1, or -1 on failure.
   int OpenLogFile(char* directory, TEVUnicodeString& message) noexcept;
 
   /// Opens the constructor's `name` as a path; GetLogFileName does not change. Returns 1, or -1 on
@@ -66,7 +66,8 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
   /// Deletes the file GetLogFileName(), if it exists; an open file stays open.
   void DeleteLogFile() noexcept;
 
-  /// The path that was last tried in a directory; empty before. It lives as long as the log.
+  /// The path that was last tried in a directory, of those that fit into 1023 characters; empty
+  /// before. It lives as long as the log.
   char* GetLogFileName() noexcept;
 
   /// The local time as "Sun Nov 15 22:32:20 2026", valid until the next call.
@@ -78,7 +79,7 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
   int OpenStream(const std::string& file, bool fits, TEVUnicodeString& message);
   void Write(const char* text);
 
-  char path_[1024] = "";         ///< what OpenLogFile tried last
+  char path_[1024] = "";         ///< what GetLogFileName tells
   std::string name_;             ///< the constructor's name
   std::FILE* stream_ = nullptr;  ///< null while no file is open
 };

@@ -12,7 +12,7 @@
 /// No argument may be null. `*message` is assigned on failure and untouched on success.
 ///
 /// Returns
-///    0  the table was read;
+///    0  the table was read, or there is no memory for one (`*toc` is null);
 ///   -1  the file does not exist ("ErrorInitNoToc": path; `*toc` is null), or the table reported a
 ///       problem ("ErrorInitMediaToc": path, information text). In the second case `*toc` still
 ///       holds what could be read, and is the caller's to delete.
@@ -27,7 +27,7 @@ KWINSTUTIL_EXPORT int InitMediaToc(char* mediaPath, TEVINSMediaToc** toc,
 /// failure and untouched on success.
 ///
 /// Returns
-///    0  the table was read;
+///    0  the table was read, or there is no memory for one (`*toc` is null);
 ///   -2  the table reported a problem, a missing file included ("ErrorInitToc": path, information
 ///       text); `*toc` still holds what could be read, and is the caller's to delete.
 KWINSTUTIL_EXPORT int InitInstallToc(char* installPath, TEVINSInstToc** toc,
