@@ -340,7 +340,7 @@ void Finish(const Plan& plan, const Options& options, Log& log) {
 }  // namespace
 
 void Install(const Options& options) {
-  std::vector<Medium> media = OpenMedium(MediumPath(options.words()[1]), options.Text("os"));
+  std::vector<Medium> media = OpenMedium(options);
   if (IsUpdate(media.front().kind)) {
     throw Refusal("The medium " + media.front().dir + " is a service pack or a hot fix.\n");
   }
@@ -365,8 +365,8 @@ void Install(const Options& options) {
 
 void Check(const Options& options) {
   const std::string target = TargetPath(options.words()[2]);
-  std::vector<Medium> media = OpenMedium(MediumPath(options.words()[1]), options.Text("os"));
-  if (IsUpdate(media.front().kind)) return CheckUpdate(options);
+  std::vector<Medium> media = OpenMedium(options);
+  if (IsUpdate(media.front().kind)) return CheckUpdate(options, std::move(media));
   for (const Medium& medium : media) {
     const bool unfinished = TEVFileAccess(Unfinished(medium, target).c_str(), 0) == 0;
     if (unfinished && HasFragment(SystemDir(medium, target))) {

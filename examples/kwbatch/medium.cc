@@ -53,7 +53,9 @@ std::string MediumPath(const std::string& medium) {
   return path;
 }
 
-std::vector<Medium> OpenMedium(const std::string& dir, const std::string& os) {
+std::vector<Medium> OpenMedium(const Options& options) {
+  const std::string dir = MediumPath(options.words()[1]);
+  const std::string os = options.Text("os");
   std::vector<Medium> media;
   const std::vector<std::string> systems = SystemsOf(dir);
   for (const std::string& system : systems) {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "options.h"
+
 enum class MediumKind { kProducts, kSdk, kSamples, kServicePack, kSdkServicePack, kHotFix };
 
 /// Does a medium of this kind change what is installed, instead of adding to it?
@@ -31,9 +33,10 @@ struct Content {
 /// The full path of a medium, in a form that the library accepts. Throws a Refusal.
 std::string MediumPath(const std::string& medium);
 
-/// Opens a medium: a directory with a table, or with the file OSUNIX and a directory with a table
-/// for each system that it names. With an `os`, only that system. Throws a Refusal.
-std::vector<Medium> OpenMedium(const std::string& dir, const std::string& os);
+/// Opens the medium that is the command's first word: a directory with a table, or with the file
+/// OSUNIX and a directory with a table for each system that it names. With the option "os", only
+/// that system. Throws a Refusal.
+std::vector<Medium> OpenMedium(const Options& options);
 
 Content ContentOf(MediumKind kind);
 

@@ -125,9 +125,9 @@ struct Pack {
   }
 };
 
-/// Opens the one system of a medium of this kind, and asks the library whether it may be installed.
-Medium OpenInstallable(const Options& options, bool hot_fix, const std::string& target) {
-  std::vector<Medium> media = OpenMedium(MediumPath(options.words()[1]), options.Text("os"));
+/// The one system of a medium of this kind, once the library says that it may be installed.
+Medium Installable(std::vector<Medium> media, const Options& options, bool hot_fix,
+                   const std::string& target) {
   Medium& medium = media.front();
   if (!IsUpdate(medium.kind) || (medium.kind == MediumKind::kHotFix) != hot_fix) {
     throw Refusal("The medium " + medium.dir + " is no " +
@@ -410,15 +410,14 @@ std::vector<Pack> UncommittedPacks(const Options& options) {
 
 }  // namespace
 
-void CheckUpdate(const Options& options) {
+void CheckUpdate(const Options& options, std::vector<Medium> media) {
   const std::string target = TargetPath(options.words()[2]);
-  const std::vector<Medium> media = OpenMedium(MediumPath(options.words()[1]), options.Text("os"));
   const bool hot_fix = media.front().kind == MediumKind::kHotFix;
   const std::string system_dir = SystemDir(media.front(), target);
   if (media.size() == 1 && Journal::Read(system_dir) && HasFragment(system_dir)) {
     return TellInterrupted(media.front(), target);
   }
-  const Medium medium = OpenInstallable(options, hot_fix, target);
+  const Medium medium = Installable(std::move(media), options, hot_fix, target);
   if (hot_fix) {
     NameOf(medium);
   } else {
@@ -429,7 +428,7 @@ void CheckUpdate(const Options& options) {
 
 void InstallServicePack(const Options& options) {
   const std::string target = TargetPath(options.words()[2]);
-  const Medium medium = OpenInstallable(options, false, target);
+  const Medium medium = Installable(OpenMedium(options), options, false, target);
   Pack pack = PackToInstall(medium, target);
   Log log(options, " service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
   const bool repair = pack.journal.phase == Phase::kRepairing;
@@ -489,7 +488,7 @@ void UndoServicePack(const Options& options) {
 
 void InstallHotFix(const Options& options) {
   const std::string target = TargetPath(options.words()[2]);
-  const Medium medium = OpenInstallable(options, true, target);
+  const Medium medium = Installable(OpenMedium(options), options, true, target);
   const std::string name = NameOf(medium);
   Log log(options, " hot fix " + name + " in " + target + "\n");
   std::string tree = target;

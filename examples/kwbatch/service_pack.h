@@ -1,14 +1,17 @@
 #ifndef KWBATCH_SERVICE_PACK_H_
 #define KWBATCH_SERVICE_PACK_H_
 
+#include <vector>
+
+#include "medium.h"
 #include "options.h"
 
 /// The command "service-pack": sets aside the files that a service pack replaces, installs it and
 /// runs its post-install programs. It is pending then. Throws a Refusal.
 void InstallServicePack(const Options& options);
 
-/// The command "check" for a service pack or a hot fix. Throws a Refusal.
-void CheckUpdate(const Options& options);
+/// The command "check" for the media of a service pack or a hot fix. Throws a Refusal.
+void CheckUpdate(const Options& options, std::vector<Medium> media);
 
 /// The command "commit": ends the pending state of the target's service packs, which can not be
 /// undone after that. Throws a Refusal.
