@@ -1,10 +1,32 @@
 #include "log.h"
 
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 #include "console.h"
 
 namespace fs = std::filesystem;
+
+namespace {
+
+bool all_is_logged = true;
+
+/// What `print` prints on standard output, where it does not appear.
+std::string Printed(const std::function<void()>& print) {
+  char* text = nullptr;
+  size_t size = 0;
+  std::FILE* const screen = stdout;
+  stdout = open_memstream(&text, &size);
+  print();
+  std::fclose(stdout);
+  stdout = screen;
+  std::string printed(text, size);
+  std::free(text);
+  return printed;
+}
+
+}  // namespace
 
 Log::Log(const Options& options, const std::string& header)
     : name_(fs::path(options.Text("log")).filename()),
@@ -19,7 +41,9 @@ Log::Log(const Options& options, const std::string& header)
 void Log::OpenUsual(const std::string& header) {
   TEVUnicodeString text = header.c_str();
   TEVUnicodeString message;
-  if (log_.OpenLogFile(text, message) != 0) throw Refused(message);
+  int status = 0;
+  Keep([&] { status = log_.OpenLogFile(text, message); });
+  if (status != 0) throw Refused(message);
   RequirePlainPath("log", log_.GetLogFileName());
 }
 
@@ -32,11 +56,23 @@ void Log::OpenFile(const std::string& path, const std::string& header) {
   Write(std::string(58, '=') + "\n[" + log_.TheTime() + "]" + header);
 }
 
-Log::~Log() { log_.CloseLogFile(trailer_); }
+/// Lets the library write; what it cannot, it prints.
+void Log::Keep(const std::function<void()>& write) {
+  const std::string rest = Printed(write);
+  if (rest.empty()) return;
+  all_is_logged = false;
+  Show(rest);
+}
+
+Log::~Log() {
+  Keep([this] { log_.CloseLogFile(trailer_); });
+}
 
 void Log::Write(const std::string& text) {
   TEVUnicodeString entry = text.c_str();
-  log_.WriteLogFile(entry);
+  Keep([&] { log_.WriteLogFile(entry); });
 }
 
 void Log::Succeeded() { trailer_ = " done"; }
+
+bool AllIsLogged() { return all_is_logged; }

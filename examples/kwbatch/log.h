@@ -3,11 +3,13 @@
 
 #include <kwinstutil/report.h>
 
+#include <functional>
 #include <string>
 
 #include "options.h"
 
-/// The installation log, opened, and closed with its trailer on every way out.
+/// The installation log, opened, and closed with its trailer on every way out. What the file does
+/// not take is shown instead, quiet or not, once the library has told of it on standard error.
 class Log {
  public:
   /// Opens the file of the option "log", or the usual one. Throws a Refusal when it cannot be
@@ -27,10 +29,14 @@ class Log {
  private:
   void OpenUsual(const std::string& header);
   void OpenFile(const std::string& path, const std::string& header);
+  void Keep(const std::function<void()>& write);
 
   std::string name_;  ///< of the file in its directory, when the user names one
   TEVInstallLog log_;
   TEVUnicodeString trailer_ = " failed";
 };
+
+/// False when a log could not be written to its end.
+bool AllIsLogged();
 
 #endif  // KWBATCH_LOG_H_

@@ -9,6 +9,7 @@
 #include "check.h"
 #include "console.h"
 #include "install.h"
+#include "log.h"
 #include "options.h"
 #include "service_pack.h"
 #include "settings.h"
@@ -97,8 +98,8 @@ int main(int argc, char** argv) {
       if (options->Has("scratch")) UseScratch(options->Text("scratch"));
       options->RunCommand();
     }
-    // Whoever reads the output must not take a part of it for the whole.
-    return AllIsPrinted() ? 0 : 1;
+    // Whoever reads the output or the log must not take a part of it for the whole.
+    return AllIsPrinted() && AllIsLogged() ? 0 : 1;
   } catch (const UsageError& error) {
     Complain(std::string("kwbatch: ") + error.what() + "\nSee kwbatch --help.");
     return 2;

@@ -11,7 +11,8 @@
 
 namespace {
 
-constexpr const char* kExitStatus = "Exit status: 0 done, 1 refused or failed, 2 wrong usage.";
+constexpr const char* kExitStatus =
+    "Exit status: 0 done, 1 refused, failed or not wholly logged, 2 wrong usage.";
 
 /// What a command line gives, as CLI11 stores it.
 struct CommandLine {
