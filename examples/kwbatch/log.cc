@@ -12,7 +12,7 @@ namespace {
 
 bool all_is_logged = true;
 
-/// What `print` prints on standard output, where it does not appear.
+/// What `print` prints on standard output, which glibc lets one exchange: it does not appear there.
 std::string Printed(const std::function<void()>& print) {
   char* text = nullptr;
   size_t size = 0;
