@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# inetd_test.sh BUILDDIR SOURCEDIR: a real inetd serves what was registered in the system's files,
-# which are those of a namespace of this test's own.
+# inetd_test.sh BUILDDIR SOURCEDIR: a real inetd serves what kwbatch registered in the system's
+# files, which are those of a namespace of this test's own.
 set -euo pipefail
 export PATH=$PATH:/usr/sbin:/sbin
 # shellcheck source=tests/helpers.sh
@@ -37,36 +37,35 @@ expect_answer() {
   [[ $answer == 'TEVSysDemon hears hello' ]] || fail "the answer is '$answer'"
 }
 
-# register BB RUN BROKER: registers the ports; getent must find them.
-register() {
-  local names=(morvelk7bb morvelk7run TEVDeviceBroker) ports=("$@") i
-  expect_exit 0 "$build/tests/register_services" /etc/services "$daemon" "$@"
+# install SYSTEM RUN: installs the system, with RUN as the daemon's port; getent must find the ports.
+install() {
+  local names=(morvelk7bb morvelk7run TEVDeviceBroker) ports=(28670 "$2" 28672) i
+  expect_exit 0 env HOME="$work" "$kwbatch" install "$work/media/ga" "$work/tree" --os "$1" \
+    --languages none --bb-port 28670 --run-port "$2" --broker-port 28672
   for i in 0 1 2; do
     [[ $(getent services "${names[i]}") =~ ^${names[i]}\ +${ports[i]}/tcp$ ]] ||
       fail "getent does not find ${names[i]} with port ${ports[i]}"
   done
+  # shellcheck disable=SC2016
+  printf '#!/bin/sh\nread -r line && echo "${0##*/} hears $line"\n' \
+    >"$work/tree/$1/code/bin/TEVSysDemon"
 }
 
 inside() {
+  make_sample_media
   chmod 755 "$work"
-  daemon=$work/tree/code/bin/TEVSysDemon
-  mkdir -p "${daemon%/*}"
-  # shellcheck disable=SC2016
-  printf '#!/bin/sh\nread -r line && echo "${0##*/} hears $line"\n' >"$daemon"
-  chmod +x "$daemon"
   make_etc
-  register 28670 28671 28672
+  install aix_a 28671
   "$inetd" -d >"$work/inetd" 2>&1 &
   trap 'kill $! && wait $! || true; rm -rf "$work"' EXIT
   expect_answer 28671
-  register 28670 28673 28672
+  install solaris_a 28673
   kill -HUP $!
   expect_answer 28673
   [[ $(grep -c . /etc/inetd.conf) == 1 && $(grep -c . /etc/services) == 4 ]] ||
     fail 'an entry was not replaced, but added'
 }
 
-build=$1
 inetd=$(command -v inetd) || skip 'there is no inetd'
 command -v ip >/dev/null || skip 'there is no ip, to bring up a network'
 if [[ ${3-} ]]; then
