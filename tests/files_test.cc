@@ -4,7 +4,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <tuple>
 
 #include "fixture.h"
 
@@ -46,19 +45,6 @@ TEST_F(TransferTest, UnpacksAddsTheTableAndRemovesLanguages) {
   EXPECT_EQ(SideLog(), "(no file)");
 }
 
-TEST_F(TransferTest, PrefersTheCompressedArchive) {
-  if (std::system("command -v compress >/dev/null") != 0) GTEST_SKIP() << "there is no compress";
-  for (const char* content : {"code:PRD:Compressed\n", "code:PRD:Plain\n"}) {
-    Write("parts/control/One.toc", content);
-    Pack("One");
-    // Small files do not shrink, and are left alone without -f.
-    if (!Exists(Path("One.Z"))) std::ignore = std::system(("compress -f " + Path("One")).c_str());
-  }
-  MakeDir("tree");
-  EXPECT_EQ(Transfer("One", nullptr), 0);
-  EXPECT_EQ(Read(Path("tree/control/PRESENT")), "code:PRD:Compressed\n");
-}
-
 TEST_F(TransferTest, HandsOnWarnings) {
   // A tar that goes well and prints two lines.
   Program("bin/tar", "echo first\necho second >&2");
@@ -96,34 +82,17 @@ TEST_F(TransferTest, AFailureLeavesASideLogForTheLog) {
   EXPECT_EQ(SideLog().find(archive), std::string::npos) << "the checksum of which archive?";
 }
 
-class LineTest : public Fixture {
- protected:
-  std::string Temporary() const { return Path("file.tmp" + std::to_string(getpid())); }
+// Which lines go and come is shown by fuzz/lines_fuzz.cc.
+using LineTest = Fixture;
 
-  int Suppress(const std::string& text, bool at_start) {
-    return TEVInsSuppressLine(CharPath(Path("file")), CharPath(text), nullptr, at_start ? 1 : 0);
-  }
-  int Add(const std::string& line) {
-    return TEVInsAddLine(CharPath(Path("file")), CharPath(line), nullptr);
-  }
-};
-
-TEST_F(LineTest, SuppressesLinesAndKeepsTheMode) {
-  chmod(Write("file", "text a\n text b\nend").c_str(), 0751);
-  EXPECT_EQ(Suppress("text", true), 1);
-  EXPECT_EQ(Read(Path("file")), " text b\nend");
-  EXPECT_EQ(std::filesystem::status(Path("file")).permissions(), std::filesystem::perms(0751));
-}
-
-TEST_F(LineTest, AddsLines) {
-  Write("file", "first");
-  for (const char* line : {"100%% %s%d", "%", "", "last%n"}) EXPECT_EQ(Add(line), 1);
-  EXPECT_EQ(Read(Path("file")), "first100% %s%d\n%\n\nlast%n\n");
-}
-
-TEST_F(LineTest, MakesNoFile) {
-  EXPECT_EQ(Suppress("x", true) + Add("x"), -2);
-  EXPECT_FALSE(Exists(Path("file")) || Exists(Temporary()));
+TEST_F(LineTest, NoFileIsMadeAndTheModeStays) {
+  CharPath file(Path("file")), text("text");
+  EXPECT_EQ(TEVInsSuppressLine(file, text, nullptr, 1) + TEVInsAddLine(file, text, nullptr), -2);
+  EXPECT_FALSE(Exists(file.str()) || Exists(file.str() + ".tmp" + std::to_string(getpid())));
+  chmod(Write("file", "text a\nend").c_str(), 0751);
+  EXPECT_EQ(TEVInsSuppressLine(file, text, nullptr, 1), 1);
+  EXPECT_EQ(Read(file.str()), "end");
+  EXPECT_EQ(std::filesystem::status(file.str()).permissions(), std::filesystem::perms(0751));
 }
 
 }  // namespace

@@ -19,29 +19,20 @@ class ServicePackTest : public Fixture {
   ~ServicePackTest() override {
     std::error_code ignored;
     fs::remove_all("/tmp/" + os_, ignored);
-    fs::remove("/tmp/control", ignored);
   }
 
   static void Shell(const std::string& command) { EXPECT_EQ(std::system(command.c_str()), 0); }
 
-  static int Prune(const std::string& source, const std::string& dest, const std::string& name,
-                   TEVINSType type = code) {
-    TEVInsResetPresent reset;
-    if (reset.InitSource(CharPath(source)) != 0 || reset.InitDest(CharPath(dest)) != 0) return -2;
-    return reset.Remove(CharPath(name), type);
-  }
-
   /// Makes a service pack with a control file; without `content` it is a link that leads nowhere.
-  void Pack(const std::string& content, std::string member = "") const {
-    if (member.empty()) member = os_ + "/control/SP1";
-    const std::string file = Write("parts/" + member, content);
+  void Pack(const std::string& content) const {
+    const std::string file = Write("parts/" + os_ + "/control/SP1", content);
     if (content.empty()) Shell("ln -sf nowhere " + file);
     Shell("cd " + Path("parts") + " && tar -cf ../medium/SP1 * && rm -r ../parts");
   }
 
-  int Save(TEVINSType type = code) {
+  int Save() {
     return TEVInsSaveFilesBeforeInstall(CharPath("SP1"), CharPath(Path("medium")),
-                                        CharPath(Path("tree")), os_.c_str(), type, message_);
+                                        CharPath(Path("tree")), os_.c_str(), code, message_);
   }
   /// Restores with this control file, or with none.
   int Restore(const std::string& content = "") {
@@ -57,17 +48,6 @@ class ServicePackTest : public Fixture {
   std::string os_;  ///< so named that a control file is unpacked in a directory of this test
   std::string unpacked_;
 };
-
-TEST_F(ServicePackTest, RemembersThatALineWasRemoved) {
-  const std::string lines = "code:SPK:SP3:more\ncode:SPK:SP33\n";
-  EXPECT_EQ(Prune(Write("PRESENT", lines), Path("pruned"), "SP3", zeb2), 0);
-  EXPECT_EQ(Read(Path("pruned")), lines);
-  EXPECT_EQ(TEVInsResetPresent::IsLineRemoved(), 0);
-  for (const char* name : {"SP3", "SP4"}) {
-    EXPECT_EQ(Prune(Path("PRESENT"), Path("pruned"), name), 0);
-    EXPECT_EQ(TEVInsResetPresent::IsLineRemoved(), 1);
-  }
-}
 
 TEST_F(ServicePackTest, WritesTheHeadOfALineThatStays) {
   const std::tuple<std::string, int, const char*> kLines[] = {
@@ -106,16 +86,6 @@ TEST_F(ServicePackTest, SavesFirstWordsAndRestoresWholeLines) {
   EXPECT_EQ(Read(Path("tree/prog")) + Read(Path("tree/0")), "prognew");
   EXPECT_FALSE(Exists(unpacked_));
   EXPECT_EQ(Told(), kUntouched);
-}
-
-TEST_F(ServicePackTest, PrefersTheCompressedArchive) {
-  if (std::system("command -v compress >/dev/null") != 0) GTEST_SKIP() << "there is no compress";
-  for (const char* name : {"tree/a", "tree/b"}) Write(name);
-  Pack("b", "control/SP1");
-  Shell("compress -f " + Path("medium/SP1"));
-  Pack("a", "control/SP1");
-  EXPECT_EQ(Save(zeb2), 0);
-  EXPECT_EQ(Tree(), "a|b.beforeSPK|");
 }
 
 TEST_F(ServicePackTest, TellsWhatCannotBeRenamed) {

@@ -226,6 +226,8 @@ make_sample_media
 media=$work/media
 system=$work/tree/aix_a
 mkdir "$work/tree" "$work/sdk"
+# No archives: the compressed ones beside them are to be taken.
+touch "$media/ga/aix_a/Modeler" "$media/sp1/SP1"
 new_scratch
 check_products
 check_sdk
