@@ -27,6 +27,12 @@ run() { expect_exit "$1" "$kwbatch" "${@:2}" --scratch "$work/scratch"; }
 
 expect_text() { grep -qF -- "$1" "$work/output" || fail "no '$1' in the output"; }
 
+# expect_refusal TEXT COMMAND ARGUMENT...: kwbatch fails with a message that holds the text.
+expect_refusal() {
+  run 1 "${@:2}"
+  expect_text "$1"
+}
+
 new_scratch() {
   rm -rf "$work/scratch"
   mkdir "$work/scratch"

@@ -37,7 +37,7 @@ expect_answer() {
   [[ $answer == 'TEVSysDemon hears hello' ]] || fail "the answer is '$answer'"
 }
 
-# install SYSTEM RUN: installs the system, with RUN as the daemon's port; getent must find the ports.
+# install SYSTEM RUN: installs a system, with RUN as the daemon's port; getent must find the ports.
 install() {
   local names=(morvelk7bb morvelk7run TEVDeviceBroker) ports=(28670 "$2" 28672) i
   expect_exit 0 env HOME="$work" "$kwbatch" install "$work/media/ga" "$work/tree" --os "$1" \

@@ -4,12 +4,6 @@ set -euo pipefail
 # shellcheck source=tests/helpers.sh
 source "$2/tests/helpers.sh"
 
-# expect_refusal TEXT ARGUMENT...: an installation that fails with a message that holds the text.
-expect_refusal() {
-  run 1 install "${@:2}"
-  expect_text "$1"
-}
-
 # component_files TABLE SUFFIX: the files control/NAMESUFFIX of the components in the table.
 component_files() { cut -d : -f 3 "$1" | sed "s|.*|control/&$2|" | xargs cat; }
 
@@ -63,23 +57,23 @@ check_later_runs() {
   # A name with a slash at its end; other languages; a run that finds everything there.
   new_scratch
   run 0 install "$medium" "$work/one/" --os aix_a --languages French
-  expect_refusal 'already installed' "$medium" "$work/one" --languages all
+  expect_refusal 'already installed' install "$medium" "$work/one" --languages all
   printf 'French\n\n' | cmp - "$work/one/aix_a/NLS.txt" || fail 'the record of languages changed'
   printf 'Language-indexed fonts\n\n' | cmp - "$work/one/solaris_a/NLS.txt" || fail 'fonts'
   cmp "$medium/aix_a/TOC" "$work/one/aix_a/control/PRESENT" || fail 'installed twice'
   mkdir -p "$work/nls/aix_a/NLS.txt" "$work/nls/aix_a/control"
   touch "$work/nls/aix_a/control/PRESENT"
   echo aix_a >"$work/nls/OSUNIX"
-  expect_refusal "$work/nls/aix_a/NLS.txt" "$medium" "$work/nls"
+  expect_refusal "$work/nls/aix_a/NLS.txt" install "$medium" "$work/nls"
 }
 
 # A medium whose table leads out of the target.
 check_foreign_names() {
   mkdir -p "$work/foreign" "$work/victim/resources/msgcatalog/French"
   echo 'code:PRD:X:os=../victim' >"$work/foreign/TOC"
-  expect_refusal ../victim "$work/foreign" "$work/new" --languages none
+  expect_refusal ../victim install "$work/foreign" "$work/new" --languages none
   printf '%s\n' 'code:PRD:X;touch:os=aix_a' 'code:PRD:../X' >"$work/foreign/TOC"
-  expect_refusal 'X;touch' "$work/foreign" "$work/new"
+  expect_refusal 'X;touch' install "$work/foreign" "$work/new"
   [[ -d $work/victim/resources/msgcatalog/French ]] || fail 'a directory outside was removed'
 }
 
@@ -87,10 +81,10 @@ check_refusals() {
   mkdir "$work/empty"
   touch "$work/file"
   new_scratch
-  expect_refusal "$work/empty" "$work/empty" "$work/new"
-  expect_refusal relative "$medium" relative
-  expect_refusal "$work/file" "$medium" "$work/file/tree"
-  expect_refusal "$work/with blank" "$medium" "$work/with blank"
+  expect_refusal "$work/empty" install "$work/empty" "$work/new"
+  expect_refusal relative install "$medium" relative
+  expect_refusal "$work/file" install "$medium" "$work/file/tree"
+  expect_refusal "$work/with blank" install "$medium" "$work/with blank"
   [[ ! -e $work/new && ! -e $work/relative && ! -e "$work/with blank" ]] ||
     fail 'a refused target was made'
 }
@@ -100,10 +94,10 @@ check_damaged_archive() {
   cp -r "$medium/aix_a" "$work/damaged"
   head -c 9000 "$medium/aix_a/BASE" >"$work/damaged/BASE"
   new_scratch
-  expect_refusal "$work/damaged/BASE" "$work/damaged" "$work/broken"
+  expect_refusal "$work/damaged/BASE" install "$work/damaged" "$work/broken"
   cp "$medium/aix_a/BASE" "$work/damaged"
   head -c 9000 "$medium/aix_a/Modeler.Z" >"$archive"
-  expect_refusal "$archive" "$work/damaged" "$work/broken"
+  expect_refusal "$archive" install "$work/damaged" "$work/broken"
   grep -qF "$(sum -r "$archive")" "$work/scratch/kwinst.log" || fail 'no checksum in kwinst.log'
   # In a bare root directory df may know no file system, and then prints nothing.
   grep -qF "$(df -k -i 2>/dev/null | head -n 1)" "$work/scratch/kwinst.log" ||

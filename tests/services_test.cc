@@ -47,12 +47,7 @@ class ServicesTest : public Fixture {
   const Run ray_ = [this] { return SatUpdateInet(CharPath("/s"), message_); };
 };
 
-TEST_F(ServicesTest, LooksForEntries) {
-  for (const char* end : {"", "\nx", " \n"}) {
-    Write("file", "morvelk7run stream tcp nowait root /i/code/bin/TEVSysDemon  #TEVSysDemon" +
-                      std::string(end));
-    EXPECT_EQ(CheckNeedUpdateServices(CharPath(Path("file")), CharPath("/i")), end[0] == ' ');
-  }
+TEST_F(ServicesTest, ReadsTheSpaceThatTheSatelliteNeeds) {
   EXPECT_EQ(SatComputeRequired(CharPath(dir_), message_), 0) << "no file";
   for (const char* size : {"", "\n2047 KB"}) {
     Write("LFSFS", size);
