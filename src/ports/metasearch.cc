@@ -80,10 +80,9 @@ int TEVInsCheckMetasearch(MetaSearchData* data, TEVUnicodeString* message) noexc
   if (data != nullptr) {
     if (!IsFree(data->port, frame, message)) return -1;
     if (!IsFree(data->snapshotsPort, frame, message)) return -1;
-    if (!Write(ValuesOf(*data))) {
-      Write({});
-      return -1;
-    }
   }
-  return PublishAll() ? 1 : -1;
+  const Values values = data == nullptr ? Values() : ValuesOf(*data);
+  if (Write(values) && PublishAll()) return 1;
+  Write({});
+  return -1;
 }
