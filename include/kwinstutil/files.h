@@ -39,10 +39,10 @@ KWINSTUTIL_EXPORT int TEVInsTransferCAF(char* componentName, char* sourceDir, ch
 /// log TEVInsErrorTransfer.log in `dir`. Writes nothing when the log cannot be opened.
 KWINSTUTIL_EXPORT void WriteLogErrorTransfer(char* dir, char* archive) noexcept;
 
-/// Copies a side log into `log`, under a heading, and deletes it. The side log is
-/// DIR/TEVInsErrorTransfer.log for the type `zeb2` or a null `componentName`, and
-/// DIR/COMPONENT/TEVInsErrorTransfer.log for every other one; without it nothing is done. With a
-/// null `log` it is only deleted. `dir` must not be null.
+/// Copies a side log into `log`, under a heading, and deletes it, also when it cannot be read or
+/// `log` cannot take it. The side log is DIR/TEVInsErrorTransfer.log for the type `zeb2` or a null
+/// `componentName`, and DIR/COMPONENT/TEVInsErrorTransfer.log for every other one; without it
+/// nothing is done. With a null `log` it is only deleted. `dir` must not be null.
 KWINSTUTIL_EXPORT void TEVInsTransferLogInfo(char* dir, const char* componentName, TEVINSType type,
                                              TEVInstallLog* log) noexcept;
 

@@ -12,9 +12,9 @@
 /// TEVInsCheckOrbixReboot when the ORB daemon may have been started at boot, TEVInsCheckTask,
 /// TEVInsGetListTask, TEVInsKillTask.
 ///
-/// The list holds at most 100 tasks and only grows. The process that made the object and its parent
-/// are never in it. A process may be listed twice: as a task of the tree and as the descendant of
-/// one.
+/// The list holds at most 100 tasks and only grows; tasks that there is no memory for are left out.
+/// The process that made the object and its parent are never in it. A process may be listed twice:
+/// as a task of the tree and as the descendant of one.
 class KWINSTUTIL_EXPORT TEVInsTaskList {
  public:
   TEVInsTaskList() noexcept;
@@ -27,7 +27,7 @@ class KWINSTUTIL_EXPORT TEVInsTaskList {
   /// exists. The last such link counts.
   ///
   /// Returns 1 when one was found, by this call or an earlier one of this object; else 0, also when
-  /// `installDir` is null or the script does not exist.
+  /// `installDir` is null, the script does not exist or there is no memory for its path.
   int TEVInsCheckOrbixReboot(const char* installDir) noexcept;
 
   /// Takes a snapshot of the processes and adds each one that has `installDir` and '/' in its

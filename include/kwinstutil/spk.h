@@ -120,10 +120,11 @@ KWINSTUTIL_EXPORT int TEVInsRestoreFiles(char* installDir, char* spkName, const 
 /// to the shell unquoted.
 ///
 /// Returns
-///    n  the exit status that the shell tells of the last program that was run;
-///    0  none was run;
-///   -1  an argument is null, or the environment cannot take `installDir` (at most 995 characters):
-///       nothing was done.
+///    n  the exit status that the shell tells of the last program that was run; a shell that cannot
+///       be started, or that a signal ended, counts as 0;
+///    0  none was run, or the list cannot be read;
+///   -1  an argument is null, or the environment cannot take `installDir` (at most 995 characters)
+///       or has no memory for an entry: nothing was run.
 KWINSTUTIL_EXPORT int TEVInsSPK(char* suffix, char* installDir, char* logFile) noexcept;
 
 #pragma GCC diagnostic pop

@@ -17,7 +17,7 @@ namespace {
 char library_path[1024];
 char install_path[1024];
 
-/// Sets both variables, or neither.
+/// Sets both variables; neither when one does not fit.
 bool SetEnvironment(const char* installDir) {
   // The first entry is the longer one: when it fits, so does the second.
   return kwinst::Publish(library_path,
