@@ -1,3 +1,4 @@
+#include <dlfcn.h>
 #include <kb0core/TEVMsgCatalog.h>
 #include <kwinstutil/kwinstutil.h>
 #include <unistd.h>
@@ -6,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <iterator>
 #include <new>
 #include <sstream>
 #include <utility>
@@ -33,8 +35,8 @@ void* operator new[](size_t size, const std::nothrow_t&) noexcept {
   return AllocationFails() ? nullptr : ::operator new[](size);
 }
 extern "C" __attribute__((visibility("default"))) int putenv(char* entry) noexcept {
-  const std::string text = entry, name = text.substr(0, text.find('='));
-  return AllocationFails() ? -1 : setenv(name.c_str(), &text[name.size() + 1], 1);
+  static const auto system_putenv = reinterpret_cast<int (*)(char*)>(dlsym(RTLD_NEXT, "putenv"));
+  return AllocationFails() ? -1 : system_putenv(entry);
 }
 
 namespace {
@@ -102,7 +104,8 @@ class FaultTest : public Fixture {
   }
 
   void Lay(const std::string& files) const {
-    for (const auto& [name, content] : Listed(files)) Write(name, content);
+    for (const auto& [name, content] : Listed(files))
+      fs::permissions(Write(name, content), fs::perms(0755));
   }
   void LayAnew(const std::string& files) const {
     for (const auto& entry : fs::directory_iterator(dir_)) fs::remove_all(entry);
@@ -115,18 +118,18 @@ class FaultTest : public Fixture {
     EXPECT_EQ(std::system(tar.c_str()), 0);
   }
 
-  /// Whole files are there under any name; lines that are added may be there in part.
+  /// Is the old or the new content whole in its place, or under the name of a backup or of a new
+  /// file? Lines that are added may be there in part.
   static bool IsKept(const Operation& o, const std::string& name, bool killed) {
-    const Tree left = Files();
-    Tree before = Listed(o.before), after = Listed(o.after);
-    const std::string old = before[name];
+    Tree left = Files(), before = Listed(o.before), after = Listed(o.after);
+    const std::string old = before[name], original = name.substr(0, name.find(".beforeSPK"));
     const bool in_part = killed || after.count(name) == 0;
-    if (in_part && left.count(name) > 0 && left.at(name).compare(0, old.size(), old) == 0)
-      return true;
-    const auto whole = [&](const auto& file) {
-      return file.second == old || (after.count(name) > 0 && file.second == after[name]);
-    };
-    return std::any_of(left.begin(), left.end(), whole);
+    if (in_part && left.count(name) > 0 && left[name].compare(0, old.size(), old) == 0) return true;
+    const std::string names[] = {name, original, name + ".beforeSPK", name + ".tmp"};
+    return std::any_of(std::begin(names), std::end(names), [&](const std::string& n) {
+      if (left.count(n) == 0) return false;
+      return left[n] == old || (after.count(name) > 0 && left[n] == after[name]);
+    });
   }
 
   /// Runs a function with a fault, looks at what it leaves, and completes that. False when the call
@@ -257,6 +260,18 @@ TEST_F(FaultTest, Files) {
         [](auto*) { return TEVInsCreateDirectory(CharPath("a/b")); });
   Check({"TEVInsDeleteDir", "0 ", "-1 ", "other=x", "", "tree/a/f=y|tree/g=z"},
         [](auto*) { return TEVInsDeleteDir(CharPath("tree"), 1); });
+  const std::string fonts = "aix/resources/fonts/", french = "aix/resources/msgcatalog/French";
+  Check({"TEVInsRemoveLang", "1 ", "", fonts + "Stroke/LATN.font=x",
+         french + "=(no file)|" + fonts + "Stroke/SICH.font=(no file)",
+         french + "/f=y|" + fonts + "Stroke/SICH.font=y"},
+        [](auto*) {
+          TEVInsRemoveLang(CharPath("."), "aix", CharPath("Visualization"), 124);
+          return 1;
+        });
+}
+
+TEST_F(FaultTest, Logs) {
+  CharPath from("from"), here(".");
   TEVInstallLog log(CharPath("log"));
   Check({"TEVInstallLog", "1 ", "-1 ErrorOpenLog", "log=x\n|from=y\n", "*=text\n"}, [&](auto* m) {
     TEVUnicodeString line = "text\n";
@@ -266,6 +281,23 @@ TEST_F(FaultTest, Files) {
     log.CloseLogFile();
     return status;
   });
+  const std::string side_log = "TEVInsErrorTransfer.log=x\n";
+  Check({"WriteLogErrorTransfer", "1 ", "", side_log, "*=32838     1 from\n", "from=y\n"},
+        [&](auto*) {
+          WriteLogErrorTransfer(here, from);
+          return 1;
+        });
+  Check({"TEVInsTransferLogInfo", "1 ", "", "log=y\n",
+         "*=Filesystem information:\nx\n|TEVInsErrorTransfer.log=(no file)", side_log},
+        [&](auto*) {
+          log.OpenPathLogFile(message_);
+          TEVInsTransferLogInfo(here, "", zeb2, &log);
+          log.CloseLogFile();
+          return 1;
+        });
+  Check({"TEVInsSPK", "0 ", "1 ", "log=x\n", "*=42\n",
+         "control/CAFPost.list=a\n|code/bin/a_SP1=#!/bin/sh\necho $((6 * 7))\n", true},
+        [&](auto*) { return std::min(TEVInsSPK(CharPath("SP1"), here, CharPath("log")), 1); });
 }
 
 TEST_F(FaultTest, Packs) {
@@ -310,9 +342,29 @@ TEST_F(FaultTest, Memory) {
                                [](auto* m) { return TEVInsCheckMetasearch(nullptr, m); }};
   for (const Function& exports : kExports)
     CheckMemory({"export " + std::to_string(&exports - kExports), "1 ", "-1 "}, exports);
+  const int port = GetFreePort(20000, &message_, 49151);
+  CheckMemory({"TEVInsCheckOrbixValue", "1 ", "0 "},
+              [&](auto* m) { return TEVInsCheckOrbixValue(port, port + 1, 50, 1, m); });
+  MetaSearchData data{};
+  data.port = data.snapshotsPort = port;
+  CheckMemory({"TEVInsCheckMetasearch", "1 ", "-1 "}, [&](auto* m) {
+    const int status = TEVInsCheckMetasearch(&data, m);
+    return status == 1 || Env({"MetaSearchPort"}) == ";" ? status : -2;
+  });
+  CheckMemory({"TEVInsSPK", "0 ", "-1 ", "control/CAFPost.list=a"},
+              [&](auto*) { return TEVInsSPK(t, CharPath("."), t); });
+  SetEnv("PATH", (Path("bin:") + std::getenv("PATH")).c_str());
+  CheckMemory({"TEVInsCheckTask", "1 ", "0 ", "bin/ps=#!/bin/sh\necho; echo u 2 1 0 s t t /t/x\n"},
+              [](auto*) { return TEVInsTaskList().TEVInsCheckTask("/t", nullptr); });
+  CheckMemory({"TEVInsCheckOrbixReboot", "0 ", "0 "},
+              [&](auto*) { return TEVInsTaskList().TEVInsCheckOrbixReboot(t); });
   CheckMemory({"TEVInsCheckMediaHFX", "4 ErrorNoHFX", "0 "},
               [](auto* m) { return TEVInsCheckMediaHFX(nullptr, m); });
-  // It does not tell whether there was memory for the first list.
+  // The list of the code's packs is asked for first, that of the SDK's only without any of those.
+  CheckMemory({"TEVInsCheckMediaSPK, code", "0 ", "4 ErrorNoSPK", "TOC=code:SPK:A"}, [](auto* m) {
+    TEVINSMediaToc medium("TOC");
+    return TEVInsCheckMediaSPK(&medium, m);
+  });
   CheckMemory(
       {"TEVInsCheckMediaSPK", "4 ErrorNoSPK", "1 "},
       [](auto* m) { return TEVInsCheckMediaSPK(nullptr, m); }, 2);
