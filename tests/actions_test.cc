@@ -1,5 +1,4 @@
 #include <kwinstutil/actions.h>
-#include <sys/stat.h>
 
 #include "fixture.h"
 

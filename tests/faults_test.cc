@@ -260,12 +260,11 @@ TEST_F(FaultTest, Files) {
         [](auto*) { return TEVInsCreateDirectory(CharPath("a/b")); });
   Check({"TEVInsDeleteDir", "0 ", "-1 ", "other=x", "", "tree/a/f=y|tree/g=z"},
         [](auto*) { return TEVInsDeleteDir(CharPath("tree"), 1); });
-  const std::string fonts = "aix/resources/fonts/", french = "aix/resources/msgcatalog/French";
-  Check({"TEVInsRemoveLang", "1 ", "", fonts + "Stroke/LATN.font=x",
-         french + "=(no file)|" + fonts + "Stroke/SICH.font=(no file)",
-         french + "/f=y|" + fonts + "Stroke/SICH.font=y"},
+  const std::string catalogs = "aix/resources/msgcatalog/";
+  Check({"TEVInsRemoveLang", "1 ", "", catalogs + "One.msg=x", catalogs + "French=(no file)",
+         catalogs + "French/One.msg=y"},
         [](auto*) {
-          TEVInsRemoveLang(CharPath("."), "aix", CharPath("Visualization"), 124);
+          TEVInsRemoveLang(CharPath("."), "aix", CharPath("Modeler"), 125);
           return 1;
         });
 }

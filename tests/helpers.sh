@@ -39,12 +39,14 @@ new_scratch() {
   touch "$work/scratch/services" "$work/scratch/inetd.conf"
 }
 
-# The sample media, in $work/media; without compress the test is skipped.
+skip() {
+  printf 'Skipped: %s\n' "$*"
+  exit 77
+}
+
+# The sample media, in $work/media.
 make_sample_media() {
-  if ! command -v compress >/dev/null; then
-    echo 'Skipped: there is no compress.'
-    exit 77
-  fi
+  command -v compress >/dev/null || skip 'there is no compress'
   cd "$work" || exit
   "$make_media" "$work/media"
 }

@@ -6,11 +6,6 @@ export PATH=$PATH:/usr/sbin:/sbin
 # shellcheck source=tests/helpers.sh
 source "$2/tests/helpers.sh"
 
-skip() {
-  printf 'Skipped: %s\n' "$*"
-  exit 77
-}
-
 # make_etc: an /etc of our own, with an older registration in it, and a /run for inetd's number.
 make_etc() {
   mkdir "$work/etc"
