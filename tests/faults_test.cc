@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <iostream>
 #include <iterator>
+#include <memory>
 #include <new>
 #include <sstream>
 #include <utility>
@@ -367,6 +368,16 @@ TEST_F(FaultTest, Memory) {
   CheckMemory(
       {"TEVInsCheckMediaSPK", "4 ErrorNoSPK", "1 "},
       [](auto* m) { return TEVInsCheckMediaSPK(nullptr, m); }, 2);
+  CheckMemory({"InitMediaToc", "1 ", "0 ", "TOC=code:SPK:A"}, [](auto* m) {
+    TEVINSMediaToc* table = nullptr;
+    const int status = InitMediaToc(CharPath("TOC"), &table, m);
+    return std::unique_ptr<TEVINSMediaToc>(table) == nullptr ? status : 1;
+  });
+  CheckMemory({"InitInstallToc", "1 ", "0 ", "TOC=code:SPK:A"}, [](auto* m) {
+    TEVINSInstToc* table = nullptr;
+    const int status = InitInstallToc(CharPath("TOC"), &table, m);
+    return std::unique_ptr<TEVINSInstToc>(table) == nullptr ? status : 1;
+  });
 }
 
 }  // namespace

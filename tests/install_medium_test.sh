@@ -145,6 +145,11 @@ check_answers() {
   (($(grep -cxE '={58}' "$work/own.log") == 2)) || fail 'own.log lacks its banner or closing line'
   sed -e 's/^languages = French/languages = Korean/' -e "s|^;log =.*|log = $work/own.log|" \
     -e 's/^;quiet =.*/quiet = yes/' "$site" | diff - "$work/again.ini" || fail 'answers are lost'
+  # What the log does not take is shown, and the exit status tells it.
+  expect_exit 1 "$kwbatch" install "$medium" "$work/unlogged" --answers "$site" --quiet \
+    --log /dev/full
+  expect_text 'cannot be written'
+  expect_text '] done'
 }
 
 # expect_usage_error TEXT ARGUMENT...
