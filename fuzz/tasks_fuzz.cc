@@ -94,12 +94,14 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-bool IsOwn(const Process& process) { return process.pid == getpid() || process.pid == getppid(); }
+bool IsOther(const Process& process) {
+  return process.pid != 0 && process.pid != getpid() && process.pid != getppid();
+}
 
 /// Adds the descendants of `pid`, each child before its own.
 void AddDescendants(const std::vector<Process>& processes, int pid, std::vector<Process>* tasks) {
   for (const Process& process : processes) {
-    if (process.ppid != pid || IsOwn(process) || tasks->size() >= kMost) continue;
+    if (process.ppid != pid || !IsOther(process) || tasks->size() >= kMost) continue;
     tasks->push_back(process);
     AddDescendants(processes, process.pid, tasks);
   }
@@ -110,14 +112,14 @@ std::vector<Process> ExpectedTasks(const std::vector<Process>& processes,
   std::vector<Process> tasks;
   for (const Process& process : processes) {
     const bool runs = Contains(process.command, "/t/") && !Contains(process.command, exclude);
-    if (!runs || IsOwn(process) || tasks.size() >= kMost) continue;
+    if (!runs || !IsOther(process) || tasks.size() >= kMost) continue;
     tasks.push_back(process);
     AddDescendants(processes, process.pid, &tasks);
   }
   return tasks;
 }
 
-/// Whatever ps printed: no more tasks than there may be, and each is stopped, the last first.
+/// Whatever ps printed: no more tasks than there may be, and each is stopped once, the last first.
 void CheckTasks(TEVInsTaskList* tasks, const std::string& exclude,
                 const std::optional<std::vector<Process>>& processes) {
   const int count = tasks->TEVInsCheckTask("/t", std::string(exclude).data());
@@ -128,20 +130,18 @@ void CheckTasks(TEVInsTaskList* tasks, const std::string& exclude,
   Require((list != nullptr) == (count > 0), "only a list with tasks is handed out");
   signalled.clear();
   tasks->TEVInsKillTask();
-  Require(signalled.size() <= static_cast<size_t>(count), "each task is stopped once");
+  Require(signalled.size() == static_cast<size_t>(count), "each task is stopped");
   for (const int pid : signalled) {
     Require(pid > 0 && pid != getpid() && pid != getppid(), "only other processes are stopped");
   }
   if (!processes) return;
   const std::vector<Process> expected = ExpectedTasks(*processes, exclude);
-  Require(expected.size() == static_cast<size_t>(count), "the tasks of the tree are found");
-  std::vector<int> stopped;
-  for (size_t i = expected.size(); i-- > 0;) {
+  Require(expected.size() == signalled.size(), "the tasks of the tree are found");
+  for (size_t i = 0; i < expected.size(); ++i) {
     Require(expected[i].command == list[i], "each task has its command");
-    // Some systems show a process 0: a signal to that would go to the caller.
-    if (expected[i].pid != 0) stopped.push_back(expected[i].pid);
+    Require(expected[i].pid == signalled[expected.size() - 1 - i],
+            "the last task is stopped first");
   }
-  Require(signalled == stopped, "all are stopped, the last task first");
 }
 
 }  // namespace

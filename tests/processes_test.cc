@@ -51,7 +51,7 @@ class ProcessesTest : public Fixture {
 };
 
 TEST_F(ProcessesTest, ListsAllProcessesAndDescendants) {
-  FakePs(Line(0, 0, "sched") + Line(getpid(), 11, "/t/own") + Line(11, 1, "/t/a") +
+  FakePs(Line(0, 0, "/t/sched") + Line(getpid(), 11, "/t/own") + Line(11, 1, "/t/a") +
          Line(12, 11, "b") + Line(13, 11, "d"));
   TEVInsTaskList tasks;
   EXPECT_EQ(tasks.TEVInsGetAllProcess(), 5);

@@ -13,8 +13,8 @@
 /// TEVInsGetListTask, TEVInsKillTask.
 ///
 /// The list holds at most 100 tasks and only grows; tasks that there is no memory for are left out.
-/// The process that made the object and its parent are never in it. A process may be listed twice:
-/// as a task of the tree and as the descendant of one.
+/// The process that made the object, its parent and a process 0 are never in it. A process may be
+/// listed twice: as a task of the tree and as the descendant of one.
 class KWINSTUTIL_EXPORT TEVInsTaskList {
  public:
   TEVInsTaskList() noexcept;
@@ -67,7 +67,7 @@ class KWINSTUTIL_EXPORT TEVInsTaskList {
 
   void FindOrbix() noexcept;
   bool MakeRoom() noexcept;
-  bool IsOwn(const Record& record) const noexcept;
+  bool IsOther(const Record& record) const noexcept;
   bool Append(const Record& record) noexcept;
 
   int pids_[kMaxTasks] = {};

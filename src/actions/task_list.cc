@@ -81,7 +81,7 @@ int TEVInsTaskList::TEVInsCheckTask(const char* installDir, char* exclude) noexc
   for (size_t i = 0; i < record_count_ && count_ < kMaxTasks; ++i) {
     const Record& record = records_[i];
     if (exclude != nullptr && Contains(record.command, exclude)) continue;
-    if (IsOwn(record) || !Contains(record.command, pattern.c_str())) continue;
+    if (!IsOther(record) || !Contains(record.command, pattern.c_str())) continue;
     if (Append(record)) TEVInsGetProcessFils(record.pid);
   }
   return count_;
@@ -139,7 +139,7 @@ int TEVInsTaskList::TEVInsGetProcessFils(long pid) noexcept {
   int children = 0;
   for (size_t i = 0; i < record_count_; ++i) {
     const Record& record = records_[i];
-    if (record.ppid != pid || IsOwn(record)) continue;
+    if (record.ppid != pid || !IsOther(record)) continue;
     ++children;
     if (!Append(record) || count_ == kMaxTasks) return children;
     TEVInsGetProcessFils(record.pid);
@@ -158,8 +158,9 @@ bool TEVInsTaskList::MakeRoom() noexcept {
   return true;
 }
 
-bool TEVInsTaskList::IsOwn(const Record& record) const noexcept {
-  return record.pid == own_pid_ || record.pid == parent_pid_;
+bool TEVInsTaskList::IsOther(const Record& record) const noexcept {
+  // Process 0, which some systems show, is the ancestor of all others.
+  return record.pid != 0 && record.pid != own_pid_ && record.pid != parent_pid_;
 }
 
 bool TEVInsTaskList::Append(const Record& record) noexcept {
