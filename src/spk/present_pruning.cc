@@ -98,10 +98,14 @@ int TEVInsResetPresent::FileCopy(char* from, char* to) noexcept {
   if (!source.good()) return -1;
   std::ofstream dest(to);
   if (!dest.good()) return -1;
-  for (std::string line; std::getline(source, line);) {
-    dest << (line += '\n');
+  char block[1 << 16];
+  char last = '\n';
+  while (source.read(block, sizeof(block)), source.gcount() > 0) {
+    dest.write(block, source.gcount());
     if (dest.fail()) return -1;
+    last = block[source.gcount() - 1];
   }
+  if (last != '\n') dest.put('\n');
   dest.close();
   return source.bad() || dest.fail() ? -1 : 0;
 }
