@@ -98,6 +98,9 @@ check_damaged_archive() {
   cp "$medium/aix_a/BASE" "$work/damaged"
   head -c 9000 "$medium/aix_a/Modeler.Z" >"$archive"
   expect_refusal "$archive" install "$work/damaged" "$work/broken"
+  expect_refusal "$archive" install "$work/damaged" "$work/broken" --quiet --log /dev/full
+  expect_text 'Filesystem information'
+  expect_text 'tar: '
   grep -qF "$(sum -r "$archive")" "$work/scratch/kwinst.log" || fail 'no checksum in kwinst.log'
   # In a bare root directory df may know no file system, and then prints nothing.
   grep -qF "$(df -k -i 2>/dev/null | head -n 1)" "$work/scratch/kwinst.log" ||

@@ -360,7 +360,7 @@ void Install(const Options& options) {
   Finish(plan, options, log);
   log.Succeeded();
   Summarize(plan.media, plan.request.target);
-  Say(std::string("The log is ") + log.get()->GetLogFileName());
+  Say(std::string("The log is ") + log.FileName());
 }
 
 void Check(const Options& options) {

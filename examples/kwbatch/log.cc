@@ -1,8 +1,13 @@
 #include "log.h"
 
+#include <kb0core/TEVFile.h>
+#include <kwinstutil/files.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 #include "console.h"
 
@@ -71,6 +76,15 @@ Log::~Log() {
 void Log::Write(const std::string& text) {
   TEVUnicodeString entry = text.c_str();
   Keep([&] { log_.WriteLogFile(entry); });
+}
+
+void Log::TakeErrors(std::string target) {
+  const std::string output = target + "/ErrorTar.log";
+  std::ifstream file(output, std::ios::binary);
+  Write(std::string(std::istreambuf_iterator<char>(file), {}));
+  TEVDeleteFile(output.c_str());
+  // The side log lies in the target itself, which is where it is looked for with this type.
+  Keep([&] { TEVInsTransferLogInfo(target.data(), "", zeb2, &log_); });
 }
 
 void Log::Succeeded() { trailer_ = " done"; }

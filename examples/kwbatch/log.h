@@ -8,8 +8,9 @@
 
 #include "options.h"
 
-/// The installation log, opened, and closed with its trailer on every way out. What the file does
-/// not take is shown instead, quiet or not, once the library has told of it on standard error.
+/// The installation log, opened, and closed with its trailer on every way out. What is written and
+/// the file does not take is shown instead, quiet or not, once the library has told of it on
+/// standard error.
 class Log {
  public:
   /// Opens the file of the option "log", or the usual one. Throws a Refusal when it cannot be
@@ -24,7 +25,11 @@ class Log {
   /// Without this, the trailer tells a failure.
   void Succeeded();
 
-  TEVInstallLog* get() { return &log_; }
+  /// Takes in what a failed transfer has left in `target`: the output of tar, and the side log.
+  void TakeErrors(std::string target);
+
+  /// For those that append to the file themselves.
+  char* FileName() { return log_.GetLogFileName(); }
 
  private:
   void OpenUsual(const std::string& header);
@@ -36,7 +41,7 @@ class Log {
   TEVUnicodeString trailer_ = " failed";
 };
 
-/// False when a log could not be written to its end.
+/// False when something was shown instead of being logged.
 bool AllIsLogged();
 
 #endif  // KWBATCH_LOG_H_

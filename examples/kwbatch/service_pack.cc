@@ -359,7 +359,7 @@ void PruneTable(const Pack& pack) {
 void RunPostInstall(const Pack& pack, Log& log) {
   std::string suffix = pack.journal.pack;
   std::string system_dir = pack.system_dir;
-  if (TEVInsSPK(suffix.data(), system_dir.data(), log.get()->GetLogFileName()) != 0) {
+  if (TEVInsSPK(suffix.data(), system_dir.data(), log.FileName()) != 0) {
     Complain("A post-install program has failed: see the log.");
   }
   // The list has served its purpose.

@@ -1,7 +1,5 @@
 #include "transfer.h"
 
-#include <kb0core/TEVFile.h>
-
 #include "console.h"
 #include "tree.h"
 
@@ -17,10 +15,6 @@ void Transfer(const Medium& medium, std::string name, std::string target, int la
     if (message.ConvertToChar()[0] != '\0') Say(message.ConvertToChar());
     return;
   }
-  const std::string errors = target + "/ErrorTar.log";
-  log.get()->CopyFile(std::string(errors).data());
-  TEVDeleteFile(errors.c_str());
-  // The side log lies in the target itself, which is where it is looked for with this type.
-  TEVInsTransferLogInfo(target.data(), name.c_str(), zeb2, log.get());
+  log.TakeErrors(target);
   throw Refused(message);
 }
