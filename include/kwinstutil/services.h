@@ -80,7 +80,8 @@ KWINSTUTIL_EXPORT int UpdateNewPorts(int bbPort, int runPort, int brokerPort, ch
 /// A file in which lines are replaced is renamed to its backup FILE.tmp and written anew; then the
 /// backup is deleted. When the process is killed in between, the backup must be renamed back before
 /// the next call, which would take what is left of the file for all of it. A replacement of more
-/// than 1023 characters counts as one that cannot be written.
+/// than 1023 characters counts as one that cannot be written. An added line may be longer;
+/// CheckNeedUpdateServices does not recognise it then, and a later call cannot replace it.
 ///
 /// `message` is assigned, except when there is no memory. Returns
 ///    1  done ("OKWriteServicesFile": the file);

@@ -16,8 +16,8 @@ namespace {
 
 bool IsDirectory(unsigned int mode) { return (mode & 0xF000) == 0x4000; }
 
-/// A file goes at once, by the type that its directory tells of it. False when that did not go, or
-/// it is none.
+/// Deletes an entry that its directory tells to be a file. False when it is none, or could not be
+/// deleted.
 bool DeleteKnownFile(TEVDirectory directory, const TEVDirectoryEntry& entry) {
   return entry.type != 0 && !IsDirectory(entry.type) && TEVDeleteEntry(directory, entry.name) == 0;
 }
