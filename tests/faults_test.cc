@@ -99,11 +99,6 @@ class FaultTest : public Fixture {
     fs::current_path(dir_);
   }
   ~FaultTest() override { fs::remove_all(medium_); }
-  void SetUp() override {
-    const auto look = [] { return std::to_string(access("/", 0)); };
-    if (FaultyRun(1, EIO, false, look).told != "-1") GTEST_SKIP() << "nothing can be traced here";
-  }
-
   void Lay(const std::string& files) const {
     for (const auto& [name, content] : Listed(files))
       fs::permissions(Write(name, content), fs::perms(0755));
@@ -162,6 +157,8 @@ class FaultTest : public Fixture {
 
   /// Lets every call of a function go wrong, and some calls, or all, of its programs.
   void Check(const Operation& o, const Function& function) {
+    const auto look = [] { return std::to_string(access("/", 0)); };
+    if (FaultyRun(1, EIO, false, look).told != "-1") GTEST_SKIP() << "nothing can be traced here";
     LayAnew(o.before + "|" + o.input);
     EXPECT_EQ(Outcome(function),
               o.success);  // and so a sanitizer needs no calls for its caches later
@@ -259,7 +256,7 @@ TEST_F(FaultTest, Files) {
         });
   Check({"TEVInsCreateDirectory", "0 ", "-1 ", "", "a/b=(directory)"},
         [](auto*) { return TEVInsCreateDirectory(CharPath("a/b")); });
-  Check({"TEVInsDeleteDir", "0 ", "-1 ", "other=x", "", "tree/a/f=y|tree/g=z"},
+  Check({"TEVInsDeleteDir", "0 ", "-1 ", "other=x", "tree=(no file)", "tree/a/f=y|tree/g=z", true},
         [](auto*) { return TEVInsDeleteDir(CharPath("tree"), 1); });
   const std::string catalogs = "aix/resources/msgcatalog/";
   Check({"TEVInsRemoveLang", "1 ", "", catalogs + "One.msg=x", catalogs + "French=(no file)",
@@ -356,10 +353,35 @@ TEST_F(FaultTest, Memory) {
   SetEnv("PATH", (Path("bin:") + std::getenv("PATH")).c_str());
   CheckMemory({"TEVInsCheckTask", "1 ", "0 ", "bin/ps=#!/bin/sh\necho; echo u 2 1 0 s t t /t/x\n"},
               [](auto*) { return TEVInsTaskList().TEVInsCheckTask("/t", nullptr); });
-  CheckMemory({"TEVInsCheckOrbixReboot", "0 ", "0 "},
-              [&](auto*) { return TEVInsTaskList().TEVInsCheckOrbixReboot(t); });
   CheckMemory({"TEVInsCheckMediaHFX", "4 ErrorNoHFX", "0 "},
               [](auto* m) { return TEVInsCheckMediaHFX(nullptr, m); });
+  // Where there are two lists, something is found in the second one.
+  const std::string toc = "TOC=code:SLT:A\nsamples:SMP:B\nzeb2:SLT:A.zeb2\ncode:FSP:C|tree=#";
+  const auto check = [&](const char* success, const char* failure, int n, auto function) {
+    const Function asks = [function](auto* m) {
+      TEVINSMediaToc medium("TOC");
+      TEVINSInstToc tree("tree");
+      return function(&medium, &tree, m);
+    };
+    CheckMemory({std::string("check ") + failure, success, failure, toc}, asks, n);
+  };
+  const char* const kAll = "0 ErrWndProductAllInstalled";
+  check("0 ", "-1 ErrEmptyMediaToc", 2,
+        [](auto* medium, auto*, auto* m) { return TEVInsCheckMedia(code, medium, m); });
+  check("0 ", "-1 ErrEmptyMediaToc", 1,
+        [](auto* medium, auto*, auto* m) { return TEVInsCheckMediaSMP(medium, m); });
+  check("1 ", kAll, 2, [](auto* medium, auto* tree, auto* m) {
+    return TEVInsCheckInstall(code, tree, medium, m);
+  });
+  check("1 ", "0 ErrWndSamplesAllInstalled", 1,
+        [](auto* medium, auto* tree, auto* m) { return TEVInsCheckInstallSMP(tree, medium, m); });
+  check("1 ", kAll, 2, [](auto* medium, auto* tree, auto* m) {
+    TEVINSInstToc code_tree("TOC");
+    return TEVInsCheckInstallZEB(tree, medium, &code_tree, m);
+  });
+  check("1 ", kAll, 1, [](auto* medium, auto* tree, auto* m) {
+    return TEVInsCheckInstallSPK(code, tree, medium, m);
+  });
   // The list of the code's packs is asked for first, that of the SDK's only without any of those.
   CheckMemory({"TEVInsCheckMediaSPK, code", "0 ", "4 ErrorNoSPK", "TOC=code:SPK:A"}, [](auto* m) {
     TEVINSMediaToc medium("TOC");

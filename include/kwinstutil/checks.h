@@ -166,16 +166,15 @@ KWINSTUTIL_EXPORT int TEVInsCheckSPKLevel(int mediaLevel, int installedLevel, ch
 /// Is the code that INSTALLDIR/CodeDir.txt names, for each operating system that its OSUNIX lists
 /// and that has a control/PRESENT, at the service-pack level of the medium, and are the files of
 /// that service pack intact? Without a CodeDir.txt, or with a null `installDir`, the code is looked
-/// for in "/". `message` may only be null when no table has a problem and no system
-/// has a higher level or damaged files. Leaves a file "NUL" in the current directory after each
-/// system of the same level.
+/// for in "/". `message` may only be null when no table has a problem and no system has a higher
+/// level or damaged files. Leaves a file "NUL" in the current directory after each system of the
+/// same level.
 ///
 /// Returns
 ///   1  it is;
-///   0  OSUNIX does not exist ("ErrorNoFile": path) or cannot be read
-///      ("ErrWndOpenControlFile": path, the system's error text), a table has a problem (see
-///      InitInstallToc), a system has a lower level ("ErrorBadMedia_1": the medium's, the system,
-///      the medium's) or a higher one
+///   0  OSUNIX does not exist ("ErrorNoFile": path) or cannot be read ("ErrWndOpenControlFile":
+///      path, the system's error text), a table has a problem (see InitInstallToc), a system has a
+///      lower level ("ErrorBadMedia_1": the medium's, the system, the medium's) or a higher one
 ///      ("ErrorBadMedia_2": its level, the system), or its service pack is damaged
 ///      ("ErrorMustReinstallSPKCode": its level, the system).
 KWINSTUTIL_EXPORT int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
@@ -189,8 +188,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckUnloadCAF(char names[][48], int count, char* na
 
 /// Reads INSTALLDIR/control/SPKInterrupted.txt, which an interrupted service pack leaves: an
 /// integer into `*interruptedValue` (0 when it is none, the nearest int when it is too large), and
-/// 1 into `*automaticCommit` when the word after such an integer as fits is AUTOMATIC_COMMIT, else
-/// 0.
+/// 1 into `*automaticCommit` when the word after it is AUTOMATIC_COMMIT, else 0 (also when there was
+/// no integer, or a too large one).
 ///
 /// Returns
 ///   1  read;

@@ -139,8 +139,8 @@ KWINSTUTIL_EXPORT int TEVInsGetJavaHome(char* result) noexcept;
 /// Runs JAVAHOME/bin/java -version through the shell, with the path unquoted, and looks for
 /// "1.3.1", "1.4." or "1.5.0" in the first 1024 bytes that it prints: no other version is accepted.
 /// Takes at least a second. JAVAHOME/bin is searched as a path list, so `javaHome` should have no
-/// ':'. `versionText` is assigned with
-/// those bytes as soon as the program has run, and `message` in every case but the null one.
+/// ':'. `versionText` is assigned with those bytes as soon as the program has run, and `message` in
+/// every case but the null one.
 ///
 /// Returns
 ///    1  accepted; `message` holds "ErrBadJavaVersionUNIX32_32" all the same;

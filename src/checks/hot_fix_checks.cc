@@ -1,6 +1,5 @@
 #include <kb0core/TEVFile.h>
 
-#include <fstream>
 #include <string>
 
 #include "checks/installed_systems.h"
@@ -14,13 +13,6 @@ using kwinst::MessageFrame;
 using kwinst::Number;
 
 namespace {
-
-/// Are files of the installed service pack damaged?
-bool ServicePackIsDamaged(TEVINSInstToc* installed, char* installDir) {
-  // The report is thrown into a file of this name, which stays in the current directory.
-  std::ofstream report("NUL");
-  return installed->CheckIntegrity(report, installDir, 0, 0) == 2;
-}
 
 /// Refuses a hot fix, `wanted`, because of the one that is installed. Without both names there is
 /// no message.
@@ -70,7 +62,7 @@ int TEVInsCheckHFXLevel(TEVINSInstToc* installed, TEVINSMediaToc* media, char* i
     TellInstalledHotFix(installed->GetHFXName(), name, frame, message);
     return -1;
   }
-  if (level == 0 || !ServicePackIsDamaged(installed, installDir)) return 1;
+  if (level == 0 || !kwinst::ServicePackIsDamaged(installed, installDir)) return 1;
 
   if (name != nullptr) {
     const std::string text =

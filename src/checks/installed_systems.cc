@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fstream>
 #include <memory>
 
 #include "kwinstutil/toc.h"
@@ -30,6 +31,12 @@ bool CheckSystem(const std::string& codeDir, const char* system, TEVUnicodeStrin
 bool SameText(const char* one, const char* other) {
   if (one == nullptr || other == nullptr) return one == other;
   return std::strcmp(one, other) == 0;
+}
+
+bool ServicePackIsDamaged(TEVINSInstToc* table, std::string systemDir) {
+  // The report is thrown into a file of this name, which stays in the current directory.
+  std::ofstream report("NUL");
+  return table != nullptr && table->CheckIntegrity(report, systemDir.data(), 0, 0) == 2;
 }
 
 bool ForEachInstalledSystem(const std::string& codeDir, const MessageFrame& frame,

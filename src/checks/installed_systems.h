@@ -14,6 +14,9 @@ namespace kwinst {
 /// Are two levels or operating systems the same? One that is missing equals only a missing one.
 bool SameText(const char* one, const char* other);
 
+/// Are files of the service pack that `table` has in `systemDir` damaged? Never without a table.
+bool ServicePackIsDamaged(TEVINSInstToc* table, std::string systemDir);
+
 /// What is to be done with one installed system: its name in the list, and its table, which is null
 /// when there was no memory for it. False ends the walk.
 using SystemCheck = std::function<bool(const char* system, TEVINSInstToc* table)>;

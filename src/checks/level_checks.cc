@@ -1,6 +1,5 @@
 #include <kb0core/TEVFile.h>
 
-#include <fstream>
 #include <string>
 
 #include "checks/installed_systems.h"
@@ -29,14 +28,6 @@ bool SameSystemAndLevel(TEVINSInstToc* installed, TEVINSMediaToc* media, const M
     return false;
   }
   return true;
-}
-
-/// Are files of the service pack in `systemDir` damaged?
-bool ServicePackIsDamaged(TEVINSInstToc* table, std::string systemDir) {
-  // The report is thrown into a file of this name, which stays in the current directory.
-  std::ofstream report("NUL");
-  TEVUnicodeString unwanted;
-  return TEVInsCheckIntegrityGA(table, systemDir.data(), report, &unwanted, 0) == -3;
 }
 
 }  // namespace
@@ -133,12 +124,10 @@ int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
       *message = frame.Build("ErrorBadMedia_2", {Number(level), os});
       return false;
     }
-    if (!ServicePackIsDamaged(table, kwinst::JoinPath(code_dir, system))) return true;
-    if (table != nullptr) {
-      const std::string text = Format("You must re-install Code Service Pack level %d for OS %s\n",
-                                      level, os == nullptr ? "" : os);
-      *message = frame.Build("ErrorMustReinstallSPKCode", {Number(level), os}, text.c_str());
-    }
+    if (!kwinst::ServicePackIsDamaged(table, kwinst::JoinPath(code_dir, system))) return true;
+    const std::string text = Format("You must re-install Code Service Pack level %d for OS %s\n",
+                                    level, os == nullptr ? "" : os);
+    *message = frame.Build("ErrorMustReinstallSPKCode", {Number(level), os}, text.c_str());
     return false;
   };
   return kwinst::ForEachInstalledSystem(code_dir, frame, message, check) ? 1 : 0;

@@ -75,6 +75,7 @@ void TEVInsReadOSFile(const char* dir, int index, char* result) noexcept {
     return number < index;
   };
   const std::string path = kwinst::JoinPath(dir, "OSUNIX");
+  // A word has less than 16 characters.
   if (kwinst::ForEachWord<16>(path.c_str(), find)) std::strcpy(result, found.c_str());
 }
 
