@@ -1,5 +1,7 @@
 #include <kwinstutil/actions.h>
 
+#include <filesystem>
+
 #include "fixture.h"
 
 namespace {
@@ -14,6 +16,9 @@ TEST_F(ActionsTest, TellsTheOutcomeOfEachCommand) {
   EXPECT_EQ(Told(), Message("ErrCmdFailed", "exit 3"));
   EXPECT_EQ(TEVInsUpdate(CharPath(from), CharPath(to), &message_), 1);
   EXPECT_EQ(Told(), Message("CmdSucessful", "cat " + from + " >> " + to));
+  std::filesystem::create_symlink("new", Path("link"));
+  EXPECT_EQ(TEVInsUpdate(CharPath(from), CharPath(Path("link")), &message_), 1);
+  EXPECT_EQ(Read(Path("new")), "from\n");
   EXPECT_EQ(TEVInsUpdate(CharPath(no), CharPath(to), &message_), -1);
   EXPECT_EQ(Told(), Message("ErrFileNotExist", no));
   EXPECT_EQ(TEVInsCopyInstall(CharPath(from), CharPath(Path("copy")), &message_), 1);
