@@ -188,8 +188,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckUnloadCAF(char names[][48], int count, char* na
 
 /// Reads INSTALLDIR/control/SPKInterrupted.txt, which an interrupted service pack leaves: an
 /// integer into `*interruptedValue` (0 when it is none, the nearest int when it is too large), and
-/// 1 into `*automaticCommit` when the word after it is AUTOMATIC_COMMIT, else 0 (also when there was
-/// no integer, or a too large one).
+/// 1 into `*automaticCommit` when the word after it is AUTOMATIC_COMMIT, else 0 (also when
+/// there was no integer, or one that is too large).
 ///
 /// Returns
 ///   1  read;
