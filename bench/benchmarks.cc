@@ -345,7 +345,7 @@ std::vector<Line> Lines() {
 
 /// Its arguments are those of Google Benchmark, and go before these.
 int main(int argc, char** argv) try {
-  std::vector<std::string> words = {argv[0], "--benchmark_repetitions=11",
+  std::vector<std::string> words = {argv[0], "--benchmark_repetitions=21",
                                     "--benchmark_enable_random_interleaving=true",
                                     "--benchmark_min_time=0.03"};
   words.insert(words.end(), argv + 1, argv + argc);
