@@ -3,7 +3,7 @@
 # their own, and what they have in common.
 export LC_ALL=C TEVMsgCatalogPath=$2/resources/msgcatalog
 umask 022
-kwbatch=$1/examples/kwbatch/kwbatch
+kwbatch=$1/kwbatch/kwbatch
 make_media=$2/examples/sample-medium/make-media.sh
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

@@ -199,8 +199,8 @@ complete_words() {
 }
 
 check_completion() {
-  # shellcheck source=examples/kwbatch/kwbatch.bash
-  source "$source/examples/kwbatch/kwbatch.bash"
+  # shellcheck source=kwbatch/kwbatch.bash
+  source "$source/kwbatch/kwbatch.bash"
   [[ $(complete_words ver) == verify ]] || fail 'completion of a command'
   [[ $(complete_words --scratch /tmp verify --o) == --os ]] || fail 'completion of an option'
   [[ $(complete_words install --languages Ja) == Japanese ]] || fail 'completion of a language'

@@ -29,7 +29,7 @@ check_no_fixed_paths() {
 }
 
 check_cmake_package() {
-  cmake -S "$source/examples/kwbatch" -B "$work/kwbatch" -G "$(cached CMAKE_GENERATOR)" \
+  cmake -S "$source/kwbatch" -B "$work/kwbatch" -G "$(cached CMAKE_GENERATOR)" \
     -DCMAKE_PREFIX_PATH="$work/copy" -DCMAKE_CXX_COMPILER="$compiler" \
     -DCMAKE_CXX_FLAGS="${flags[*]}" >/dev/null
   expect_exit 0 cmake --build "$work/kwbatch"
