@@ -1,6 +1,6 @@
 // The services and inetd files. An input: the ports, a directory, the file that is rewritten.
 
-#include <kwinstutil/services.h>
+#include <kwinstutil/ports.h>
 
 #include <array>
 

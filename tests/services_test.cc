@@ -1,4 +1,4 @@
-#include <kwinstutil/services.h>
+#include <kwinstutil/ports.h>
 #include <sys/stat.h>
 #include <unistd.h>
 

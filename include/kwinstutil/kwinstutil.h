@@ -14,7 +14,6 @@
 #include "kwinstutil/ports.h"
 #include "kwinstutil/processes.h"
 #include "kwinstutil/report.h"
-#include "kwinstutil/services.h"
 #include "kwinstutil/spk.h"
 #include "kwinstutil/toc.h"
 

@@ -68,11 +68,11 @@ int TEVInsUpdate(char* from, char* to, TEVUnicodeString* message) noexcept {
   }
   const std::string command = Format("cat %s >> %s", from, to);
   if (!AppendWhole(command, to)) {
-    *message = frame.Build("ErrCmdFailed", {command.c_str()});
+    *message = frame.Build("ErrCmdFailed", {command});
     return -1;
   }
   // This function's success key has one "s": catalogs have always had both spellings.
-  *message = frame.Build("CmdSucessful", {command.c_str()});
+  *message = frame.Build("CmdSucessful", {command});
   return 1;
 }
 

@@ -58,7 +58,7 @@ int TEVInsPalomirSetup(char* command, TEVUnicodeString* message) noexcept {
       *message = frame.Build("PalomirSetupRC_2", {command});
       break;
     default:
-      *message = frame.Build("PalomirSetupDefault", {kwinst::Number(status)});
+      *message = frame.Build("PalomirSetupDefault", {status});
   }
   return status;
 }
@@ -77,12 +77,12 @@ int TEVInsQDNUpdate(char* installDir, TEVUnicodeString* message, char* /*extra*/
   // The status as the shell gives it, not divided as in TEVInsPalomirSetup.
   const int status = kwinst::RunShell(command);
   if (status != 0) {
-    *message = frame.Build("ErrDRXPeopleUpdateFailed", {text, kwinst::Number(status)},
-                           Format("Commande [%s] failed. rc= %d \n", text, status).c_str());
+    *message = frame.Build("ErrDRXPeopleUpdateFailed", {text, status},
+                           Format("Commande [%s] failed. rc= %d \n", text, status));
     return -1;
   }
   *message = frame.Build("CmdDRXPeopleUpdateSuccessful", {text},
-                         Format("Commande [%s] was successful", text).c_str());
+                         Format("Commande [%s] was successful", text));
   return 1;
 }
 

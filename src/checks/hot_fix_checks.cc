@@ -10,7 +10,6 @@
 
 using kwinst::Format;
 using kwinst::MessageFrame;
-using kwinst::Number;
 
 namespace {
 
@@ -21,11 +20,11 @@ void TellInstalledHotFix(const char* present, const char* wanted, const MessageF
   if (present == nullptr || wanted == nullptr) return;
   if (kwinst::SameText(present, wanted)) {
     *message = frame.Build("ErrHFXAlreadyInstalled", {wanted},
-                           Format("Hot fix %s is already installed\n", wanted).c_str());
+                           Format("Hot fix %s is already installed\n", wanted));
   } else {
     *message = frame.Build(
         "ErrHFXLevelold", {present, wanted},
-        Format("You need to remove hot fix %s before installing %s\n", present, wanted).c_str());
+        Format("You need to remove hot fix %s before installing %s\n", present, wanted));
   }
 }
 
@@ -47,7 +46,7 @@ int TEVInsCheckHFXLevel(TEVINSInstToc* installed, TEVINSMediaToc* media, char* i
     const std::string text =
         Format("It is impossible to install hot fix %s on %s with Service Pack level %d\n", name,
                ga, level);
-    *message = frame.Build("ErrHFXLevelSPK", {name, ga, Number(level)}, text.c_str());
+    *message = frame.Build("ErrHFXLevelSPK", {name, ga, level}, text);
     return -1;
   }
   if (TEVFileAccess(kwinst::ControlFile(installDir, "SPK.list").c_str(), 0) == 0) {
@@ -55,7 +54,7 @@ int TEVInsCheckHFXLevel(TEVINSInstToc* installed, TEVINSMediaToc* media, char* i
     // The text has always said "ifx".
     const std::string text = Format(
         "You need to commit Service Pack level %d before installing hot ifx %s\n", level, name);
-    *message = frame.Build("ErrHFXCommitSPK", {Number(level), name}, text.c_str());
+    *message = frame.Build("ErrHFXCommitSPK", {level, name}, text);
     return -1;
   }
   if (installed->GetHFXLevel() != 0) {
@@ -67,7 +66,7 @@ int TEVInsCheckHFXLevel(TEVINSInstToc* installed, TEVINSMediaToc* media, char* i
   if (name != nullptr) {
     const std::string text =
         Format("You need to reinstall Service Pack %d before installing %s\n", level, name);
-    *message = frame.Build("ErrHFXneedreinstallSPK", {Number(level), name}, text.c_str());
+    *message = frame.Build("ErrHFXneedreinstallSPK", {level, name}, text);
   }
   return -1;
 }

@@ -120,7 +120,7 @@ int TEVInsCheckInstallCode(char* installDir, const char* gaLevel,
   // It is the directory that is tested, and the list that is told to be missing.
   if (TEVFileAccess(installDir, 0) == -1) {
     if (message == nullptr) return 0;
-    *message = frame.Build("ErrorNoFile", {list.c_str()});
+    *message = frame.Build("ErrorNoFile", {list});
     message->Append(frame.Build("ErrNoPRESENTForAnyOS", {gaLevel, installDir}));
     return 0;
   }

@@ -49,7 +49,7 @@ bool ForEachInstalledSystem(const std::string& codeDir, const MessageFrame& fram
   });
   if (!read) {
     const char* reason = std::strerror(errno);
-    if (message != nullptr) *message = frame.Build("ErrWndOpenControlFile", {list.c_str(), reason});
+    if (message != nullptr) *message = frame.Build("ErrWndOpenControlFile", {list, reason});
   }
   return read && passed;
 }

@@ -16,7 +16,6 @@
 using kwinst::ControlFile;
 using kwinst::Format;
 using kwinst::MessageFrame;
-using kwinst::Number;
 
 int TEVInsCheckUnloadCAF(char names[][48], int count, char* name) noexcept {
   for (int i = 0; i < count; ++i) {
@@ -62,8 +61,7 @@ int TEVInsCheckInstallSPKCommitted(char* installDir, int spLevel, char* osName,
         "%s is not a valid installation path to install  %s SP%d ZEB CDROM because code SP is not "
         "committed\n",
         installDir, ga, spLevel);
-    *message = frame.Build("MsgCheckInstallSPKNotCommitted", {installDir, ga, Number(spLevel)},
-                           text.c_str());
+    *message = frame.Build("MsgCheckInstallSPKNotCommitted", {installDir, ga, spLevel}, text);
     return 0;
   }
   if (ga == nullptr) return 0;
@@ -71,8 +69,8 @@ int TEVInsCheckInstallSPKCommitted(char* installDir, int spLevel, char* osName,
       "%s is not a valid installation path to install  %s SP%d ZEB CDROM because installed SPK "
       "level is %d\n",
       installDir, ga, spLevel, installed_level);
-  *message = frame.Build("MsgCheckBadInstalledSPK",
-                         {installDir, ga, Number(spLevel), Number(installed_level)}, text.c_str());
+  *message =
+      frame.Build("MsgCheckBadInstalledSPK", {installDir, ga, spLevel, installed_level}, text);
   return 0;
 }
 
@@ -97,7 +95,7 @@ int TEVInsCheckResult(TEVINSInstToc* installed, char* path, std::ostream& report
     return 0;
   }
   if (verdict == 2) {
-    const TEVUnicodeString level = Number(installed->GetSPKLevel(1));
+    const int level = installed->GetSPKLevel(1);
     *message = zebMedia == 0 ? frame.Build("ErrIntegrityServicePack", {level})
                              : frame.Build("ErrIntegrityServicePackZEB", {level});
     return -3;

@@ -11,7 +11,6 @@
 
 using kwinst::Format;
 using kwinst::MessageFrame;
-using kwinst::Number;
 using kwinst::SameText;
 
 namespace {
@@ -65,13 +64,12 @@ int TEVInsCheckPrereqGASP(TEVINSInstToc* installed, TEVINSMediaToc* media,
     const std::string text = Format(
         "It is forbidden to install GA %s Service Pack %d data on GA %s with no Service Pack\n", ga,
         media_level, ga);
-    *message = frame.Build("ErrWndGASPLevel2", {ga, Number(media_level), ga}, text.c_str());
+    *message = frame.Build("ErrWndGASPLevel2", {ga, media_level, ga}, text);
   } else {
     const std::string text =
         Format("It is forbidden to install GA %s Service Pack %d data on GA %s Service Pack %d\n",
                ga, media_level, ga, installed_level);
-    *message = frame.Build("ErrWndGASPLevel1",
-                           {ga, Number(media_level), ga, Number(installed_level)}, text.c_str());
+    *message = frame.Build("ErrWndGASPLevel1", {ga, media_level, ga, installed_level}, text);
   }
   return 0;
 }
@@ -85,13 +83,11 @@ int TEVInsCheckSPKLevel(int mediaLevel, int installedLevel, char* installDir, in
     if (!pending) return 1;
     const std::string commit =
         std::string(installDir) + "/code/command/tevstart -run TEVSoftwareMgt";
-    *message =
-        frame.Build("ErrWndNoCommit", {Number(installedLevel), Number(mediaLevel), commit.c_str()});
+    *message = frame.Build("ErrWndNoCommit", {installedLevel, mediaLevel, commit});
     return -1;
   }
   if (mediaLevel < installedLevel) {
-    *message =
-        frame.Build("ErrWndErrorCD", {Number(installedLevel), installDir, Number(mediaLevel)});
+    *message = frame.Build("ErrWndErrorCD", {installedLevel, installDir, mediaLevel});
     return -1;
   }
   if (pending) return mode == 1 ? 3 : 1;
@@ -105,7 +101,7 @@ int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
   TEVInsGetCodeDir(installDir, code_dir);
   const std::string list = kwinst::JoinPath(code_dir, "OSUNIX");
   if (TEVFileAccess(list.c_str(), 0) == -1) {
-    if (message != nullptr) *message = frame.Build("ErrorNoFile", {list.c_str()});
+    if (message != nullptr) *message = frame.Build("ErrorNoFile", {list});
     return 0;
   }
   const int media_level = media == nullptr ? 0 : media->GetSPKLevel(1);
@@ -115,19 +111,19 @@ int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
     const char* os = table != nullptr ? table->GetOS() : nullptr;
     if (level < media_level) {
       if (message != nullptr) {
-        *message = frame.Build("ErrorBadMedia_1", {Number(media_level), os, Number(media_level)});
+        *message = frame.Build("ErrorBadMedia_1", {media_level, os, media_level});
       }
       return false;
     }
     // From here on the message is not tested for null: callers have always seen it so.
     if (level > media_level) {
-      *message = frame.Build("ErrorBadMedia_2", {Number(level), os});
+      *message = frame.Build("ErrorBadMedia_2", {level, os});
       return false;
     }
     if (!kwinst::ServicePackIsDamaged(table, kwinst::JoinPath(code_dir, system))) return true;
     const std::string text = Format("You must re-install Code Service Pack level %d for OS %s\n",
                                     level, os == nullptr ? "" : os);
-    *message = frame.Build("ErrorMustReinstallSPKCode", {Number(level), os}, text.c_str());
+    *message = frame.Build("ErrorMustReinstallSPKCode", {level, os}, text);
     return false;
   };
   return kwinst::ForEachInstalledSystem(code_dir, frame, message, check) ? 1 : 0;

@@ -23,7 +23,7 @@ int TEVInsCheckMediaSAT(char* mediaDir, TEVUnicodeString* message) noexcept {
   for (const char* name : {"LumaforgeSatellite.Z", "LFSFS"}) {
     const std::string path = kwinst::JoinPath(mediaDir, name);
     if (TEVFileAccess(path.c_str(), 0) != -1) continue;
-    if (message != nullptr) *message = frame.Build("ErrorNoFile", {path.c_str()});
+    if (message != nullptr) *message = frame.Build("ErrorNoFile", {path});
     return -2;
   }
   return 0;

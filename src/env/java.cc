@@ -54,7 +54,7 @@ int TEVInsCheckJavaHome(char* javaHome, TEVUnicodeString& versionText,
   const std::string java = TEVFindPath("java", bin.c_str()).ConvertToChar();
   if (java.empty()) {
     const std::string text = kwinst::Format("java was not found in path %s\n", bin.c_str());
-    message = frame.Build("ErrWndjreNotFound", {bin.c_str()}, text.c_str());
+    message = frame.Build("ErrWndjreNotFound", {bin}, text);
     return -1;
   }
 

@@ -15,7 +15,6 @@
 
 using kwinst::Format;
 using kwinst::MessageFrame;
-using kwinst::Number;
 using kwinst::Publish;
 
 namespace {
@@ -121,7 +120,7 @@ bool CheckServer(const char* name, int port, bool port_checked, TEVUnicodeString
   const int found = GetFreePort(port, message, kwinst::kHighestPort);
   if (found == -1) return false;
   if (found == port) return true;
-  *message = frame.Build("ErrWndTCKPortNotFree", {Number(port), Number(found)});
+  *message = frame.Build("ErrWndTCKPortNotFree", {port, found});
   return false;
 }
 
@@ -205,7 +204,7 @@ int ExportServersTimeout(int minutes, TEVUnicodeString* message) noexcept {
   if (message != nullptr) {
     const std::string text = Format(
         "Incorrect timeout value : %d. Timeout value can range from 2 to 35700 minutes\n", minutes);
-    *message = frame.Build("ErrWndTimeout", {Number(minutes)}, text.c_str());
+    *message = frame.Build("ErrWndTimeout", {minutes}, text);
   }
   return -1;
 }

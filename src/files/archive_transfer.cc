@@ -90,7 +90,7 @@ int TEVInsTransferCAF(char* componentName, char* sourceDir, char* installDir, co
 
   int status = 0;
   if (kwinst::RunShell(archive.command) != 0) {
-    message = frame.Build("ErrCommandInterrupted", {archive.command.c_str()});
+    message = frame.Build("ErrCommandInterrupted", {archive.command});
     status = -100;
   } else {
     TakeWarnings(errorFile, message);

@@ -17,15 +17,15 @@ namespace {
 
 InetdOutcome CannotOpen(const std::string& path, const std::string& error,
                         const MessageFrame& frame, TEVUnicodeString& message) {
-  message = frame.Build("ErrWndOpenServicesFile", {path.c_str(), error.c_str()});
+  message = frame.Build("ErrWndOpenServicesFile", {path, error});
   return InetdOutcome::kFailed;
 }
 
 /// The outcome of a file that was `written`, or was left as it had been.
 InetdOutcome Written(bool written, const std::string& path, const MessageFrame& frame,
                      TEVUnicodeString& message) {
-  message = written ? frame.Build("OKWriteServicesFile", {path.c_str()})
-                    : frame.Build("ErrWndWriteServicesFile", {path.c_str()});
+  message = written ? frame.Build("OKWriteServicesFile", {path})
+                    : frame.Build("ErrWndWriteServicesFile", {path});
   return written ? InetdOutcome::kChanged : InetdOutcome::kFailed;
 }
 
@@ -36,7 +36,7 @@ InetdOutcome RewriteWithBackup(const std::string& path, const LineTable& table,
   DropLink(backup, path);
   if (TEVRenameFile(path.c_str(), backup.c_str()) != 0) {
     const char* error = std::strerror(errno);
-    message = frame.Build("ErrWndRenameServicesFile", {path.c_str(), error});
+    message = frame.Build("ErrWndRenameServicesFile", {path, error});
     return InetdOutcome::kFailed;
   }
   std::string error;

@@ -10,7 +10,6 @@
 #include "support/format.h"
 
 using kwinst::MessageFrame;
-using kwinst::Number;
 
 namespace {
 
@@ -68,7 +67,7 @@ bool IsFree(int port, const MessageFrame& frame, TEVUnicodeString* message) {
   const int found = GetFreePort(port, message, kwinst::kHighestPort);
   if (found == -1) return false;
   if (found == port) return true;
-  *message = frame.Build("ErrWndOrbixPortNotFree", {Number(port), Number(found)});
+  *message = frame.Build("ErrWndOrbixPortNotFree", {port, found});
   return false;
 }
 

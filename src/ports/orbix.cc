@@ -15,7 +15,6 @@
 using kwinst::Format;
 using kwinst::kLowestPort;
 using kwinst::MessageFrame;
-using kwinst::Number;
 
 char varOrbixPort[128];
 char varOrbixBase[128];
@@ -55,30 +54,30 @@ int TEVInsCheckOrbixValue(int port, int base, int range, int boot,
   };
   // The limits in the messages are the nearest values that are refused.
   if (port < kLowestPort) {
-    return refuse(frame.Build("ErrBadOrbixPort1", {Number(port), Number(kLowestPort - 1)}));
+    return refuse(frame.Build("ErrBadOrbixPort1", {port, kLowestPort - 1}));
   }
   if (port > kHighestDaemonPort) {
-    return refuse(frame.Build("ErrBadOrbixPort2", {Number(port), Number(kHighestDaemonPort + 1)}));
+    return refuse(frame.Build("ErrBadOrbixPort2", {port, kHighestDaemonPort + 1}));
   }
   if (base < kLowestPort) {
-    return refuse(frame.Build("ErrBadServerBase1", {Number(base), Number(kLowestPort - 1)}));
+    return refuse(frame.Build("ErrBadServerBase1", {base, kLowestPort - 1}));
   }
   if (base > kHighestBase) {
-    return refuse(frame.Build("ErrBadServerBase2", {Number(base), Number(kHighestBase + 1)}));
+    return refuse(frame.Build("ErrBadServerBase2", {base, kHighestBase + 1}));
   }
   if (range < kSmallestRange) {
-    return refuse(frame.Build("ErrBadServerRange1", {Number(range), Number(kSmallestRange - 1)}));
+    return refuse(frame.Build("ErrBadServerRange1", {range, kSmallestRange - 1}));
   }
   if (range >= kEnd - base) {
-    return refuse(frame.Build("ErrBadServerRange2", {Number(range), Number(kEnd - base)}));
+    return refuse(frame.Build("ErrBadServerRange2", {range, kEnd - base}));
   }
   const int found = GetFreePort(port, message, kHighestDaemonPort);
   if (found == -1) return 0;
   if (found != port) {
-    return refuse(frame.Build("ErrWndOrbixPortNotFree", {Number(port), Number(found)}));
+    return refuse(frame.Build("ErrWndOrbixPortNotFree", {port, found}));
   }
   if (port >= base) {
-    return refuse(frame.Build("ErrWndOrbixServerBase", {Number(base), Number(port)}));
+    return refuse(frame.Build("ErrWndOrbixServerBase", {base, port}));
   }
   const bool exported =
       kwinst::Publish(varOrbixPort, Format("ORBIX_ItDaemonPort=%d", port)) &&

@@ -15,7 +15,6 @@
 using kwinst::kHighestPort;
 using kwinst::kLowestPort;
 using kwinst::MessageFrame;
-using kwinst::Number;
 
 namespace {
 
@@ -72,7 +71,7 @@ int CheckRunPorts(std::initializer_list<int*> ports, TEVUnicodeString* message) 
     const int found = SearchApart(port, ports, message);
     if (found == -1) return -1;
     if (found == *port) continue;
-    message->Append(frame.Build("ErrWndK7RunPortNotFree", {Number(*port), Number(found)}));
+    message->Append(frame.Build("ErrWndK7RunPortNotFree", {*port, found}));
     *port = found;
     status = 0;
   }
@@ -130,25 +129,25 @@ int GetFreePort(int start, TEVUnicodeString* message, int max) noexcept {
   if (message == nullptr) return -1;
   const MessageFrame frame;
   if (max < start) {
-    *message = frame.Build("ErrValuePortTooBig", {Number(start), Number(max)});
+    *message = frame.Build("ErrValuePortTooBig", {start, max});
     return -1;
   }
   const int tried = socket(AF_INET, SOCK_STREAM, 0);
   if (tried == -1) {
     const char* reason = std::strerror(errno);
-    *message = frame.Build("ErrCreateSocket", {Number(start), reason});
+    *message = frame.Build("ErrCreateSocket", {start, reason});
     return -1;
   }
   // The socket stays open when nothing was found: callers have always seen it so.
   if (!BindFirstFree(tried, static_cast<unsigned int>(start), static_cast<unsigned int>(max))) {
-    *message = frame.Build("ErrSearchFreePort", {Number(start), Number(max)});
+    *message = frame.Build("ErrSearchFreePort", {start, max});
     return -1;
   }
   sockaddr_in bound{};
   socklen_t size = sizeof(bound);
   if (getsockname(tried, reinterpret_cast<sockaddr*>(&bound), &size) != 0) {
     const char* reason = std::strerror(errno);
-    *message = frame.Build("Errgetsockname", {Number(start), reason});
+    *message = frame.Build("Errgetsockname", {start, reason});
     return -1;
   }
   close(tried);
@@ -159,13 +158,13 @@ int CheckValuePortMinMax(int port, TEVUnicodeString* message) noexcept {
   const MessageFrame frame;
   if (port < kLowestPort) {
     if (message != nullptr) {
-      message->Append(frame.Build("ErrWndK7RunPort", {Number(port), Number(kLowestPort)}));
+      message->Append(frame.Build("ErrWndK7RunPort", {port, kLowestPort}));
     }
     return 0;
   }
   if (port > kHighestPort) {
     if (message != nullptr) {
-      message->Append(frame.Build("ErrWndK7RunPortMax", {Number(port), Number(kHighestPort)}));
+      message->Append(frame.Build("ErrWndK7RunPortMax", {port, kHighestPort}));
     }
     return 0;
   }

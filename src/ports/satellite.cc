@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-#include "kwinstutil/services.h"
+#include "kwinstutil/ports.h"
 #include "ports/inetd_file.h"
 #include "ports/line_table.h"
 #include "support/format.h"

@@ -1,5 +1,3 @@
-#include "kwinstutil/services.h"
-
 #include <kb0core/TEVFile.h>
 
 #include <array>
@@ -11,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "kwinstutil/ports.h"
 #include "ports/inetd_file.h"
 #include "ports/line_table.h"
 #include "report/message.h"
@@ -92,11 +91,11 @@ int Replace(const std::string& path, const LineTable& table, const MessageFrame&
   kwinst::DropLink(temporary, path);
   InputFile file = kwinst::OpenSystemFile(temporary, "w", &error);
   if (file == nullptr) {
-    if (message != nullptr) *message = frame.Build("ErrWndOpenServicesFile", {"", error.c_str()});
+    if (message != nullptr) *message = frame.Build("ErrWndOpenServicesFile", {"", error});
     return -1;
   }
   if (!table.WriteAndClose(std::move(file))) {
-    if (message != nullptr) *message = frame.Build("ErrWndWriteServicesFile", {path.c_str()});
+    if (message != nullptr) *message = frame.Build("ErrWndWriteServicesFile", {path});
     TEVDeleteFile(temporary.c_str());
     return -1;
   }
@@ -105,12 +104,12 @@ int Replace(const std::string& path, const LineTable& table, const MessageFrame&
     const std::string text =
         Format("setup could not rename file %s to %s\n", temporary.c_str(), path.c_str());
     if (message != nullptr) {
-      *message = frame.Build("KORenameServicesFile", {path.c_str()}, text.c_str());
+      *message = frame.Build("KORenameServicesFile", {path}, text);
     }
     // A success all the same: the new content is complete, under the temporary name.
     return 1;
   }
-  if (message != nullptr) *message = frame.Build("OKWriteServicesFile", {path.c_str()});
+  if (message != nullptr) *message = frame.Build("OKWriteServicesFile", {path});
   return 1;
 }
 
@@ -154,7 +153,7 @@ int UpdatePorts(int bbPort, int runPort, int brokerPort, char* servicesFile,
     const std::string text =
         Format("Setup cannot open file %s - %s\n", servicesFile, error.c_str());
     if (message != nullptr) {
-      *message = frame.Build("ErrWndOpenServicesFile", {servicesFile, error.c_str()}, text.c_str());
+      *message = frame.Build("ErrWndOpenServicesFile", {servicesFile, error}, text);
     }
     return -1;
   }
@@ -165,7 +164,7 @@ int UpdatePorts(int bbPort, int runPort, int brokerPort, char* servicesFile,
   }
   const std::string text = Format("File %s  was updated\n", servicesFile);
   if (message != nullptr) {
-    *message = frame.Build("OKWriteServicesFile", {servicesFile}, text.c_str());
+    *message = frame.Build("OKWriteServicesFile", {servicesFile}, text);
   }
   return 1;
 }
@@ -188,7 +187,7 @@ int UpdateNewPorts(int bbPort, int runPort, int brokerPort, char* servicesFile,
   }
   if (!error.empty()) {
     if (message != nullptr) {
-      *message = frame.Build("ErrWndOpenServicesFile", {servicesFile, error.c_str()});
+      *message = frame.Build("ErrWndOpenServicesFile", {servicesFile, error});
     }
     return -1;
   }
@@ -203,7 +202,7 @@ int UpdateNewPorts(int bbPort, int runPort, int brokerPort, char* servicesFile,
   LineTable table(lines);
   if (table.absent()) {
     const std::string size = Format("%zu", table.size());
-    if (message != nullptr) *message = frame.Build("ErrWndAllocServicesFile", {"", size.c_str()});
+    if (message != nullptr) *message = frame.Build("ErrWndAllocServicesFile", {"", size});
     return -1;
   }
   if (!Fill(file.get(), ports, found, &table)) {

@@ -150,7 +150,7 @@ int TEVInstallLog::OpenStream(const std::string& file, bool fits, TEVUnicodeStri
   stream_ = nullptr;
   if (fits && TEVFOpen(file.c_str(), "a+", &stream_) == 0) return 1;
   const kwinst::MessageFrame frame;
-  message = frame.Build("ErrorOpenLog", {file.c_str()});
+  message = frame.Build("ErrorOpenLog", {file});
   return -1;
 }
 

@@ -4,18 +4,14 @@
 
 namespace kwinst {
 
-TEVUnicodeString Number(int value) {
-  TEVUnicodeString text;
-  text.BuildFromNum(value, "%d");
-  return text;
-}
-
-TEVUnicodeString MessageFrame::Build(const char* key,
-                                     std::initializer_list<TEVUnicodeString> parameters,
-                                     const TEVUnicodeString& defaultText) const {
-  std::vector<TEVUnicodeString> copies = parameters;
-  return TEVMsgCatalog::BuildMessage("TEVInstUtil", key, copies.empty() ? nullptr : copies.data(),
-                                     static_cast<int>(copies.size()), defaultText);
+TEVUnicodeString MessageFrame::Build(const char* key, std::initializer_list<MessageValue> values,
+                                     const MessageValue& defaultText) const {
+  std::vector<TEVUnicodeString> parameters;
+  parameters.reserve(values.size());
+  for (const MessageValue& value : values) parameters.push_back(value.text());
+  return TEVMsgCatalog::BuildMessage("TEVInstUtil", key,
+                                     parameters.empty() ? nullptr : parameters.data(),
+                                     static_cast<int>(parameters.size()), defaultText.text());
 }
 
 }  // namespace kwinst

@@ -5,11 +5,25 @@
 #include <kb0core/TEVUnicodeString.h>
 
 #include <initializer_list>
+#include <string>
 
 namespace kwinst {
 
-/// A number as a message parameter.
-TEVUnicodeString Number(int value);
+/// A value that is put into a message: a text, which may be null and is empty then, or a number.
+class MessageValue {
+ public:
+  // NOLINTBEGIN(google-explicit-constructor): a call names its values as they are.
+  MessageValue(const char* text) : text_(text) {}
+  MessageValue(const std::string& text) : text_(text.c_str()) {}
+  MessageValue(const TEVUnicodeString& text) : text_(text) {}
+  MessageValue(int number) { text_.BuildFromNum(number, "%d"); }
+  // NOLINTEND(google-explicit-constructor)
+
+  const TEVUnicodeString& text() const { return text_; }
+
+ private:
+  TEVUnicodeString text_;
+};
 
 /// Makes the messages of one exported function, from the library's catalog.
 ///
@@ -21,9 +35,9 @@ TEVUnicodeString Number(int value);
 ///     if (message != nullptr) *message = frame.Build("ErrorNoFile", {path});
 class MessageFrame {
  public:
-  /// The text for `key` with `parameters`, or `defaultText` when no catalog has the key.
-  TEVUnicodeString Build(const char* key, std::initializer_list<TEVUnicodeString> parameters = {},
-                         const TEVUnicodeString& defaultText = nullptr) const;
+  /// The text for `key` with `values`, or `defaultText` when no catalog has the key.
+  TEVUnicodeString Build(const char* key, std::initializer_list<MessageValue> values = {},
+                         const MessageValue& defaultText = "") const;
 
  private:
   TEVMsgCatalog catalog_;

@@ -95,15 +95,14 @@ int RenameListedFiles(const UnpackedControlFile& control, TEVUnicodeString& mess
   const kwinst::InputFile file = kwinst::OpenForReading(control.path().c_str());
   if (file == nullptr) {
     const int error = errno;
-    message =
-        frame.Build("ErrWndOpenControlFile.Text", {control.path().c_str(), kwinst::Number(error)});
+    message = frame.Build("ErrWndOpenControlFile.Text", {control.path(), error});
     return -1;
   }
   int status = 0;
   kwinst::ForEachLine<1024>(file.get(), [&](char* line) {
     const auto [from, to] = renaming(line);
     if (!Exists(from) || TEVRenameFile(from.c_str(), to.c_str()) == 0) return true;
-    message = frame.Build("ErrWndRenameFile.Text", {from.c_str(), to.c_str()});
+    message = frame.Build("ErrWndRenameFile.Text", {from, to});
     status = -1;
     return false;
   });
@@ -120,8 +119,8 @@ int TEVInsSaveFilesBeforeInstall(char* spkName, char* mediaDir, char* installDir
   const std::string archive = JoinPath(mediaDir, spkName);
   const UnpackedControlFile control(spkName, osDir, type);
   if (kwinst::RunShell(UnpackingCommand(archive, control.member())) != 0) {
-    message = frame.Build("ErrWndExtractTar.Text", {control.member().c_str(), archive.c_str()});
-    message.Append(frame.Build("CheckTmpDir", {TempDir().c_str()}));
+    message = frame.Build("ErrWndExtractTar.Text", {control.member(), archive});
+    message.Append(frame.Build("CheckTmpDir", {TempDir()}));
     return -1;
   }
   return RenameListedFiles(control, message, [installDir](char* line) {
