@@ -80,7 +80,7 @@ TEST_F(TocTest, AsksMediaForTheirContent) {
     expect(TEVInsCheckMediaHFX(medium.get(), &message_), c.hot_fix, Message("ErrorNoHFX"));
     expect(TEVInsCheckMediaSMP(medium.get(), &message_), c.sample, empty);
   }
-  SetEnv("TEVMsgCatalogPath", "/nonexistent");
+  UseDefaultTexts();
   EXPECT_EQ(TEVInsCheckMediaHFX(nullptr, &message_), 4);
   EXPECT_EQ(Told(), "This is not a HFX media");
 }

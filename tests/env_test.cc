@@ -104,7 +104,7 @@ TEST_F(EnvTest, ExportsInformationTimeoutAndJavaHome) {
   EXPECT_EQ(std::system("test =$SERVERS_TIMEOUT=$JAVA_HOME = =35700="), 0);  // in a child
   EXPECT_EQ(ExportServersTimeout(35701, &message_), -1);
   EXPECT_EQ(Told(), Message("ErrWndTimeout", "35701"));
-  SetEnv("TEVMsgCatalogPath", "/nonexistent");
+  UseDefaultTexts();
   EXPECT_EQ(ExportServersTimeout(1, &message_), -1);
   EXPECT_EQ(Told(),
             "Incorrect timeout value : 1. Timeout value can range from 2 to 35700 minutes\n");
@@ -121,7 +121,7 @@ TEST_F(EnvTest, AcceptsAClosedListOfJavaVersions) {
   TEVUnicodeString version;
   EXPECT_EQ(TEVInsCheckJavaHome(CharPath(dir_), version, message_), -1);
   EXPECT_EQ(Told(), Message("ErrWndjreNotFound", dir_ + "/bin"));
-  SetEnv("TEVMsgCatalogPath", "/nonexistent");
+  UseDefaultTexts();
   for (const auto& c : kCases) {
     Program("home/bin/java", c.script);
     EXPECT_EQ(TEVInsCheckJavaHome(CharPath(Path("home")), version, message_), c.status);

@@ -55,6 +55,11 @@ std::string Fixture::Program(const std::string& relative, const std::string& com
 
 std::string Fixture::Told() { return std::exchange(message_, kUntouched).ConvertToChar(); }
 
+void Fixture::UseDefaultTexts() {
+  Write("no_keys/TEVInstUtil.msg");
+  SetEnv("TEVMsgCatalogPath", Path("no_keys").c_str());
+}
+
 void Fixture::SetEnv(const std::string& name, const char* value) {
   const char* before = std::getenv(name.c_str());
   environment_.emplace(name, before == nullptr ? std::nullopt : std::optional<std::string>(before));

@@ -34,6 +34,9 @@ class Fixture : public ::testing::Test {
   /// What has been told in message_ since the last call.
   std::string Told();
 
+  /// Messages have their default texts from here on: the catalog has no keys.
+  void UseDefaultTexts();
+
   /// Sets a variable until the test ends; a null `value` unsets it.
   void SetEnv(const std::string& name, const char* value);
 

@@ -81,7 +81,7 @@ TEST_F(ServicesTest, FilesThatCannotBeOpened) {
 }
 
 TEST_F(ServicesTest, TellsWithoutACatalog) {
-  SetEnv("TEVMsgCatalogPath", "/nonexistent");
+  UseDefaultTexts();
   ExpectRun(ports_, -1, "Setup cannot open file " + services_ + " - No such file or directory\n");
   Write("services");
   ExpectRun(ports_, 1, "File " + services_ + "  was updated\n");
