@@ -9,7 +9,7 @@ cached() { sed -n "s/^$1:[A-Z]*=//p" "$build/CMakeCache.txt"; }
 
 compiler=$(cached CMAKE_CXX_COMPILER)
 sanitizers=$(cached KWINSTUTIL_SANITIZE)
-flags=(${sanitizers:+"-fsanitize=$sanitizers"})
+read -ra flags <<<"$(cached CMAKE_CXX_FLAGS) ${sanitizers:+-fsanitize=$sanitizers}"
 
 # The copy is moved after its installation, so a path fixed in it would lead nowhere.
 install_copy() {
@@ -18,8 +18,7 @@ install_copy() {
   library=$(compgen -G "$work/copy/lib*/libKWINSTUTIL.so" ||
     compgen -G "$work/copy/lib/*/libKWINSTUTIL.so") || fail 'no libKWINSTUTIL.so is installed'
   libdir=${library%/*}
-  export TEVMsgCatalogPath=$work/copy/share/kwinstutil/msgcatalog
-  [[ -f $TEVMsgCatalogPath/TEVInstUtil.msg ]] || fail 'no message catalog is installed'
+  unset TEVMsgCatalogPath
 }
 
 check_no_fixed_paths() {
@@ -49,24 +48,93 @@ check_pkg_config() {
   grep -qE '^(3|-1) ' "$work/output" || fail 'the README program'
 }
 
-# The list in the version script has a name on each line: quoted for C++, bare for C.
+# declared_names HEADERS MACRO: the functions and variables that the macro exports, and the
+# members of such classes that are not private, without parameters: an overloaded one several times.
+declared_names() {
+  sed -E 's|//.*||; /^#/d' "$1"/*.h | tr -s '\n ' ' ' | sed 's/[;{}]/&\n/g' | awk -v macro="$2" '
+    match($0, "(class|struct) " macro " [A-Za-z]+") {
+      class = substr($0, RSTART, RLENGTH)
+      sub(/.* /, "", class)
+      end = depth
+    }
+    / private:/ { class = "-" }
+    (class != "" ? class != "-" && /\(/ : index($0, macro)) && !/= delete;/ {
+      sub(/[([;].*/, "")
+      sub(/.*[ *&]/, "")
+      print (class != "" ? class "::" : "") $0
+    }
+    /\{$/ { ++depth }
+    /\}$/ && --depth == end { class = "" }
+  ' | LC_ALL=C sort
+}
+
+exported_symbols() {
+  nm -DC --defined-only "$1" | sed -nE 's/^[0-9a-f]+ [TWVBDRGSiu] //p' | sed 's/@@.*//' | LC_ALL=C sort -u
+}
+
+# The version script has a name on each line: in quotes as it is, else with patterns.
 check_exported_symbols() {
-  sed -nE 's/^[[:space:]]*"([^"]+)";.*/\1/p; s/^[[:space:]]*([A-Za-z_]\w*);.*/\1/p' \
-    "$source/src/kwinstutil.map" | sort -u >"$work/wanted"
-  nm -DC --defined-only "$library" | sed -nE 's/^[0-9a-f]+ [TWVBDRGSiu] //p' | sed 's/@@.*//' |
-    sort -u >"$work/exported"
-  [[ -s $work/wanted ]] || fail 'no names in the version script'
-  diff "$work/wanted" "$work/exported" || fail 'the version script (<) and the library (>) differ'
-  # Names stand in the first column of the tables, without parameters.
-  sed 's/(.*//' "$work/wanted" | sort -u >"$work/names"
-  cut -s -d '|' -f 2 "$source/docs/functions.md" | grep -vx -e '---' -e ' Function ' |
-    tr -d '\140 ' | tr , '\n' | sort >"$work/described"
-  diff "$work/names" "$work/described" ||
-    fail 'the version script (<) and docs/functions.md (>) differ'
+  local script=$source/src/kwinstutil.map pattern name
+  declared_names "$source/include/kwinstutil" KWINSTUTIL_EXPORT >"$work/declared"
+  sed -nE 's/^ +"?([A-Za-z_][A-Za-z_0-9:~]*).*;$/\1/p' "$script" | LC_ALL=C sort |
+    diff "$work/declared" - || fail 'the headers (<) and the version script (>) differ'
+  sed -nE 's/^ +([A-Za-z_].*);$/\1/; t bare
+    s/^ +"(.*)";$/\1/; T; s/[][().*?+{}|^$]/\\&/g; p; b
+    :bare; s/\*/.*/g; p' "$script" >"$work/patterns"
+  exported_symbols "$library" >"$work/exported"
+  if grep -vxEf "$work/patterns" "$work/exported"; then fail 'exported, but not in the version script'; fi
+  while read -r pattern; do
+    grep -qxE -- "$pattern" "$work/exported" || fail "in the version script, but not exported: $pattern"
+  done <"$work/patterns"
+  for name in kb0core qtoclib; do
+    declared_names "$source/framework/$name/include/$name" "${name^^}_EXPORT" | uniq >"$work/declared"
+    exported_symbols "$libdir/lib${name^^}.so" | sed 's/(.*//' | LC_ALL=C sort -u |
+      LC_ALL=C comm -13 "$work/declared" - >"$work/exported"
+    [[ ! -s $work/exported ]] || fail "lib${name^^} shows more than its headers: $(<"$work/exported")"
+  done
+}
+
+# A program that loads the library: the environment outlives dlclose(), and the catalog is read
+# before there are too many open files.
+check_loaded_by_hand() {
+  cat >"$work/loader.cc" <<'TEXT'
+#include <dlfcn.h>
+#include <kwinstutil/kwinstutil.h>
+#include <sys/resource.h>
+
+#include <cstdlib>
+#include <iostream>
+
+int main(int, char** argv) {
+  void* library = dlopen(argv[1], RTLD_NOW);
+  auto export_home = reinterpret_cast<decltype(&ExportJavaHome)>(
+      dlsym(library, "_Z14ExportJavaHomePcP16TEVUnicodeString"));
+  auto check_dir = reinterpret_cast<decltype(&TEVInsCheckExistDir)>(
+      dlsym(library, "_Z19TEVInsCheckExistDirPcP16TEVUnicodeString"));
+  char there[] = "/tmp", none[] = "/none", home[] = "/java";
+  TEVUnicodeString message;
+  check_dir(there, &message);
+  rlimit limit;
+  getrlimit(RLIMIT_NOFILE, &limit);
+  const rlimit few = {3, limit.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &few);
+  check_dir(none, &message);
+  export_home(home, nullptr);
+  setrlimit(RLIMIT_NOFILE, &limit);
+  dlclose(library);
+  std::cout << message.ConvertToChar() << std::getenv("JAVA_HOME") << std::endl;
+  return std::system("test $JAVA_HOME = /java");
+}
+TEXT
+  "$compiler" -std=c++17 "${flags[@]}" -I"$work/copy/include" "$work/loader.cc" -o "$work/loader" \
+    -L"$libdir" -lKB0CORE -ldl -Wl,-rpath,"$libdir"
+  expect_exit 0 "$work/loader" "$library"
+  expect_text 'The directory /none'
 }
 
 install_copy
 check_no_fixed_paths
 check_exported_symbols
 check_pkg_config
+check_loaded_by_hand
 check_cmake_package

@@ -35,6 +35,10 @@ class MessageValue {
 ///     if (message != nullptr) *message = frame.Build("ErrorNoFile", {path});
 class MessageFrame {
  public:
+  /// The first frame of the process reads the catalog: a message that there are too many open files
+  /// has its text.
+  MessageFrame();
+
   /// The text for `key` with `values`, or `defaultText` when no catalog has the key.
   TEVUnicodeString Build(const char* key, std::initializer_list<MessageValue> values = {},
                          const MessageValue& defaultText = "") const;

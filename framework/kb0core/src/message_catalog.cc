@@ -1,3 +1,4 @@
+#include <dlfcn.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -123,11 +124,21 @@ const std::string* FindText(const Catalog* catalog, const std::string& key) {
   return entry == catalog->end() ? nullptr : &entry->second;
 }
 
+/// The directory of the catalogs in the installed copy that this library is a part of.
+std::string DirectoryOfThisCopy() {
+  static const char here = 0;
+  Dl_info library;
+  if (dladdr(&here, &library) == 0) return {};
+  const std::string path = library.dli_fname;
+  const size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "" : path.substr(0, slash + 1) + KB0CORE_CATALOG_FROM_LIBRARY;
+}
+
 /// The text of `key` from the file `name` of the user's language or of English, or null.
 const std::string* FindMessage(const std::string& name, const std::string& key) {
+  static const auto& fixed = *new std::string(":" KB0CORE_CATALOG_DIR ":" + DirectoryOfThisCopy());
   const char* variable = std::getenv("TEVMsgCatalogPath");
-  const std::string directories =
-      std::string(variable == nullptr ? "" : variable) + ":" + KB0CORE_CATALOG_DIR;
+  const std::string directories = (variable == nullptr ? "" : variable) + fixed;
   for (size_t begin = 0; begin < directories.size();) {
     const size_t end = std::min(directories.find(':', begin), directories.size());
     std::string directory = directories.substr(begin, end - begin);

@@ -7,10 +7,16 @@
 
 /// Finished messages, made from the text that a message catalog has for a key.
 ///
-/// The catalog NAME is the first readable file NAME.msg in the directories of the environment
-/// variable TEVMsgCatalogPath (separated by colons; empty ones are passed over), else in the
-/// directory fixed when the library was built. Beside that English file, the folders French,
-/// German, Italian, Japanese, Korean and Simplified_Chinese hold a NAME.msg each in their language.
+/// The catalog NAME is the first readable file NAME.msg in these directories:
+///
+/// 1. those of the environment variable TEVMsgCatalogPath, separated by colons; empty ones are
+///    ignored;
+/// 2. the directory fixed when the library was built, PREFIX/share/kwinstutil/msgcatalog;
+/// 3. the same directory as seen from the library's own file, ../share/kwinstutil/msgcatalog when
+///    that lies in lib: an installed copy may be moved.
+///
+/// Beside that English file, the folders French, German, Italian, Japanese, Korean and
+/// Simplified_Chinese hold a NAME.msg each in their language.
 /// The first of LC_ALL, LC_MESSAGES and LANG that is set and not empty chooses the language by its
 /// code before `_`, `.` or `@`: fr, de, it, ja, ko, and zh_CN for Chinese.
 ///
@@ -19,9 +25,10 @@
 ///     ErrorNoFile = "The file {1} does not exist.\n"
 ///
 /// where {1} to {9} stand for the parameters, and \n, \t, \" and \\ for the usual characters. Any
-/// other line is passed over. When a key stands twice, the last one counts.
+/// other line is ignored. When a key stands twice, the last one is used.
 ///
-/// A file is read once. A changed variable is seen by the next message.
+/// A file is read once, for its first message; a message with an empty key reads it in advance. A
+/// changed variable is seen by the next message.
 class KB0CORE_EXPORT TEVMsgCatalog {
  public:
   TEVMsgCatalog();
