@@ -9,6 +9,7 @@
 #include "report/message.h"
 #include "support/format.h"
 #include "support/shell.h"
+#include "support/tree_paths.h"
 
 using kwinst::Format;
 using kwinst::MessageFrame;
@@ -62,7 +63,7 @@ int TEVInsCommande(char* command, TEVUnicodeString* message) noexcept {
 int TEVInsUpdate(char* from, char* to, TEVUnicodeString* message) noexcept {
   if (from == nullptr || to == nullptr) return -10;
   const MessageFrame frame;
-  if (TEVFileAccess(from, 0) == -1) {
+  if (!kwinst::Exists(from)) {
     *message = frame.Build("ErrFileNotExist", {from});
     return -1;
   }

@@ -1,5 +1,3 @@
-#include <kb0core/TEVFile.h>
-
 #include <string>
 
 #include "kwinstutil/actions.h"
@@ -20,18 +18,14 @@ constexpr int kLineSize = 1024;
 /// The end of a start command: the environment named by `lpFile` and EnvDir.txt, or nothing when
 /// one of them cannot be read.
 std::string EnvironmentOptions(const char* installDir, const std::string& lpFile) {
-  std::string name;
-  const bool named =
-      kwinst::ForEachWord<kLineSize>(JoinPath(installDir, lpFile).c_str(), [&name](char* word) {
-        name = word;
-        return false;
-      });
-  char directory[kLineSize] = "";
-  if (!named ||
-      !kwinst::ReadFirstLine(JoinPath(installDir, "EnvDir.txt").c_str(), directory, kLineSize)) {
+  char name[kLineSize];
+  char directory[kLineSize];
+  if (!kwinst::ReadFirstWord(JoinPath(installDir, lpFile), name, kLineSize) ||
+      !kwinst::ReadFirstLine(JoinPath(installDir, kwinst::kEnvironmentPointer).c_str(), directory,
+                             kLineSize)) {
     return "";
   }
-  return Format(" -env %s -direnv %s", name.c_str(), directory);
+  return Format(" -env %s -direnv %s", name, directory);
 }
 
 /// The command that starts `program` with `arguments`.
@@ -64,9 +58,8 @@ int TEVInsPalomirSetup(char* command, TEVUnicodeString* message) noexcept {
 }
 
 int TEVInsNeedQDNUpdate(char* installDir) noexcept {
-  const std::string control = kwinst::ControlFile(installDir, "Q8M.prd");
-  const std::string program = JoinPath(installDir, "code/bin/DRXPeopleUpdate");
-  return TEVFileAccess(control.c_str(), 0) == 0 && TEVFileAccess(program.c_str(), 0) == 0 ? 1 : 0;
+  const bool installed = kwinst::Exists(kwinst::ControlFile(installDir, "Q8M.prd"));
+  return installed && kwinst::Exists(JoinPath(installDir, "code/bin/DRXPeopleUpdate")) ? 1 : 0;
 }
 
 int TEVInsQDNUpdate(char* installDir, TEVUnicodeString* message, char* /*extra*/) noexcept {
@@ -91,6 +84,7 @@ int TEVInsLaunchExe(char* installDir, const char* lpName, char* program, char* a
   if (installDir == nullptr || lpName == nullptr || program == nullptr || arguments == nullptr) {
     return 0;
   }
-  std::string command = StartCommand(installDir, program, arguments, std::string(lpName) + ".lp");
+  std::string command =
+      StartCommand(installDir, program, arguments, std::string(lpName) + kwinst::kEnvironmentName);
   return TEVInsCommande(command.data(), message);
 }

@@ -58,7 +58,7 @@ int TEVInsTaskList::TEVInsCheckOrbixReboot(const char* installDir) noexcept {
   if (daemon_script_ == nullptr) return 0;
   static_cast<void>(
       std::snprintf(daemon_script_.get(), size, "%s/code/command/InitOrbixDaemon", installDir));
-  if (TEVFileAccess(daemon_script_.get(), 0) != 0) return orbix_boot_ = 0;
+  if (!kwinst::Exists(daemon_script_.get())) return orbix_boot_ = 0;
 
   TEVDirectory directory = nullptr;
   if (TEVOpenDirectory(kBootDir, &directory) != 0) return orbix_boot_;

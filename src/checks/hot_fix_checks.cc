@@ -1,12 +1,10 @@
-#include <kb0core/TEVFile.h>
-
 #include <string>
 
 #include "checks/installed_systems.h"
+#include "checks/service_pack_state.h"
 #include "kwinstutil/checks.h"
 #include "report/message.h"
 #include "support/format.h"
-#include "support/tree_paths.h"
 
 using kwinst::Format;
 using kwinst::MessageFrame;
@@ -49,7 +47,7 @@ int TEVInsCheckHFXLevel(TEVINSInstToc* installed, TEVINSMediaToc* media, char* i
     *message = frame.Build("ErrHFXLevelSPK", {name, ga, level}, text);
     return -1;
   }
-  if (TEVFileAccess(kwinst::ControlFile(installDir, "SPK.list").c_str(), 0) == 0) {
+  if (kwinst::ServicePackIsPending(installDir)) {
     if (name == nullptr) return -1;
     // The text has always said "ifx".
     const std::string text = Format(

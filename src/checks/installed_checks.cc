@@ -1,5 +1,3 @@
-#include <kb0core/TEVFile.h>
-
 #include <cstring>
 #include <string>
 
@@ -116,9 +114,9 @@ int TEVInsCheckInstallSPK(TEVINSType type, TEVINSInstToc* installed, TEVINSMedia
 int TEVInsCheckInstallCode(char* installDir, const char* gaLevel,
                            TEVUnicodeString* message) noexcept {
   const MessageFrame frame;
-  const std::string list = kwinst::JoinPath(installDir, "OSUNIX");
+  const std::string list = kwinst::JoinPath(installDir, kwinst::kSystemList);
   // It is the directory that is tested, and the list that is told to be missing.
-  if (TEVFileAccess(installDir, 0) == -1) {
+  if (!kwinst::Exists(installDir)) {
     if (message == nullptr) return 0;
     *message = frame.Build("ErrorNoFile", {list});
     message->Append(frame.Build("ErrNoPRESENTForAnyOS", {gaLevel, installDir}));
@@ -145,9 +143,9 @@ int TEVInsCheckInstallCode(char* installDir, const char* gaLevel,
 
 int TEVInsCheckZEBDir(char* treeDir, char* zebDir) noexcept {
   if (treeDir == nullptr || zebDir == nullptr) return 0;
-  const std::string path = kwinst::JoinPath(treeDir, "ZEBDir.txt");
-  if (TEVFileAccess(path.c_str(), 0) != 0) return 0;
-  char line[1024];
+  const std::string path = kwinst::JoinPath(treeDir, kwinst::kSdkPointer);
+  if (!kwinst::Exists(path)) return 0;
+  char line[kwinst::kPathSize];
   if (kwinst::ReadFirstLine(path.c_str(), line, sizeof(line))) std::strcpy(zebDir, line);
   // 1 also for a file that cannot be read.
   return 1;

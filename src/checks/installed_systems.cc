@@ -1,10 +1,7 @@
 #include "checks/installed_systems.h"
 
-#include <kb0core/TEVFile.h>
-
 #include <cerrno>
 #include <cstring>
-#include <fstream>
 #include <memory>
 
 #include "kwinstutil/toc.h"
@@ -18,8 +15,8 @@ namespace {
 /// Checks one system of the list; one without a control/PRESENT passes.
 bool CheckSystem(const std::string& codeDir, const char* system, TEVUnicodeString* message,
                  const SystemCheck& check) {
-  std::string present = ControlFile(JoinPath(codeDir, system), "PRESENT");
-  if (TEVFileAccess(present.c_str(), 0) != 0) return true;
+  std::string present = ControlFile(JoinPath(codeDir, system), kPresent);
+  if (!Exists(present)) return true;
   TEVINSInstToc* table = nullptr;
   const int status = InitInstallToc(present.data(), &table, message);
   const std::unique_ptr<TEVINSInstToc> owned(table);
@@ -33,15 +30,9 @@ bool SameText(const char* one, const char* other) {
   return std::strcmp(one, other) == 0;
 }
 
-bool ServicePackIsDamaged(TEVINSInstToc* table, std::string systemDir) {
-  // The report is thrown into a file of this name, which stays in the current directory.
-  std::ofstream report("NUL");
-  return table != nullptr && table->CheckIntegrity(report, systemDir.data(), 0, 0) == 2;
-}
-
 bool ForEachInstalledSystem(const std::string& codeDir, const MessageFrame& frame,
                             TEVUnicodeString* message, const SystemCheck& check) {
-  const std::string list = JoinPath(codeDir, "OSUNIX");
+  const std::string list = JoinPath(codeDir, kSystemList);
   bool passed = true;
   const bool read = ForEachWord<48>(list.c_str(), [&](const char* system) {
     passed = CheckSystem(codeDir, system, message, check);

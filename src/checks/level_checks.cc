@@ -1,8 +1,7 @@
-#include <kb0core/TEVFile.h>
-
 #include <string>
 
 #include "checks/installed_systems.h"
+#include "checks/service_pack_state.h"
 #include "kwinstutil/checks.h"
 #include "kwinstutil/dirs.h"
 #include "report/message.h"
@@ -78,7 +77,7 @@ int TEVInsCheckSPKLevel(int mediaLevel, int installedLevel, char* installDir, in
                         TEVUnicodeString* message) noexcept {
   if (message == nullptr) return -1;
   const MessageFrame frame;
-  const bool pending = TEVFileAccess(kwinst::ControlFile(installDir, "SPK.list").c_str(), 0) == 0;
+  const bool pending = kwinst::ServicePackIsPending(installDir);
   if (installedLevel < mediaLevel) {
     if (!pending) return 1;
     const std::string commit =
@@ -97,10 +96,10 @@ int TEVInsCheckSPKLevel(int mediaLevel, int installedLevel, char* installDir, in
 int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
                          TEVUnicodeString* message) noexcept {
   const MessageFrame frame;
-  char code_dir[1024] = "";
+  char code_dir[kwinst::kPathSize] = "";
   TEVInsGetCodeDir(installDir, code_dir);
-  const std::string list = kwinst::JoinPath(code_dir, "OSUNIX");
-  if (TEVFileAccess(list.c_str(), 0) == -1) {
+  const std::string list = kwinst::JoinPath(code_dir, kwinst::kSystemList);
+  if (!kwinst::Exists(list)) {
     if (message != nullptr) *message = frame.Build("ErrorNoFile", {list});
     return 0;
   }

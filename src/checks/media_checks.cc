@@ -1,5 +1,3 @@
-#include <kb0core/TEVFile.h>
-
 #include "kwinstutil/checks.h"
 #include "report/message.h"
 #include "support/tree_paths.h"
@@ -22,7 +20,7 @@ int TEVInsCheckMediaSAT(char* mediaDir, TEVUnicodeString* message) noexcept {
   const MessageFrame frame;
   for (const char* name : {"LumaforgeSatellite.Z", "LFSFS"}) {
     const std::string path = kwinst::JoinPath(mediaDir, name);
-    if (TEVFileAccess(path.c_str(), 0) != -1) continue;
+    if (kwinst::Exists(path)) continue;
     if (message != nullptr) *message = frame.Build("ErrorNoFile", {path});
     return -2;
   }

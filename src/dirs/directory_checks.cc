@@ -1,13 +1,10 @@
 #include <kb0core/TEVDirectory.h>
-#include <kb0core/TEVFile.h>
 
 #include <cstring>
 #include <string>
 
-#include "dirs/paths.h"
 #include "kwinstutil/dirs.h"
 #include "report/message.h"
-#include "support/format.h"
 #include "support/tree_paths.h"
 
 using kwinst::kPathSize;
@@ -39,41 +36,6 @@ bool IsEmpty(TEVDirectory directory) {
 
 }  // namespace
 
-int TEVInsCheckExistDir(char* dir, TEVUnicodeString* message) noexcept {
-  if (dir == nullptr) return 0;
-  const MessageFrame frame;
-  kwinst::ShortenBySlash(dir);
-  if (TEVFileAccess(dir, 0) != 0) {
-    *message = frame.Build("DirNotExist", {dir});
-    return 0;
-  }
-  if (TEVFileAccess(dir, 2) != 0) {
-    *message = frame.Build("DirNoWrite", {dir});
-    return 0;
-  }
-  return 1;
-}
-
-int TEVInsCheckAccessDir(char* dir, char* examined) noexcept {
-  if (dir == nullptr || examined == nullptr) return -1;
-  kwinst::ShortenBySlash(dir);
-
-  std::string nearest = dir;
-  while (TEVFileAccess(nearest.c_str(), 0) != 0) {
-    const size_t slash = nearest.rfind('/');
-    if (slash == std::string::npos) return -1;
-    if (slash == 0) {
-      // The root is accepted without a test.
-      std::strcpy(examined, "/");
-      return 0;
-    }
-    nearest.resize(slash);
-    if (nearest.back() == '/') nearest.pop_back();
-  }
-  if (!kwinst::CopyWhole(nearest, examined, kPathSize)) return -1;
-  return TEVFileAccess(nearest.c_str(), 2) == 0 ? 0 : -1;
-}
-
 int TEVInsCheckSyntaxDir(TEVUnicodeString* dir, TEVUnicodeString* message) noexcept {
   if (dir == nullptr) return -1;
   const MessageFrame frame;
@@ -88,7 +50,7 @@ int TEVInsCheckEmptyDir(const char* dir, const char* productSubDir,
   if (dir == nullptr) return -10;
   const MessageFrame frame;
   char examined[kPathSize];
-  if (TEVFileAccess(dir, 0) != 0) return MayWrite(dir, examined, frame, message) ? 3 : -1;
+  if (!kwinst::Exists(dir)) return MayWrite(dir, examined, frame, message) ? 3 : -1;
 
   TEVDirectory directory = nullptr;
   if (TEVOpenDirectory(dir, &directory) != 0) {
@@ -99,14 +61,14 @@ int TEVInsCheckEmptyDir(const char* dir, const char* productSubDir,
   if (IsEmpty(directory)) return MayWrite(dir, examined, frame, message) ? 1 : -1;
 
   if (productSubDir == nullptr) return -2;
-  const std::string present = kwinst::ControlFile(kwinst::SystemDir(dir, productSubDir), "PRESENT");
-  if (TEVFileAccess(present.c_str(), 0) == 0) return 4;
+  const std::string system_dir = kwinst::SystemDir(dir, productSubDir);
+  if (kwinst::Exists(kwinst::ControlFile(system_dir, kwinst::kPresent))) return 4;
   *message = frame.Build("ErrWndEmptyDir", {dir});
   return -2;
 }
 
 int TEVInsCheckEmptyDir(const char* dir, TEVUnicodeString* message) noexcept {
-  if (TEVFileAccess(dir, 0) == 0) return 0;
+  if (kwinst::Exists(dir)) return 0;
   const MessageFrame frame;
   char examined[kPathSize];
   return MayWrite(dir, examined, frame, message) ? 3 : -1;
@@ -118,7 +80,7 @@ int TEVInsCheckEnvDir(const char* dir, TEVUnicodeString* message) noexcept {
   char examined[kPathSize];
   const char* measured = dir;
   int status = 2;
-  if (TEVFileAccess(dir, 0) != 0) {
+  if (!kwinst::Exists(dir)) {
     if (!MayWrite(dir, examined, frame, message)) return -1;
     measured = examined;
     status = 1;

@@ -11,6 +11,7 @@
 
 #include "dirs/paths.h"
 #include "kwinstutil/dirs.h"
+#include "support/tree_paths.h"
 
 namespace {
 

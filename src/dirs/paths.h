@@ -5,8 +5,6 @@
 
 namespace kwinst {
 
-constexpr size_t kPathSize = 1024;  ///< of the buffers that paths are handed out in
-
 /// Removes one '/' from the end of the caller's path. "/" becomes the empty path.
 inline void ShortenBySlash(char* path) {
   const size_t length = std::strlen(path);

@@ -1,5 +1,4 @@
 #include <kb0core/TEVEnvironment.h>
-#include <kb0core/TEVFile.h>
 #include <pwd.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -10,7 +9,6 @@
 #include <string>
 #include <tuple>
 
-#include "dirs/paths.h"
 #include "kwinstutil/dirs.h"
 #include "report/message.h"
 #include "support/format.h"
@@ -42,7 +40,7 @@ int TEVInsComputeAvailSpace(const char* path, unsigned int* availableKB,
   const kwinst::MessageFrame frame;
   const char* measured = path;
   char examined[kPathSize] = "";
-  if (TEVFileAccess(path, 0) != 0) {
+  if (!kwinst::Exists(path)) {
     std::string copy = path;
     TEVInsCheckAccessDir(copy.data(), examined);
     measured = examined;
@@ -58,23 +56,23 @@ int TEVInsComputeAvailSpace(const char* path, unsigned int* availableKB,
 }
 
 int TEVInsGetCodeDir(char* dir, char* result) noexcept {
-  return ReadPointerFile(dir, "CodeDir.txt", result);
+  return ReadPointerFile(dir, kwinst::kCodePointer, result);
 }
 
 int TEVInsGetZEBDir(char* dir, char* result) noexcept {
-  return ReadPointerFile(dir, "ZEBDir.txt", result);
+  return ReadPointerFile(dir, kwinst::kSdkPointer, result);
 }
 
 void TEVInsReadOSFile(const char* dir, int index, char* result) noexcept {
   if (dir == nullptr || result == nullptr || index < 1 || index > 4) return;
-  if (TEVFileAccess(dir, 0) != 0) return;
+  if (!kwinst::Exists(dir)) return;
   std::string found;
   int number = 0;
   const auto find = [&found, &number, index](const char* word) {
     if (++number == index) found = word;
     return number < index;
   };
-  const std::string path = kwinst::JoinPath(dir, "OSUNIX");
+  const std::string path = kwinst::JoinPath(dir, kwinst::kSystemList);
   // A word has less than 16 characters.
   if (kwinst::ForEachWord<16>(path.c_str(), find)) std::strcpy(result, found.c_str());
 }

@@ -13,12 +13,11 @@
 
 namespace {
 
-constexpr size_t kPathSize = 1024;
 constexpr int kOutputSize = 1024;
 
 /// Copies a candidate into `result` and checks it. One that does not fit is none.
 bool IsHome(const std::string& candidate, char* result) {
-  if (!kwinst::CopyWhole(candidate, result, kPathSize)) return false;
+  if (!kwinst::CopyWhole(candidate, result, kwinst::kPathSize)) return false;
   TEVUnicodeString version;
   TEVUnicodeString message;
   return TEVInsCheckJavaHome(result, version, message) == 1;
@@ -42,7 +41,7 @@ int TEVInsGetJavaHome(char* result) noexcept {
   const std::string java = TEVFindPath("java", TEVGetEnv("PATH")).ConvertToChar();
   const size_t end = java.find("/bin/java");
   if (end != std::string::npos && IsHome(java.substr(0, end), result)) return 1;
-  kwinst::CopyWhole("/usr", result, kPathSize);
+  kwinst::CopyWhole("/usr", result, kwinst::kPathSize);
   return -1;
 }
 

@@ -12,6 +12,7 @@
 #include "report/message.h"
 #include "support/environment_entry.h"
 #include "support/format.h"
+#include "support/tree_paths.h"
 
 using kwinst::Format;
 using kwinst::MessageFrame;
@@ -84,7 +85,7 @@ bool ExportDirectory(char (&buffer)[Size], const char* key, const char* path,
   const std::string entry = Entry(key, path);
   if (!Fits(entry, buffer)) return false;
   std::string copy = path;
-  char examined[1024] = "";
+  char examined[kwinst::kPathSize] = "";
   if (TEVInsCheckAccessDir(copy.data(), examined) != 0) {
     AppendTo(message, frame.Build("ErrWndNoWriteDir", {examined}));
     return false;
@@ -210,7 +211,7 @@ int ExportServersTimeout(int minutes, TEVUnicodeString* message) noexcept {
 }
 
 int CheckDir(char* path) noexcept {
-  if (TEVFileAccess(path, 0) != 0) return -1;
+  if (!kwinst::Exists(path)) return -1;
   // The directory stays open: callers have always seen it so.
   TEVDirectory directory = nullptr;
   return TEVOpenDirectory(path, &directory) == 0 ? 1 : -1;

@@ -11,34 +11,18 @@
 #include "support/text_file.h"
 #include "support/tree_paths.h"
 
+using kwinst::Archive;
 using kwinst::Format;
 using kwinst::JoinPath;
 
 namespace {
 
-constexpr const char* kSideLog = "TEVInsErrorTransfer.log";
-
-/// An archive, and the command that unpacks it.
-struct Archive {
-  std::string path;
-  std::string command;
-};
-
-/// The component's archive on the medium; the compressed one when both are there.
-Archive FindArchive(const char* componentName, const char* sourceDir, const char* installDir,
-                    const std::string& errorFile) {
-  Archive archive;
-  archive.path = JoinPath(sourceDir, componentName);
-  const std::string compressed = archive.path + ".Z";
-  if (TEVFileAccess(compressed.c_str(), 0) != 0) {
-    archive.command =
-        Format("cd %s; tar -xf %s  >%s 2>&1", installDir, archive.path.c_str(), errorFile.c_str());
-    return archive;
-  }
-  archive.path = compressed;
-  archive.command = Format("cd %s; compress -d -c %s |  tar -xf - >%s   2>&1", installDir,
-                           compressed.c_str(), errorFile.c_str());
-  return archive;
+/// The command that unpacks `archive` in the tree and collects what tar prints.
+std::string UnpackingCommand(const Archive& archive, const char* installDir,
+                             const std::string& errorFile) {
+  const char* format = archive.compressed ? "cd %s; compress -d -c %s |  tar -xf - >%s   2>&1"
+                                          : "cd %s; tar -xf %s  >%s 2>&1";
+  return Format(format, installDir, archive.path.c_str(), errorFile.c_str());
 }
 
 /// Appends what a tar that went well printed all the same to `message`, and deletes it.
@@ -61,8 +45,9 @@ void TakeWarnings(const std::string& errorFile, TEVUnicodeString& message) {
 /// `message`.
 bool AddToPresent(const char* componentName, const std::string& systemDir,
                   TEVUnicodeString& message) {
-  std::string toc = kwinst::ControlFile(systemDir, std::string(componentName) + ".toc");
-  std::string present = kwinst::ControlFile(systemDir, "PRESENT");
+  std::string toc =
+      kwinst::ControlFile(systemDir, std::string(componentName) + kwinst::kComponentTable);
+  std::string present = kwinst::ControlFile(systemDir, kwinst::kPresent);
   TEVUnicodeString outcome;
   if (TEVInsUpdate(toc.data(), present.data(), &outcome) != -1) return true;
   message.Append(outcome);
@@ -85,12 +70,13 @@ int TEVInsTransferCAF(char* componentName, char* sourceDir, char* installDir, co
                       int languages, TEVUnicodeString& message) noexcept {
   if (componentName == nullptr || sourceDir == nullptr || installDir == nullptr) return -1;
   const kwinst::MessageFrame frame;
-  const std::string errorFile = JoinPath(installDir, "ErrorTar.log");
-  Archive archive = FindArchive(componentName, sourceDir, installDir, errorFile);
+  const std::string errorFile = JoinPath(installDir, kwinst::kTarLog);
+  Archive archive = kwinst::FindArchive(JoinPath(sourceDir, componentName));
+  const std::string command = UnpackingCommand(archive, installDir, errorFile);
 
   int status = 0;
-  if (kwinst::RunShell(archive.command) != 0) {
-    message = frame.Build("ErrCommandInterrupted", {archive.command});
+  if (kwinst::RunShell(command) != 0) {
+    message = frame.Build("ErrCommandInterrupted", {command});
     status = -100;
   } else {
     TakeWarnings(errorFile, message);
@@ -102,7 +88,7 @@ int TEVInsTransferCAF(char* componentName, char* sourceDir, char* installDir, co
 }
 
 void WriteLogErrorTransfer(char* dir, char* archive) noexcept {
-  TEVInstallLog log(std::string(kSideLog).data());
+  TEVInstallLog log(std::string(kwinst::kTransferLog).data());
   TEVUnicodeString unwanted;
   if (log.OpenLogFile(dir, unwanted) == -1) return;
   if (archive != nullptr) LogOutput(Format("sum -r %s", archive), log);
@@ -112,9 +98,9 @@ void WriteLogErrorTransfer(char* dir, char* archive) noexcept {
 
 void TEVInsTransferLogInfo(char* dir, const char* componentName, TEVINSType type,
                            TEVInstallLog* log) noexcept {
-  const std::string path =
-      JoinPath(kwinst::SystemDir(dir, type == zeb2 ? nullptr : componentName), kSideLog);
-  if (TEVFileAccess(path.c_str(), 0) != 0) return;
+  const std::string path = JoinPath(kwinst::SystemDir(dir, type == zeb2 ? nullptr : componentName),
+                                    kwinst::kTransferLog);
+  if (!kwinst::Exists(path)) return;
   if (log != nullptr) log->WriteLogFile(std::string("Filesystem information:\n").data());
   if (const kwinst::InputFile file = kwinst::OpenForReading(path.c_str()); file != nullptr) {
     kwinst::ForEachLine<2048>(file.get(), [log](char* line) {

@@ -33,7 +33,7 @@ constexpr Item kItems[] = {
 constexpr const char* kStrokeFonts[] = {"SICH", "TRCH", "KANJ", "KOHG", "SSS4"};
 
 std::string ChoiceFile(const char* installDir, const char* osDir) {
-  return kwinst::JoinPath(kwinst::SystemDir(installDir, osDir), "NLS.txt");
+  return kwinst::JoinPath(kwinst::SystemDir(installDir, osDir), kwinst::kLanguageChoice);
 }
 
 /// The bit of the item that `line` names, or 0.

@@ -20,7 +20,7 @@ constexpr const char* kService = "mi-ray";
 
 int SatComputeRequired(char* mediaDir, TEVUnicodeString& /*message*/) noexcept {
   const std::string path = kwinst::JoinPath(mediaDir, "LFSFS");
-  if (TEVFileAccess(path.c_str(), 0) != 0 || kwinst::IsPipeOrDevice(path.c_str())) return 0;
+  if (!kwinst::Exists(path) || kwinst::IsPipeOrDevice(path.c_str())) return 0;
   std::ifstream file(path);
   unsigned int kilobytes = 0;
   if (!(file >> kilobytes)) return 0;

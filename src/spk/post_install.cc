@@ -1,5 +1,3 @@
-#include <kb0core/TEVFile.h>
-
 #include <string>
 
 #include "kwinstutil/spk.h"
@@ -36,16 +34,14 @@ std::string CommandFor(const std::string& program, const char* logFile) {
 
 int TEVInsSPK(char* suffix, char* installDir, char* logFile) noexcept {
   if (suffix == nullptr || installDir == nullptr || logFile == nullptr) return -1;
-  const std::string list = kwinst::ControlFile(installDir, "CAFPost.list");
-  if (TEVFileAccess(list.c_str(), 0) != 0) return 0;
+  const std::string list = kwinst::ControlFile(installDir, kwinst::kPostInstallList);
+  if (!kwinst::Exists(list)) return 0;
   if (!SetEnvironment(installDir)) return -1;
 
   int status = 0;
   kwinst::ForEachWord<256>(list.c_str(), [&](const char* word) {
     const std::string program = Format("%s/code/bin/%s_%s", installDir, word, suffix);
-    if (TEVFileAccess(program.c_str(), 0) == 0) {
-      status = kwinst::RunShell(CommandFor(program, logFile)) / 256;
-    }
+    if (kwinst::Exists(program)) status = kwinst::RunShell(CommandFor(program, logFile)) / 256;
     return true;
   });
   return status;

@@ -20,7 +20,7 @@ using kwinst::MessageFrame;
 namespace {
 
 std::string TempDir() {
-  char path[1024] = "";
+  char path[kwinst::kPathSize] = "";
   TEVInsGetTempDir(path);
   return path;
 }
@@ -53,15 +53,12 @@ class UnpackedControlFile {
   std::string path_;
 };
 
-/// The command that unpacks `member` of a service pack; of its two archives the compressed one
-/// wins.
+/// The command that unpacks `member` of a service pack.
 std::string UnpackingCommand(const std::string& archive, const std::string& member) {
-  const std::string compressed = archive + ".Z";
-  if (TEVFileAccess(compressed.c_str(), 0) == 0) {
-    return Format("cd %s; compress -d -c %s |  tar -xf - %s 2>&1", TempDir().c_str(),
-                  compressed.c_str(), member.c_str());
-  }
-  return Format("cd %s; tar -xf %s  %s 2>&1", TempDir().c_str(), archive.c_str(), member.c_str());
+  const auto [path, compressed] = kwinst::FindArchive(archive);
+  const char* format =
+      compressed ? "cd %s; compress -d -c %s |  tar -xf - %s 2>&1" : "cd %s; tar -xf %s  %s 2>&1";
+  return Format(format, TempDir().c_str(), path.c_str(), member.c_str());
 }
 
 /// The file name in a line, for saving: its first word. Empty when it names none.
@@ -127,7 +124,7 @@ int TEVInsSaveFilesBeforeInstall(char* spkName, char* mediaDir, char* installDir
     const std::string file = FirstWord(line);
     if (file.empty()) return Renaming{};
     const std::string target = JoinPath(installDir, file);
-    return Renaming{target, target + ".beforeSPK"};
+    return Renaming{target, target + kwinst::kSavedFile};
   });
 }
 
@@ -139,6 +136,6 @@ int TEVInsRestoreFiles(char* installDir, char* spkName, const char* osDir, TEVIN
     const std::string file = WholeLine(line);
     if (file.empty()) return Renaming{};
     const std::string target = JoinPath(installDir, file);
-    return Renaming{target + ".beforeSPK", target};
+    return Renaming{target + kwinst::kSavedFile, target};
   });
 }

@@ -71,4 +71,12 @@ bool ReadFirstLine(const char* path, char* line, int size) {
   return std::ferror(file.get()) == 0;
 }
 
+bool ReadFirstWord(const std::string& path, char* word, size_t size) {
+  word[0] = '\0';
+  const InputFile file = OpenForReading(path.c_str());
+  if (file == nullptr) return false;
+  if (!ReadWord(file.get(), word, size)) word[0] = '\0';
+  return std::ferror(file.get()) == 0;
+}
+
 }  // namespace kwinst

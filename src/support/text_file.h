@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <memory>
+#include <string>
 #include <string_view>
 
 namespace kwinst {
@@ -85,6 +86,10 @@ bool ForEachWord(const char* path, Use use) {
 /// of it, into `line`. An empty file has an empty line. False, with errno set and `line` empty,
 /// when the file cannot be opened or read, as a directory cannot.
 bool ReadFirstLine(const char* path, char* line, int size);
+
+/// Reads the first word of the file `path`, at most `size` - 1 characters of it, into `word`, which
+/// is empty when the file has none. False, with errno set and `word` empty, as for ReadFirstLine.
+bool ReadFirstWord(const std::string& path, char* word, size_t size);
 
 }  // namespace kwinst
 

@@ -1,9 +1,38 @@
 #ifndef KWINSTUTIL_SUPPORT_TREE_PATHS_H_
 #define KWINSTUTIL_SUPPORT_TREE_PATHS_H_
 
+#include <cstddef>
 #include <string>
 
 namespace kwinst {
+
+constexpr size_t kPathSize = 1024;  ///< of the buffers in which paths are handed out
+
+// Files in the top directory of a tree.
+constexpr const char* kSystemList = "OSUNIX";  ///< the tree's operating systems
+constexpr const char* kCodePointer = "CodeDir.txt";
+constexpr const char* kSdkPointer = "ZEBDir.txt";
+constexpr const char* kEnvironmentPointer = "EnvDir.txt";
+constexpr const char* kTarLog = "ErrorTar.log";
+
+// Files in a system directory.
+constexpr const char* kLanguageChoice = "NLS.txt";
+constexpr const char* kTransferLog = "TEVInsErrorTransfer.log";
+
+// Files in its control directory: see ControlFile.
+constexpr const char* kPresent = "PRESENT";  ///< the table of contents
+constexpr const char* kPendingPack = "SPK.list";
+constexpr const char* kInterruption = "SPKInterrupted.txt";
+constexpr const char* kPostInstallList = "CAFPost.list";
+
+// What is appended to names.
+constexpr const char* kSavedFile = ".beforeSPK";
+constexpr const char* kComponentTable = ".toc";
+constexpr const char* kEnvironmentName = ".lp";
+
+/// Does `path` exist? Symbolic links are followed. A null path does not exist.
+bool Exists(const char* path);
+inline bool Exists(const std::string& path) { return Exists(path.c_str()); }
 
 /// DIR/NAME. Nothing is normalised: a `dir` that ends in '/' gives two of them.
 std::string JoinPath(const std::string& dir, const std::string& name);
@@ -13,6 +42,15 @@ std::string SystemDir(const char* installDir, const char* osDir);
 
 /// The file `name` in the control directory of a system directory.
 std::string ControlFile(const std::string& systemDir, const std::string& name);
+
+/// An archive on a medium.
+struct Archive {
+  std::string path;
+  bool compressed;
+};
+
+/// The compressed archive PLAIN.Z when it exists, otherwise the archive `plain`.
+Archive FindArchive(const std::string& plain);
 
 }  // namespace kwinst
 

@@ -1,9 +1,8 @@
-#include <kb0core/TEVFile.h>
-
 #include <new>
 
 #include "kwinstutil/toc.h"
 #include "report/message.h"
+#include "support/tree_paths.h"
 
 namespace {
 
@@ -19,7 +18,7 @@ const char* OpeningProblem() {
 int InitMediaToc(char* mediaPath, TEVINSMediaToc** toc, TEVUnicodeString* message) noexcept {
   const kwinst::MessageFrame frame;
   *toc = nullptr;
-  if (TEVFileAccess(mediaPath, 0) == -1) {
+  if (!kwinst::Exists(mediaPath)) {
     *message = frame.Build("ErrorInitNoToc", {mediaPath});
     return -1;
   }

@@ -1,0 +1,18 @@
+#ifndef KWINSTUTIL_CHECKS_SERVICE_PACK_STATE_H_
+#define KWINSTUTIL_CHECKS_SERVICE_PACK_STATE_H_
+
+#include <qtoclib/TEVINSToc.h>
+
+#include <string>
+
+namespace kwinst {
+
+/// Is the service pack in `systemDir` installed, but not committed?
+bool ServicePackIsPending(const std::string& systemDir);
+
+/// Are files of the service pack that `table` has in `systemDir` damaged? Never without a table.
+bool ServicePackIsDamaged(TEVINSInstToc* table, std::string systemDir);
+
+}  // namespace kwinst
+
+#endif  // KWINSTUTIL_CHECKS_SERVICE_PACK_STATE_H_
