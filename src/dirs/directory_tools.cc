@@ -1,8 +1,9 @@
-#include <kb0core/TEVDirectory.h>
+#include <dirent.h>
 #include <kb0core/TEVFile.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -15,29 +16,19 @@
 
 namespace {
 
-bool IsDirectory(unsigned int mode) { return (mode & 0xF000) == 0x4000; }
+/// Deletes the entry `name` of `dir`, which is open as `directory`, with what is in it. False when
+/// it cannot be examined; what cannot be deleted stays.
+bool DeleteEntry(const char* dir, DIR* directory, const char* name, int removeDirectories) {
+  // Only what this leaves has to be examined.
+  if (unlinkat(dirfd(directory), name, 0) == 0) return true;
 
-/// Deletes an entry that its directory tells to be a file. False when it is none, or could not be
-/// deleted.
-bool DeleteKnownFile(TEVDirectory directory, const TEVDirectoryEntry& entry) {
-  return entry.type != 0 && !IsDirectory(entry.type) && TEVDeleteEntry(directory, entry.name) == 0;
-}
-
-/// Deletes the entry `name` of `dir`, with what is in it. False when it cannot be examined; what
-/// cannot be deleted stays.
-bool DeleteEntry(const char* dir, const char* name, int removeDirectories) {
   const size_t size = std::strlen(dir) + std::strlen(name) + 2;
   const std::unique_ptr<char[]> path(new (std::nothrow) char[size]);
   if (path == nullptr) return false;
   std::snprintf(path.get(), size, "%s/%s", dir, name);
-
   TEVFileInfo info;
   if (TEVGetFileInfo(path.get(), &info) != 0) return false;
-  if (IsDirectory(info.mode)) {
-    TEVInsDeleteDir(path.get(), removeDirectories);
-  } else {
-    TEVDeleteFile(path.get());
-  }
+  if (S_ISDIR(info.mode)) TEVInsDeleteDir(path.get(), removeDirectories);
   return true;
 }
 
@@ -60,23 +51,23 @@ int TEVInsCreateDirectory(char* path) noexcept {
 }
 
 int TEVInsDeleteDir(char* dir, int removeDirectories) noexcept {
-  TEVDirectory directory = nullptr;
-  if (TEVOpenDirectory(dir, &directory) != 0) return -1;
+  DIR* directory = dir == nullptr ? nullptr : opendir(dir);
+  if (directory == nullptr) return -1;
 
-  TEVDirectoryEntry entry;
-  int end = 0;
-  while (TEVReadDirectory(directory, &entry, &end) == 0) {
-    if (std::strcmp(entry.name, ".") == 0 || std::strcmp(entry.name, "..") == 0) continue;
-    if (DeleteKnownFile(directory, entry)) continue;
-    if (!DeleteEntry(dir, entry.name, removeDirectories)) {
-      TEVCloseDirectory(directory);
+  errno = 0;  // readdir gives null at the end too, and only then leaves errno alone
+  while (const dirent* entry = readdir(directory)) {
+    const char* name = entry->d_name;
+    const bool is_dot = std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
+    if (!is_dot && !DeleteEntry(dir, directory, name, removeDirectories)) {
+      closedir(directory);
       return -1;
     }
+    errno = 0;
   }
-  // A directory that fails in the middle of its reading stays open: callers have always seen it so.
-  if (end == 0) return -1;
+  // Deliberate: a directory that fails in the middle of its reading stays open.
+  if (errno != 0) return -1;
 
-  TEVCloseDirectory(directory);
+  closedir(directory);
   if (removeDirectories != 0) rmdir(dir);
   return 0;
 }

@@ -1,6 +1,4 @@
 #include <dirent.h>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -31,13 +29,7 @@ int TEVReadDirectory(TEVDirectory directory, TEVDirectoryEntry* entry, int* end)
   const size_t bytes = std::strlen(found->d_name) + 1;
   if (bytes > sizeof entry->name) return -1;  // a shortened name would be that of another file
   std::memcpy(entry->name, found->d_name, bytes);
-  entry->type = static_cast<unsigned int>(DTTOIF(found->d_type));
   return 0;
-}
-
-int TEVDeleteEntry(TEVDirectory directory, const char* name) {
-  if (directory == nullptr || name == nullptr) return -1;
-  return unlinkat(dirfd(directory->stream), name, 0);
 }
 
 int TEVCloseDirectory(TEVDirectory directory) {

@@ -8,8 +8,7 @@ using TEVDirectory = struct TEVDirectoryHandle*;
 
 /// One entry of a directory.
 struct TEVDirectoryEntry {
-  char name[256];     ///< without its directory; room for the longest name of the system
-  unsigned int type;  ///< the file-type bits of TEVFileInfo::mode, or 0 when the system tells none
+  char name[256];  ///< without its directory; room for the longest name of the system
 };
 
 /// Opens `path` for reading and stores the handle in `*directory`. 0, or -1 when `path` is no
@@ -19,10 +18,6 @@ KB0CORE_EXPORT int TEVOpenDirectory(const char* path, TEVDirectory* directory);
 /// Reads the next entry, "." and ".." among them. Returns 0 when `entry` was filled. Otherwise
 /// returns -1, with `*end` set to 1 when there are no more entries and left as it is on an error.
 KB0CORE_EXPORT int TEVReadDirectory(TEVDirectory directory, TEVDirectoryEntry* entry, int* end);
-
-/// Removes the file or symbolic link `name` of the open directory: nothing of its path is looked up
-/// again. 0, or -1 on failure (a directory included).
-KB0CORE_EXPORT int TEVDeleteEntry(TEVDirectory directory, const char* name);
 
 /// Closes the directory. 0, or -1 on failure.
 KB0CORE_EXPORT int TEVCloseDirectory(TEVDirectory directory);
