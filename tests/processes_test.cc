@@ -51,13 +51,13 @@ class ProcessesTest : public Fixture {
 };
 
 TEST_F(ProcessesTest, ListsAllProcessesAndDescendants) {
-  FakePs(Line(0, 0, "/t/sched") + Line(getpid(), 11, "/t/own") + Line(11, 1, "/t/a") +
+  FakePs(Line(0, 1, "/t/sched") + Line(getpid(), 11, "/t/own") + Line(11, 1, "/t/a") +
          Line(12, 11, "b") + Line(13, 11, "d"));
   TEVInsTaskList tasks;
   EXPECT_EQ(tasks.TEVInsGetAllProcess(), 5);
   EXPECT_EQ(tasks.TEVInsGetProcessFils(13), 0);
   EXPECT_NE(tasks.TEVInsGetProcessFils(11), 0);
-  EXPECT_EQ(tasks.TEVInsCheckTask("/t", nullptr), 5) << "added to the two descendants";
+  EXPECT_EQ(tasks.TEVInsCheckTask("/t", nullptr), 6) << "added to the two descendants";
   Program("bin/ps", "exit 1");
   EXPECT_EQ(tasks.TEVInsGetAllProcess(), 0);
 }
@@ -100,6 +100,17 @@ TEST_F(ProcessesTest, StopsTheDaemonStartedAtBoot) {
   EXPECT_EQ(tasks.TEVInsCheckTask(tree.c_str(), nullptr), 0);
   tasks.TEVInsKillTask();
   EXPECT_EQ(Ended(daemon), SIGTERM);
+  const pid_t other = fork();  // which might have got the daemon's id
+  if (other == 0) execl("/bin/sleep", "sleep", "50", nullptr);
+  FakePs(Line(other, 1, "/bin/sh /etc/rc2.d/S99orbixds_1"));
+  tasks.TEVInsCheckTask(tree.c_str(), nullptr);
+  FakePs(Line(12, 1, "b"));
+  tasks.TEVInsCheckTask(tree.c_str(), nullptr);
+  tasks.TEVInsKillTask();
+  usleep(50'000);
+  EXPECT_EQ(waitpid(other, nullptr, WNOHANG), 0) << "the daemon of an earlier snapshot";
+  kill(other, SIGKILL);
+  Ended(other);
 }
 
 }  // namespace

@@ -13,8 +13,8 @@
 /// TEVInsGetListTask, TEVInsKillTask.
 ///
 /// The list holds at most 100 tasks and only grows; tasks that there is no memory for are left out.
-/// The process that made the object, its parent and a process 0 are never in it. A process may be
-/// listed twice: as a task of the tree and as the descendant of one.
+/// The process that made the object and its parent are never in it. A process may be listed twice:
+/// as a task of the tree and as the descendant of one.
 class KWINSTUTIL_EXPORT TEVInsTaskList {
  public:
   TEVInsTaskList() noexcept;
@@ -32,8 +32,8 @@ class KWINSTUTIL_EXPORT TEVInsTaskList {
 
   /// Takes a snapshot of the processes and adds each one that has `installDir` and '/' in its
   /// command line, but not `exclude` (which may be null), to the list, followed by all of its
-  /// descendants. Remembers the process that was started from the boot link. `installDir` must not
-  /// be null.
+  /// descendants. Remembers the process of this snapshot that was started from the boot link, if
+  /// there is one. `installDir` must not be null.
   ///
   /// Returns the number of tasks in the list.
   int TEVInsCheckTask(const char* installDir, char* exclude) noexcept;
@@ -43,7 +43,7 @@ class KWINSTUTIL_EXPORT TEVInsTaskList {
   void TEVInsGetListTask(char*** list, int* number) noexcept;
 
   /// Sends SIGTERM to the process that was started from the boot link, then to the tasks, from the
-  /// last to the first. Waits for none, and tells no failures.
+  /// last to the first. A process 0 is not signalled. Waits for none, and tells no failures.
   void TEVInsKillTask() noexcept;
 
   /// Takes a snapshot with "ps -ef", in the place of the former one. A line of more than 1023

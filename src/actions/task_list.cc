@@ -75,7 +75,7 @@ int TEVInsTaskList::TEVInsCheckOrbixReboot(const char* installDir) noexcept {
 
 int TEVInsTaskList::TEVInsCheckTask(const char* installDir, char* exclude) noexcept {
   TEVInsGetAllProcess();
-  if (orbix_boot_ == 1) FindOrbix();
+  FindOrbix();
 
   const std::string pattern = kwinst::JoinPath(installDir, "");
   for (size_t i = 0; i < record_count_ && count_ < kMaxTasks; ++i) {
@@ -88,6 +88,9 @@ int TEVInsTaskList::TEVInsCheckTask(const char* installDir, char* exclude) noexc
 }
 
 void TEVInsTaskList::FindOrbix() noexcept {
+  orbix_pid_ = 0;
+  orbix_command_.reset();
+  if (orbix_boot_ != 1) return;
   for (size_t i = 0; i < record_count_; ++i) {
     const Record& record = records_[i];
     if (!Contains(record.command, boot_entry_)) continue;
@@ -159,8 +162,7 @@ bool TEVInsTaskList::MakeRoom() noexcept {
 }
 
 bool TEVInsTaskList::IsOther(const Record& record) const noexcept {
-  // Process 0, which some systems show, is the ancestor of all others.
-  return record.pid != 0 && record.pid != own_pid_ && record.pid != parent_pid_;
+  return record.pid != own_pid_ && record.pid != parent_pid_;
 }
 
 bool TEVInsTaskList::Append(const Record& record) noexcept {

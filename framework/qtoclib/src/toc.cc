@@ -10,12 +10,9 @@ namespace {
 
 std::string ToString(const char* path) { return path == nullptr ? "" : path; }
 
-/// Is `path` a directory that may hold control/PRESENT? One that has the name of the table itself
-/// stands in its place, and is no new tree.
-bool IsSystemDirectory(const std::string& path) {
+bool IsDirectory(const std::string& path) {
   struct stat info {};
-  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode) &&
-         path.substr(path.rfind('/') + 1) != "PRESENT";
+  return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
 }  // namespace
@@ -57,9 +54,8 @@ int TEVINSToc::GetHFXLevel() const { return table_->hot_fix_level; }
 TEVINSMediaToc::TEVINSMediaToc(const char* path) : TEVINSToc(Table::Read(ToString(path), false)) {}
 
 TEVINSInstToc::TEVINSInstToc(const char* path)
-    : TEVINSToc(IsSystemDirectory(ToString(path))
-                    ? Table::Read(ToString(path) + "/control/PRESENT", true)
-                    : Table::Read(ToString(path), false)) {}
+    : TEVINSToc(IsDirectory(ToString(path)) ? Table::Read(ToString(path) + "/control/PRESENT", true)
+                                            : Table::Read(ToString(path), false)) {}
 
 void TEVINSInstToc::GetPackageInst(TEVINSPkg pkg, TEVINSType type, TEVINSStockNameInst* list,
                                    int /*flag*/) const {

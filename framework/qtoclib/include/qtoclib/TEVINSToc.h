@@ -82,8 +82,7 @@ class QTOCLIB_EXPORT TEVINSMediaToc : public TEVINSToc {
 class QTOCLIB_EXPORT TEVINSInstToc : public TEVINSToc {
  public:
   /// Opens the table file `path`. When `path` is a directory, its `control/PRESENT` is meant; a
-  /// directory without that file is a new tree, with an empty table (but not a directory that is
-  /// named PRESENT itself).
+  /// directory without that file is a new tree, with an empty table.
   explicit TEVINSInstToc(const char* path);
 
   /// As GetPackage, for a list without a limit.
