@@ -37,11 +37,12 @@ bool Keep(std::string* line, const std::string& name, TEVINSType type) {
     const std::string text = begin < end ? line->substr(begin, end - begin) : "";
     return text.substr(0, text.find('\0'));
   };
-  if (field(0, first) == kTEVINSNames[type] && field(first + 1, second) == "SPK" &&
+  const bool complete = second < line->size();
+  if (complete && field(0, first) == kTEVINSNames[type] && field(first + 1, second) == "SPK" &&
       field(third, FieldEnd(*line, third)) == name) {
     return false;
   }
-  if (second < line->size()) (*line)[first] = (*line)[second] = ':';
+  if (complete) (*line)[first] = (*line)[second] = ':';
   return true;
 }
 

@@ -68,12 +68,24 @@ TEST_F(ServicePackTest, WritesTheHeadOfALineThatStays) {
   EXPECT_EQ(Read(Path("head")), "code");
 }
 
+TEST_F(ServicePackTest, RefusesOneFileOnBothSides) {
+  const std::string file = Write("file", "code:SPK\ncode:SPK:SP1"), link = Path("link");
+  fs::create_hard_link(file, link);
+  TEVInsResetPresent reset;
+  EXPECT_EQ(reset.InitSource(CharPath(file)), 0);
+  EXPECT_EQ(reset.InitDest(CharPath(link)), -1);
+  EXPECT_EQ(reset.Remove(CharPath(""), code), -1);
+  EXPECT_EQ(TEVInsResetPresent::FileCopy(CharPath(file), CharPath(link)), -1);
+  EXPECT_EQ(Read(file), "code:SPK\ncode:SPK:SP1");
+}
+
 TEST_F(ServicePackTest, SavesFirstWordsAndRestoresWholeLines) {
   for (const std::string name : {"prog", "lead", "tab", "3d", "0", "x y"})
     Write("tree/" + name, name);
   fs::create_symlink("nowhere", Path("tree/link"));
   Write("tree/prog.beforeSPK", "older");
-  Pack("prog 1234\n755 1 2\n3d\n0\n\n lead x\nmissing\nlink\ntab\tx");
+  Pack("prog 1234\n755 1 2\n3d\n0\n\n lead x\nmissing\nlink\ntab\tx\n" + std::string(1, '\0') +
+       "\ntab\n");
   EXPECT_EQ(Save(), 0);
   EXPECT_EQ(Tree(), "0|3d|lead.beforeSPK|link.beforeSPK|prog.beforeSPK|tab|x y|");
   EXPECT_EQ(Read(Path("tree/prog.beforeSPK")), "prog");
@@ -104,16 +116,20 @@ TEST_F(ServicePackTest, TellsControlFilesThatCannotBeHad) {
   const std::string archive = Path("medium/SP1");
   const std::string not_unpacked = Message("ErrWndExtractTar.Text", os_ + "/control/SP1", archive) +
                                    Message("CheckTmpDir", "/tmp");
+  Write("older");
+  fs::copy_file(Path("older"), unpacked_);
   EXPECT_EQ(Save(), -1) << "no archive";
   EXPECT_EQ(Told(), not_unpacked);
+  EXPECT_TRUE(Exists(unpacked_)) << "this call has not unpacked it";
   Pack("a\n" + std::string(5000, 'x'));
   fs::resize_file(archive, 2048);
   EXPECT_EQ(Save(), -1);
-  EXPECT_FALSE(Exists(unpacked_)) << "the part that was there";
   Pack("");
   EXPECT_EQ(Save(), -1);
   EXPECT_EQ(Told(), Message("ErrWndOpenControlFile.Text", unpacked_, "2"));
   EXPECT_FALSE(Exists(unpacked_));
+  fs::create_symlink("nowhere", unpacked_);
+  EXPECT_EQ(Restore(), 0) << "a link that leads nowhere is no control file";
 }
 
 TEST_F(ServicePackTest, RunsThePostInstallPrograms) {

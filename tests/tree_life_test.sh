@@ -157,7 +157,7 @@ check_sdk_service_pack() {
   expect_content before sdk
   mv "$system/control/PRESENT" "$work/present"
   mkdir "$system/control/PRESENT"
-  expect_check 1 'PRESENT' sp1-sdk sdk
+  expect_check 1 'Service Pack level' sp1-sdk sdk
   rmdir "$system/control/PRESENT"
   mv "$work/present" "$system/control/PRESENT"
   [[ ! -e NUL ]] || fail 'a file NUL is left behind'

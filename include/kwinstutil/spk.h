@@ -37,7 +37,8 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
   /// Opens the control file, which is never created. Returns 0, or -1 on failure.
   int InitSource(char* path) noexcept;
 
-  /// Opens the new file, in the place of what it held. Returns 0, or -1 on failure.
+  /// Opens the new file, in the place of what it held. Returns 0, or -1 on failure, also when it is
+  /// the control file that InitSource has opened, be it through a link: that stays as it is.
   int InitDest(char* path) noexcept;
 
   /// Copies every line but those of kind SPK with this type and `name`. Each line copied ends with
@@ -50,7 +51,8 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
   int Remove(char* name, TEVINSType type) noexcept;
 
   /// Copies a text file, and gives its last line a newline when it has none. Returns 0, or -1 when
-  /// a file cannot be opened, read or written; `to` may then be incomplete.
+  /// a file cannot be opened, read or written; `to` may then be incomplete. When `from` and `to` are
+  /// one file, also through links, the result is -1 and it stays as it is.
   static int FileCopy(char* from, char* to) noexcept;
 
   /// 1 once any object of this process has dropped a line, 0 until then.
@@ -73,9 +75,9 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
 // below TEVInsGetTempDir(). It has a path relative to `installDir` in each line. Paths and names go
 // to the shell unquoted.
 //
-// Both functions below delete the unpacked control file in every case but that of a null argument
-// (its directories stay), and take lines of more than 1023 characters as several. They assign
-// `message` on failure:
+// Both functions below delete the unpacked control file once they have read it or failed to open it
+// (its directories stay), and take lines of more than 1023 characters as several. A line that starts
+// with a zero byte ends the list. They assign `message` on failure:
 //   "ErrWndOpenControlFile.Text"  the unpacked control file, the system's error number; one that
 //                                 cannot be read to its end counts as ending there;
 //   "ErrWndRenameFile.Text"       the file, and the name that it could not be given.

@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <string>
 #include <string_view>
@@ -21,10 +23,11 @@ bool Names(std::string_view field, std::string_view text) {
 /// What a line begins with: up to three fields of up to 47 characters.
 struct Head {
   std::string_view fields[3];
-  size_t length = 0;  ///< in the line, with the characters that part the fields
+  size_t length = 0;      ///< in the line, with the characters that part the fields
+  bool complete = false;  ///< all three fields are there
 
   bool IsOf(const char* service_pack, TEVINSType type) const {
-    return Names(fields[0], kTEVINSNames[type]) && Names(fields[1], "SPK") &&
+    return complete && Names(fields[0], kTEVINSNames[type]) && Names(fields[1], "SPK") &&
            Names(fields[2], service_pack);
   }
 };
@@ -42,8 +45,28 @@ Head FindHead(std::string& line) {
     head.fields[i] = rest.substr(0, std::min(rest.find(':'), kFieldSize));
     head.length += head.fields[i].size();
   }
+  head.complete = true;
   line[partings[1]] = line[partings[2]] = ':';
   return head;
+}
+
+// Where a stream keeps the identity of its file: the class has its two streams and nothing else.
+const int kDevice = std::ios_base::xalloc();
+const int kNumber = std::ios_base::xalloc();
+
+/// Notes which file `stream` was opened on.
+void NoteFile(std::ios_base& stream, const char* path) {
+  struct stat info {};
+  if (stat(path, &info) != 0) return;
+  stream.iword(kDevice) = static_cast<long>(info.st_dev);  // NOLINT(google-runtime-int)
+  stream.iword(kNumber) = static_cast<long>(info.st_ino);  // NOLINT(google-runtime-int)
+}
+
+/// Is `path` the file that was noted, be it through a link?
+bool IsNotedFile(std::ios_base& stream, const char* path) {
+  struct stat info {};
+  return stat(path, &info) == 0 && static_cast<dev_t>(stream.iword(kDevice)) == info.st_dev &&
+         static_cast<ino_t>(stream.iword(kNumber)) == info.st_ino;
 }
 
 }  // namespace
@@ -54,10 +77,14 @@ TEVInsResetPresent::~TEVInsResetPresent() noexcept = default;
 
 int TEVInsResetPresent::InitSource(char* path) noexcept {
   source_.open(path);
-  return source_.good() ? 0 : -1;
+  if (!source_.good()) return -1;
+  NoteFile(source_, path);
+  return 0;
 }
 
 int TEVInsResetPresent::InitDest(char* path) noexcept {
+  // To open the control file itself would empty it.
+  if (source_.is_open() && IsNotedFile(source_, path)) return -1;
   dest_.open(path);
   return dest_.good() ? 0 : -1;
 }
@@ -96,6 +123,8 @@ int TEVInsResetPresent::IsLineToRemove(char* name, std::strstream& line, TEVINST
 int TEVInsResetPresent::FileCopy(char* from, char* to) noexcept {
   std::ifstream source(from);
   if (!source.good()) return -1;
+  NoteFile(source, from);
+  if (IsNotedFile(source, to)) return -1;
   std::ofstream dest(to);
   if (!dest.good()) return -1;
   char block[1 << 16];

@@ -25,24 +25,25 @@ std::string TempDir() {
   return path;
 }
 
-/// Links are not followed: one that leads nowhere exists. So does what cannot be looked at, as long
-/// as it may be there: to pass it over would leave it to the service pack.
-bool Exists(const std::string& path) {
-  TEVFileInfo info;
-  if (TEVGetFileInfo(path.c_str(), &info) == 0) return true;
-  return errno != ENOENT && errno != ENOTDIR && errno != ENAMETOOLONG && errno != ELOOP;
+/// Does this error number say that a path does not exist? What cannot be examined may be there.
+bool MeansMissing(int error) {
+  return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG || error == ELOOP;
 }
 
-/// The service pack's control file in the temporary directory. It is deleted in the end.
-class UnpackedControlFile {
+/// May `path` be there? Links are not followed: one that leads nowhere is there. To pass over what
+/// cannot be examined would leave it to the service pack.
+bool MayExist(const std::string& path) {
+  TEVFileInfo info;
+  return TEVGetFileInfo(path.c_str(), &info) == 0 || !MeansMissing(errno);
+}
+
+/// The service pack's control file, which is unpacked in the temporary directory.
+class ControlFile {
  public:
-  UnpackedControlFile(const char* spkName, const char* osDir, TEVINSType type)
+  ControlFile(const char* spkName, const char* osDir, TEVINSType type)
       : member_(type == zeb2 ? Format("control/%s", spkName)
                              : Format("%s/control/%s", osDir, spkName)),
         path_(JoinPath(TempDir(), member_)) {}
-  UnpackedControlFile(const UnpackedControlFile&) = delete;
-  UnpackedControlFile& operator=(const UnpackedControlFile&) = delete;
-  ~UnpackedControlFile() { TEVDeleteFile(path_.c_str()); }
 
   /// Its path in the archive.
   const std::string& member() const { return member_; }
@@ -84,26 +85,29 @@ struct Renaming {
 };
 
 /// Renames what each line of the control file says. `renaming(line)` tells it; files that do not
-/// exist are passed over. Returns 0, or -1 with `message` assigned.
+/// exist are passed over. Deletes the control file in the end. Returns 0, or -1 with `message`
+/// assigned.
 template <typename Function>
-int RenameListedFiles(const UnpackedControlFile& control, TEVUnicodeString& message,
-                      Function renaming) {
+int RenameListedFiles(const ControlFile& control, TEVUnicodeString& message, Function renaming) {
   const MessageFrame frame;
   const kwinst::InputFile file = kwinst::OpenForReading(control.path().c_str());
   if (file == nullptr) {
     const int error = errno;
     message = frame.Build("ErrWndOpenControlFile.Text", {control.path(), error});
+    TEVDeleteFile(control.path().c_str());
     return -1;
   }
   int status = 0;
   kwinst::ForEachLine<1024>(file.get(), [&](char* line) {
+    if (line[0] == '\0') return false;  // an empty read
     const auto [from, to] = renaming(line);
-    if (!Exists(from) || TEVRenameFile(from.c_str(), to.c_str()) == 0) return true;
+    if (!MayExist(from) || TEVRenameFile(from.c_str(), to.c_str()) == 0) return true;
     message = frame.Build("ErrWndRenameFile.Text", {from, to});
     status = -1;
     return false;
   });
   // A read that fails ends the list as its end does.
+  TEVDeleteFile(control.path().c_str());
   return status;
 }
 
@@ -114,7 +118,7 @@ int TEVInsSaveFilesBeforeInstall(char* spkName, char* mediaDir, char* installDir
   if (mediaDir == nullptr || installDir == nullptr || (type == code && osDir == nullptr)) return -1;
   const MessageFrame frame;
   const std::string archive = JoinPath(mediaDir, spkName);
-  const UnpackedControlFile control(spkName, osDir, type);
+  const ControlFile control(spkName, osDir, type);
   if (kwinst::RunShell(UnpackingCommand(archive, control.member())) != 0) {
     message = frame.Build("ErrWndExtractTar.Text", {control.member(), archive});
     message.Append(frame.Build("CheckTmpDir", {TempDir()}));
@@ -130,8 +134,8 @@ int TEVInsSaveFilesBeforeInstall(char* spkName, char* mediaDir, char* installDir
 
 int TEVInsRestoreFiles(char* installDir, char* spkName, const char* osDir, TEVINSType type,
                        TEVUnicodeString& message) noexcept {
-  const UnpackedControlFile control(spkName, osDir, type);
-  if (!Exists(control.path())) return 0;
+  const ControlFile control(spkName, osDir, type);
+  if (!kwinst::Exists(control.path()) && MeansMissing(errno)) return 0;
   return RenameListedFiles(control, message, [installDir](char* line) {
     const std::string file = WholeLine(line);
     if (file.empty()) return Renaming{};
