@@ -1,6 +1,5 @@
 #include <kb0core/TEVFile.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <string>
@@ -9,6 +8,7 @@
 #include "report/message.h"
 #include "support/format.h"
 #include "support/shell.h"
+#include "support/text_file.h"
 #include "support/tree_paths.h"
 
 using kwinst::Format;
@@ -37,12 +37,10 @@ bool AppendWhole(const std::string& command, const char* to) {
   }
   if (kwinst::RunShell(command) == 0) return true;
 
-  struct stat after {};
-  if (!exists) {
+  if (exists) {
+    kwinst::CutBack(to, before.st_size);
+  } else {
     TEVDeleteFile(to);
-  } else if (stat(to, &after) == 0 && S_ISREG(after.st_mode) && after.st_size > before.st_size) {
-    // Nothing is left to be done for a file that cannot be cut back.
-    [[maybe_unused]] const int cut = truncate(to, before.st_size);
   }
   return false;
 }

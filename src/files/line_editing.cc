@@ -83,9 +83,6 @@ int TEVInsAddLine(char* file, char* line, TEVUnicodeString* /*message*/) noexcep
       length >= 0 && std::fwrite(text.data(), 1, text.size(), stream) == text.size();
   if (TEVFClose(stream) == 0 && written) return 1;
 
-  if (length >= 0) {
-    // Nothing is left to be done for a file that cannot be cut back.
-    [[maybe_unused]] const int cut = truncate(file, length);
-  }
+  if (length >= 0) kwinst::CutBack(file, length);
   return -1;
 }

@@ -62,20 +62,18 @@ bool BeginsWith(std::string_view text, std::string_view prefix) {
 }
 
 bool AppendAndClose(InputFile file, const std::string& path, const std::string& lines) {
-  std::FILE* stream = file.release();
   struct stat before {};
-  bool stored = fstat(fileno(stream), &before) == 0;
-  if (stored && !lines.empty()) {
+  if (fstat(fileno(file.get()), &before) != 0) return false;
+  std::FILE* stream = file.release();
+  bool stored = true;
+  if (!lines.empty()) {
     const int last = before.st_size == 0 ? '\n' : LastCharacter(stream);
     const std::string text = (last == '\n' ? "" : "\n") + lines;
     stored = last != EOF && std::fseek(stream, 0, SEEK_END) == 0 &&
              std::fwrite(text.data(), 1, text.size(), stream) == text.size();
   }
   stored = TEVFClose(stream) == 0 && stored;
-  if (!stored && S_ISREG(before.st_mode)) {
-    // Nothing is left to be done for a file that cannot be cut back.
-    [[maybe_unused]] const int cut = truncate(path.c_str(), before.st_size);
-  }
+  if (!stored) CutBack(path.c_str(), before.st_size);
   return stored;
 }
 

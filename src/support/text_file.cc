@@ -1,6 +1,7 @@
 #include "support/text_file.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -28,6 +29,13 @@ InputFile OpenForReading(const char* path) {
   const int error = TEVFOpen(path, "r", &file);
   if (file == nullptr) errno = error;
   return InputFile(file);
+}
+
+void CutBack(const char* path, off_t length) {
+  struct stat now {};
+  if (stat(path, &now) != 0 || !S_ISREG(now.st_mode) || now.st_size <= length) return;
+  // Nothing is left to be done for a file that cannot be cut back.
+  [[maybe_unused]] const int cut = truncate(path, length);
 }
 
 std::string_view PieceReader::Next() {

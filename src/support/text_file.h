@@ -2,6 +2,7 @@
 #define KWINSTUTIL_SUPPORT_TEXT_FILE_H_
 
 #include <kb0core/TEVFile.h>
+#include <sys/types.h>
 
 #include <cerrno>
 #include <cstddef>
@@ -31,6 +32,10 @@ bool IsPipeOrDevice(const char* path);
 
 /// Opens a file for reading. Null, with errno set, when that fails, or it is a pipe or a device.
 InputFile OpenForReading(const char* path);
+
+/// Cuts the regular file `path` back to `length` bytes after a failed append. One that is not
+/// longer stays as it is; so does one that cannot be cut back.
+void CutBack(const char* path, off_t length);
 
 /// Calls `use(line)` with each line of a text, its newline included, as a C string in a buffer of
 /// `Size` bytes: a longer line comes in pieces. Stops at the end, at a read failure, or when `use`
