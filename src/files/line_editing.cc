@@ -14,28 +14,18 @@ using std::string_view;
 namespace {
 
 bool Matches(string_view line, string_view text, bool atStart) {
-  return atStart ? line.substr(0, text.size()) == text : line.find(text) != string_view::npos;
+  return atStart ? kwinst::BeginsWith(line, text) : line.find(text) != string_view::npos;
 }
 
 /// Copies the lines without `text`. False when a read or a write failed.
 bool CopyOtherLines(std::FILE* from, std::FILE* to, string_view text, bool atStart) {
-  constexpr size_t kLongestLine = 2047;
-  kwinst::PieceReader reader(from, kLongestLine);
-  for (string_view line = reader.Next(); !line.empty(); line = reader.Next()) {
-    if (Matches(line, text, atStart)) continue;
-    if (std::fwrite(line.data(), 1, line.size(), to) != line.size()) return false;
-  }
-  return std::ferror(from) == 0;
-}
-
-/// Gives `to` the owner, where that is allowed, and the mode of `from`.
-void CopyOwnerAndMode(std::FILE* from, std::FILE* to) {
-  struct stat info {};
-  struct stat made {};
-  if (fstat(fileno(from), &info) != 0 || fstat(fileno(to), &made) != 0) return;
-  if (!S_ISREG(made.st_mode)) return;
-  [[maybe_unused]] const int owned = fchown(fileno(to), info.st_uid, info.st_gid);
-  fchmod(fileno(to), info.st_mode & 07777);
+  bool written = true;
+  const bool read = kwinst::ForEachPiece<2048>(from, [&](string_view line) {
+    written =
+        Matches(line, text, atStart) || std::fwrite(line.data(), 1, line.size(), to) == line.size();
+    return written;
+  });
+  return read && written;
 }
 
 /// Writes the lines of `file` without `text` to a new file. False when that fails.
@@ -44,7 +34,9 @@ bool WriteOtherLines(const char* file, const std::string& newFile, string_view t
   std::FILE* to = nullptr;
   if (from == nullptr || TEVFOpen(newFile.c_str(), "w", &to) != 0) return false;
   const bool copied = CopyOtherLines(from.get(), to, text, atStart);
-  if (copied) CopyOwnerAndMode(from.get(), to);
+  struct stat origin {};
+  // The owner is kept where that is allowed.
+  if (copied && fstat(fileno(from.get()), &origin) == 0) kwinst::CopyOwnerAndMode(origin, to);
   return TEVFClose(to) == 0 && copied;
 }
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "ports/line_table.h"
+#include "ports/system_file.h"
 #include "report/message.h"
 
 namespace kwinst {
@@ -70,7 +71,7 @@ InetdOutcome RegisterInInetd(const std::string& service, const std::string& line
   size_t lines = 0;
   bool found = false;
   bool stands = false;
-  const bool read = ForEachPiece(file.get(), [&](std::string_view piece) {
+  const bool read = ForEachPiece<kSlotSize>(file.get(), [&](std::string_view piece) {
     ++lines;
     found = found || BeginsWith(piece, service);
     stands = piece == standing;

@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <cstdio>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,38 +13,8 @@
 
 namespace kwinst {
 
-/// The system file /etc/NAME, or its copy VRK_ODT_TMP/NAME when VRK_ODT_IN and VRK_ODT_OUT are both
-/// set. None when there should be a copy and VRK_ODT_TMP is unset.
-std::optional<std::string> SystemFile(const std::string& name);
-
-/// Opens a stream. Null when that fails, or for a pipe or a device, with the system's text for the
-/// reason in `*error`.
-InputFile OpenSystemFile(const std::string& path, const char* mode, std::string* error);
-
-/// Removes `copy` when it is a link to something else, or `path` itself under another name: to
-/// write a copy there would overwrite what it leads to.
-void DropLink(const std::string& copy, const std::string& path);
-
 /// Size of a line in a table: a longer line is split into pieces of one character less.
 constexpr size_t kSlotSize = 1024;
-
-/// Calls `use(piece)` with each line or piece of the file, until it returns false. False when the
-/// file cannot be read; errno then tells why.
-template <typename Use>
-bool ForEachPiece(std::FILE* file, Use use) {
-  PieceReader reader(file, kSlotSize - 1);
-  for (std::string_view piece = reader.Next(); !piece.empty(); piece = reader.Next()) {
-    if (!use(piece)) break;
-  }
-  return std::ferror(file) == 0;
-}
-
-bool BeginsWith(std::string_view text, std::string_view prefix);
-
-/// Adds whole lines at the end of a file that is open for reading and writing, after a newline if
-/// its last line lacks one, and closes it. Adds nothing when `lines` is empty. False when not all
-/// could be stored; the file at `path` then is as long as it was.
-bool AppendAndClose(InputFile file, const std::string& path, const std::string& lines);
 
 /// What takes the place of each line that begins with `name`.
 struct Replacement {

@@ -9,8 +9,11 @@
 #include "kwinstutil/ports.h"
 #include "ports/inetd_file.h"
 #include "ports/line_table.h"
+#include "ports/system_file.h"
 #include "support/format.h"
 #include "support/tree_paths.h"
+
+using kwinst::kSlotSize;
 
 namespace {
 
@@ -32,7 +35,7 @@ int SatUpdateService(TEVUnicodeString& /*message*/) noexcept {
   if (!path) return -1;
   bool found = false;
   if (const kwinst::InputFile file = kwinst::OpenForReading(path->c_str()); file != nullptr) {
-    const bool read = kwinst::ForEachPiece(file.get(), [&found](std::string_view piece) {
+    const bool read = kwinst::ForEachPiece<kSlotSize>(file.get(), [&found](std::string_view piece) {
       found = piece.find(kService) != std::string_view::npos;
       return !found;
     });

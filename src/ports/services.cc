@@ -12,11 +12,13 @@
 #include "kwinstutil/ports.h"
 #include "ports/inetd_file.h"
 #include "ports/line_table.h"
+#include "ports/system_file.h"
 #include "report/message.h"
 #include "support/format.h"
 
 using kwinst::Format;
 using kwinst::InputFile;
+using kwinst::kSlotSize;
 using kwinst::LineTable;
 using kwinst::MessageFrame;
 
@@ -121,7 +123,7 @@ int CheckNeedUpdateServices(char* inetdFile, char* installDir) noexcept {
   const InputFile file = kwinst::OpenForReading(inetdFile);
   if (file == nullptr) return 1;
   bool found = false;
-  kwinst::ForEachPiece(file.get(), [&entry, &found](std::string_view piece) {
+  kwinst::ForEachPiece<kSlotSize>(file.get(), [&entry, &found](std::string_view piece) {
     if (piece.back() == '\n') piece.remove_suffix(1);
     found = piece == entry;
     return !found;
@@ -136,7 +138,7 @@ int CheckEtcServices(int mode) noexcept {
   if (file == nullptr) return -1;
   Found found{};
   bool all = false;
-  kwinst::ForEachPiece(file.get(), [mode, &found, &all](std::string_view piece) {
+  kwinst::ForEachPiece<kSlotSize>(file.get(), [mode, &found, &all](std::string_view piece) {
     Look(piece, &found);
     all = mode == 100 ? found[kBulletinBoard] && found[kRun] : found[kBroker];
     return !all;
@@ -182,7 +184,7 @@ int UpdateNewPorts(int bbPort, int runPort, int brokerPort, char* servicesFile,
   };
   std::string error;
   InputFile file = kwinst::OpenSystemFile(servicesFile, "r+", &error);
-  if (file != nullptr && !kwinst::ForEachPiece(file.get(), first_pass)) {
+  if (file != nullptr && !kwinst::ForEachPiece<kSlotSize>(file.get(), first_pass)) {
     error = std::strerror(errno);
   }
   if (!error.empty()) {

@@ -1,6 +1,5 @@
 #include "support/text_file.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -31,6 +30,14 @@ InputFile OpenForReading(const char* path) {
   return InputFile(file);
 }
 
+bool CopyOwnerAndMode(const struct stat& origin, std::FILE* file) {
+  struct stat now {};
+  if (fstat(fileno(file), &now) != 0 || !S_ISREG(now.st_mode)) return false;
+  const bool owned = (now.st_uid == origin.st_uid && now.st_gid == origin.st_gid) ||
+                     fchown(fileno(file), origin.st_uid, origin.st_gid) == 0;
+  return fchmod(fileno(file), origin.st_mode & 07777) == 0 && owned;
+}
+
 void CutBack(const char* path, off_t length) {
   struct stat now {};
   if (stat(path, &now) != 0 || !S_ISREG(now.st_mode) || now.st_size <= length) return;
@@ -51,6 +58,10 @@ std::string_view PieceReader::Next() {
   const std::string_view piece = unread_.substr(0, length);
   unread_.remove_prefix(length);
   return piece;
+}
+
+bool BeginsWith(std::string_view text, std::string_view prefix) {
+  return text.substr(0, prefix.size()) == prefix;
 }
 
 void CutNewline(char* line) { line[std::strcspn(line, "\n")] = '\0'; }

@@ -2,7 +2,7 @@
 #define KWINSTUTIL_SUPPORT_TEXT_FILE_H_
 
 #include <kb0core/TEVFile.h>
-#include <sys/types.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <cstddef>
@@ -32,6 +32,10 @@ bool IsPipeOrDevice(const char* path);
 
 /// Opens a file for reading. Null, with errno set, when that fails, or it is a pipe or a device.
 InputFile OpenForReading(const char* path);
+
+/// Gives `file`, which is open and regular, the owner and the mode of another one. False when one
+/// of the two cannot be given; the mode is given all the same when the owner cannot.
+bool CopyOwnerAndMode(const struct stat& origin, std::FILE* file);
 
 /// Cuts the regular file `path` back to `length` bytes after a failed append. One that is not
 /// longer stays as it is; so does one that cannot be cut back.
@@ -65,6 +69,20 @@ class PieceReader {
   char buffer_[1 << 14];
   std::string_view unread_;  ///< in the buffer
 };
+
+/// Calls `use(piece)` with each line of a file, its newline included, until it returns false; a
+/// line of more than `Size` - 1 characters comes in pieces. False when the file cannot be read;
+/// errno then tells why.
+template <size_t Size, typename Use>
+bool ForEachPiece(std::FILE* file, Use use) {
+  PieceReader reader(file, Size - 1);
+  for (std::string_view piece = reader.Next(); !piece.empty(); piece = reader.Next()) {
+    if (!use(piece)) break;
+  }
+  return std::ferror(file) == 0;
+}
+
+bool BeginsWith(std::string_view text, std::string_view prefix);
 
 /// Cuts a line at its newline.
 void CutNewline(char* line);
