@@ -151,6 +151,9 @@ TEST_F(PortsTest, ExportsTheMetaSearch) {
                          "login", "pw",   -1,   "a,b",  1025, nullptr, "12:00"};
   EXPECT_EQ(TEVInsCheckMetasearch(&data, &message_), 1);
   EXPECT_EQ(Env(names, "MetaSearch"), "1024;host;login;pw;mail;0;en;NO;proxy;-1;a,b;;12:00;1025;");
+  data.email = std::getenv("MetaSearchServer");  // in an entry that is written over
+  EXPECT_EQ(TEVInsCheckMetasearch(&data, &message_), 1);
+  EXPECT_EQ(Env({"Email"}, "MetaSearch"), "host;");
   Take(2000);
   const std::string too_long(127 - 15, 'x');
   MetaSearchData bad[] = {data, data, data, data};
@@ -163,6 +166,7 @@ TEST_F(PortsTest, ExportsTheMetaSearch) {
               &b < &bad[2] ? Message("ErrWndOrbixPortNotFree", "2000", "2001") : kUntouched);
     EXPECT_EQ(Env(names, "MetaSearch"), std::string(14, ';'));
   }
+  data.email = nullptr;
   data.enableProxy = 2;
   EXPECT_EQ(TEVInsCheckMetasearch(&data, &message_), 1);
   EXPECT_EQ(Env({"EnableProxy"}, "MetaSearch"), "YES;");

@@ -40,7 +40,8 @@ KWINSTUTIL_EXPORT extern int TCKBootInit;
 
 // Export. An entry, its key and "=" included, that does not fit its buffer is refused without a
 // message. A call that refuses something leaves the entries of what it refuses as they were. The
-// same status -1, without a message, tells that the environment has no memory for an entry.
+// same status -1, without a message, is returned when the environment has no memory for an entry;
+// those before it are exported then.
 
 /// Exports TEVMetasearchPath, TEVSharedWorkbookPath and TEVW3PublishPath, as they are given. Each
 /// path that is not null must be absolute, without blanks and tabs, and writable, or its nearest

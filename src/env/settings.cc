@@ -1,5 +1,4 @@
 #include <kb0core/TEVDirectory.h>
-#include <kb0core/TEVEnvironment.h>
 #include <kb0core/TEVFile.h>
 
 #include <cstring>
@@ -8,12 +7,13 @@
 #include "kwinstutil/dirs.h"
 #include "kwinstutil/env.h"
 #include "kwinstutil/ports.h"
-#include "ports/port_range.h"
+#include "ports/free_port.h"
 #include "report/message.h"
 #include "support/environment_entry.h"
 #include "support/format.h"
 #include "support/tree_paths.h"
 
+using kwinst::EnvironmentEntry;
 using kwinst::Format;
 using kwinst::MessageFrame;
 using kwinst::Publish;
@@ -56,17 +56,6 @@ std::string Entry(const char* key, const char* value) {
   return value == nullptr ? "" : std::string(key) + '=' + value;
 }
 
-template <size_t Size>
-bool Fits(const std::string& entry, const char (&/*buffer*/)[Size]) {
-  return entry.size() < Size;
-}
-
-/// Publishes an entry unless it is empty.
-template <size_t Size>
-bool PublishGiven(char (&buffer)[Size], const std::string& entry) {
-  return entry.empty() || Publish(buffer, entry);
-}
-
 void AppendTo(TEVUnicodeString* message, const TEVUnicodeString& text) {
   if (message != nullptr) message->Append(text);
 }
@@ -82,15 +71,15 @@ bool ExportDirectory(char (&buffer)[Size], const char* key, const char* path,
     AppendTo(message, syntax_message);
     return false;
   }
-  const std::string entry = Entry(key, path);
-  if (!Fits(entry, buffer)) return false;
+  const EnvironmentEntry entry(buffer, Entry(key, path));
+  if (!entry.fits()) return false;
   std::string copy = path;
   char examined[kwinst::kPathSize] = "";
   if (TEVInsCheckAccessDir(copy.data(), examined) != 0) {
     AppendTo(message, frame.Build("ErrWndNoWriteDir", {examined}));
     return false;
   }
-  return Publish(buffer, entry);
+  return Publish({entry});
 }
 
 /// Are the directories of the trees that are installed directories? Tells each that is none.
@@ -118,11 +107,9 @@ bool CheckServer(const char* name, int port, bool port_checked, TEVUnicodeString
     return false;
   }
   if (port_checked) return true;
-  const int found = GetFreePort(port, message, kwinst::kHighestPort);
-  if (found == -1) return false;
-  if (found == port) return true;
-  *message = frame.Build("ErrWndTCKPortNotFree", {port, found});
-  return false;
+  return kwinst::IsPortFree(port, kwinst::kHighestPort, message, [&](int next) {
+    return frame.Build("ErrWndTCKPortNotFree", {port, next});
+  });
 }
 
 }  // namespace
@@ -138,7 +125,7 @@ int ExportDataDirectories(char* metasearchPath, char* sharedWorkbookPath, char* 
 }
 
 int ExportJavaHome(char* javaHome, TEVUnicodeString* /*message*/) noexcept {
-  return Publish(EnvJavaHome, Entry("JAVA_HOME", javaHome == nullptr ? "" : javaHome)) ? 1 : -1;
+  return Publish({{EnvJavaHome, Entry("JAVA_HOME", javaHome == nullptr ? "" : javaHome)}}) ? 1 : -1;
 }
 
 int ExportK6(int installK6, char* k6CustDir, int k6LibraryChoice, int installDrx, char* drxCustDir,
@@ -148,17 +135,13 @@ int ExportK6(int installK6, char* k6CustDir, int k6LibraryChoice, int installDrx
   const bool drx = installDrx == 1;
   if (!CheckTrees(k6, k6CustDir, drx, drxCustDir, message)) return -1;
 
-  const std::string k6_entry = Entry("TEV_CUST", k6 ? k6CustDir : nullptr);
-  const std::string drx_entry = Entry("DRX_CUST", drx ? drxCustDir : nullptr);
-  if (!Fits(k6_entry, tev_cust) || !Fits(drx_entry, drx_cust)) return -1;
-
   const char* library = k6LibraryChoice == 1 ? "libK623" : "libK6243";
-  const bool exported =
-      TEVPutEnv(portal_k6panel) == 0 && PublishGiven(tev_cust, k6_entry) &&
-      PublishGiven(tev_versionlib, Entry("PORTAL_LIBK6", k6 ? library : nullptr)) &&
-      Publish(tev_to_install, Entry("TEV_TO_INSTALL", k6 ? "YES" : "NO")) &&
-      PublishGiven(drx_cust, drx_entry) &&
-      Publish(drx_to_install, Entry("DRX_TO_INSTALL", drx ? "YES" : "NO"));
+  const bool exported = Publish({EnvironmentEntry(portal_k6panel),
+                                 {tev_cust, Entry("TEV_CUST", k6 ? k6CustDir : nullptr)},
+                                 {tev_versionlib, Entry("PORTAL_LIBK6", k6 ? library : nullptr)},
+                                 {tev_to_install, Entry("TEV_TO_INSTALL", k6 ? "YES" : "NO")},
+                                 {drx_cust, Entry("DRX_CUST", drx ? drxCustDir : nullptr)},
+                                 {drx_to_install, Entry("DRX_TO_INSTALL", drx ? "YES" : "NO")}});
   return exported ? 1 : -1;
 }
 
@@ -169,38 +152,27 @@ int ExportTCK(char* mode, char* serverName, int port, int bootInit, TEVUnicodeSt
       !CheckServer(serverName, port, portAlreadyChecked != 0, message)) {
     return -1;
   }
-  const std::string mode_entry = Entry("TCK_Mode", mode);
-  const std::string name_entry = Entry("TCK_ServerName", serverName);
-  if (!Fits(mode_entry, varTCKMode) || !Fits(name_entry, varTCKServerName)) return -1;
-
-  const bool exported = Publish(varTCKMode, mode_entry) && Publish(varTCKServerName, name_entry) &&
-                        Publish(varTCKServerPort, Format("TCK_ServerPort=%d", port)) &&
-                        Publish(varTCKBoot, Entry("TCK_BootInit", bootInit == 1 ? "1" : "0"));
+  const bool exported = Publish({{varTCKMode, Entry("TCK_Mode", mode)},
+                                 {varTCKServerName, Entry("TCK_ServerName", serverName)},
+                                 {varTCKServerPort, Format("TCK_ServerPort=%d", port)},
+                                 {varTCKBoot, Entry("TCK_BootInit", bootInit == 1 ? "1" : "0")}});
   return exported ? 1 : -1;
 }
 
 int ExportMorvelInfo(int information, char* unloadPath, char* envPath, char* envName,
                      TEVUnicodeString* /*message*/) noexcept {
-  if (information == 0) return Publish(EnvMorvelInfo, "MORVEL_INFORMATION=NO") ? 1 : -1;
-
-  const std::string name_entry = Entry("K7_ENV_NAME", envName);
-  const std::string unload_entry = Entry("K7_UNLOAD_PATH", unloadPath);
-  const std::string path_entry = Entry("K7_ENV_PATH", envPath);
-  if (!Fits(name_entry, EnvMorvelEnvName) || !Fits(unload_entry, EnvMorvelInfoPath) ||
-      !Fits(path_entry, EnvMorvelInfoEnvPath)) {
-    return -1;
-  }
-  const bool exported = Publish(EnvMorvelInfo, "MORVEL_INFORMATION=YES") &&
-                        PublishGiven(EnvMorvelEnvName, name_entry) &&
-                        PublishGiven(EnvMorvelInfoPath, unload_entry) &&
-                        PublishGiven(EnvMorvelInfoEnvPath, path_entry);
+  if (information == 0) return Publish({{EnvMorvelInfo, "MORVEL_INFORMATION=NO"}}) ? 1 : -1;
+  const bool exported = Publish({{EnvMorvelInfo, "MORVEL_INFORMATION=YES"},
+                                 {EnvMorvelEnvName, Entry("K7_ENV_NAME", envName)},
+                                 {EnvMorvelInfoPath, Entry("K7_UNLOAD_PATH", unloadPath)},
+                                 {EnvMorvelInfoEnvPath, Entry("K7_ENV_PATH", envPath)}});
   return exported ? 1 : -1;
 }
 
 int ExportServersTimeout(int minutes, TEVUnicodeString* message) noexcept {
   const MessageFrame frame;
   if (minutes >= kShortestTimeout && minutes <= kLongestTimeout) {
-    return Publish(TimeoutEnv, Format("SERVERS_TIMEOUT=%d", minutes)) ? 1 : -1;
+    return Publish({{TimeoutEnv, Format("SERVERS_TIMEOUT=%d", minutes)}}) ? 1 : -1;
   }
   if (message != nullptr) {
     const std::string text = Format(

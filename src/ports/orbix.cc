@@ -6,7 +6,7 @@
 #include <string>
 
 #include "kwinstutil/ports.h"
-#include "ports/port_range.h"
+#include "ports/free_port.h"
 #include "report/message.h"
 #include "support/environment_entry.h"
 #include "support/format.h"
@@ -71,19 +71,16 @@ int TEVInsCheckOrbixValue(int port, int base, int range, int boot,
   if (range >= kEnd - base) {
     return refuse(frame.Build("ErrBadServerRange2", {range, kEnd - base}));
   }
-  const int found = GetFreePort(port, message, kHighestDaemonPort);
-  if (found == -1) return 0;
-  if (found != port) {
-    return refuse(frame.Build("ErrWndOrbixPortNotFree", {port, found}));
-  }
+  const auto taken = [&](int next) { return frame.Build("ErrWndOrbixPortNotFree", {port, next}); };
+  if (!kwinst::IsPortFree(port, kHighestDaemonPort, message, taken)) return 0;
   if (port >= base) {
     return refuse(frame.Build("ErrWndOrbixServerBase", {base, port}));
   }
   const bool exported =
-      kwinst::Publish(varOrbixPort, Format("ORBIX_ItDaemonPort=%d", port)) &&
-      kwinst::Publish(varOrbixBase, Format("ORBIX_ItDaemonServerBase=%d", base)) &&
-      kwinst::Publish(varOrbixRange, Format("ORBIX_ItDaemonServerRange=%d", range)) &&
-      kwinst::Publish(varOrbixBoot, boot == 1 ? "ORBIX_BootInit=1" : "ORBIX_BootInit=0");
+      kwinst::Publish({{varOrbixPort, Format("ORBIX_ItDaemonPort=%d", port)},
+                       {varOrbixBase, Format("ORBIX_ItDaemonServerBase=%d", base)},
+                       {varOrbixRange, Format("ORBIX_ItDaemonServerRange=%d", range)},
+                       {varOrbixBoot, boot == 1 ? "ORBIX_BootInit=1" : "ORBIX_BootInit=0"}});
   return exported ? 1 : 0;
 }
 

@@ -9,7 +9,7 @@
 #include <initializer_list>
 
 #include "kwinstutil/ports.h"
-#include "ports/port_range.h"
+#include "ports/free_port.h"
 #include "report/message.h"
 
 using kwinst::kHighestPort;

@@ -17,10 +17,8 @@ char install_path[1024];
 
 /// Sets both variables; neither when one does not fit.
 bool SetEnvironment(const char* installDir) {
-  // The first entry is the longer one: when it fits, so does the second.
-  return kwinst::Publish(library_path,
-                         Format("%s=%s/code/bin", "LD_LIBRARYN32_PATH", installDir)) &&
-         kwinst::Publish(install_path, Format("TEVInstallPath=%s", installDir));
+  return kwinst::Publish({{library_path, Format("LD_LIBRARYN32_PATH=%s/code/bin", installDir)},
+                          {install_path, Format("TEVInstallPath=%s", installDir)}});
 }
 
 std::string CommandFor(const std::string& program, const char* logFile) {
