@@ -10,9 +10,11 @@
 #include <vector>
 
 #include "console.h"
+#include "files.h"
 #include "nearest.h"
 #include "option_table.h"
 #include "options.h"
+#include "refusal.h"
 
 namespace fs = std::filesystem;
 

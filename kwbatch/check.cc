@@ -5,6 +5,8 @@
 #include <sstream>
 
 #include "journal.h"
+#include "paths.h"
+#include "refusal.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;

@@ -7,11 +7,6 @@
 #include "medium.h"
 #include "options.h"
 
-/// The refusal of a medium that has nothing more to install.
-struct NothingToInstall : Refusal {
-  using Refusal::Refusal;
-};
-
 /// Asks the library whether the medium may be installed on the target, whose path is in the form of
 /// TargetPath. `code_tree` is the code that an SDK belongs to. Throws a Refusal in the library's
 /// own words. Writes nothing to the trees.

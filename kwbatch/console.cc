@@ -2,12 +2,10 @@
 
 #include <unistd.h>
 
-#include <algorithm>
-#include <cctype>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <fstream>
+
+#include "refusal.h"
 
 namespace {
 
@@ -43,28 +41,6 @@ void Print(const std::string& text, std::FILE* stream) {
 }
 
 }  // namespace
-
-void RequirePlainPath(const std::string& what, const std::string& path) {
-  const auto plain = [](unsigned char c) {
-    return c >= 0x80 || std::isalnum(c) != 0 || std::strchr("/._-+,=@%:", c) != nullptr;
-  };
-  if (!path.empty() && path[0] != '-' && std::all_of(path.begin(), path.end(), plain)) return;
-  throw Refusal("The " + what + " \"" + path +
-                "\" cannot be used: it is empty, starts with \"-\", or holds blanks or characters "
-                "that mean something to the shell.\n");
-}
-
-void RequirePlainName(const std::string& what, const std::string& name) {
-  RequirePlainPath(what, name);
-  if (name != "." && name != ".." && name.find('/') == std::string::npos) return;
-  throw Refusal("The " + what + " \"" + name + "\" cannot be used: it is no file name.\n");
-}
-
-bool AppendToFile(const std::string& path, const std::string& text) {
-  std::ofstream file(path, std::ios::app);
-  file << text;
-  return static_cast<bool>(file.flush());
-}
 
 void BeQuiet() {
   std::FILE* copy = fdopen(dup(STDOUT_FILENO), "w");

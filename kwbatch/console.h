@@ -1,28 +1,7 @@
 #ifndef KWBATCH_CONSOLE_H_
 #define KWBATCH_CONSOLE_H_
 
-#include <kb0core/TEVUnicodeString.h>
-
-#include <stdexcept>
 #include <string>
-
-/// Ends the command with exit status 1; what() is told to the user.
-struct Refusal : std::runtime_error {
-  using std::runtime_error::runtime_error;
-};
-
-/// A refusal in the library's own words.
-inline Refusal Refused(const TEVUnicodeString& message) { return Refusal(message.ConvertToChar()); }
-
-/// Refuses a path that the shell would read as more than one plain word: the library hands paths to
-/// the shell unquoted.
-void RequirePlainPath(const std::string& what, const std::string& path);
-
-/// Refuses a name from a medium that is not a plain word too, or would lead out of its directory.
-void RequirePlainName(const std::string& what, const std::string& name);
-
-/// Adds `text` to the end of a file, which is made when missing. False when it cannot be stored.
-bool AppendToFile(const std::string& path, const std::string& text);
 
 /// From now on nothing reaches standard output, not from programs that are run either, but by Show.
 void BeQuiet();

@@ -17,10 +17,13 @@
 
 #include "check.h"
 #include "console.h"
+#include "files.h"
 #include "journal.h"
 #include "log.h"
 #include "medium.h"
+#include "paths.h"
 #include "ports.h"
+#include "refusal.h"
 #include "service_pack.h"
 #include "settings.h"
 #include "transfer.h"

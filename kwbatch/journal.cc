@@ -6,6 +6,9 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "paths.h"
+#include "refusal.h"
+
 namespace {
 
 constexpr const char* kPhases[] = {"installing", "pending", "repairing", "undoing", "committing"};

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "console.h"
+#include "refusal.h"
 
 /// What kwbatch knows of the uncommitted service pack of a system directory: which it is, how far
 /// it has come, and what there was before. There is at most one, in the file control/SPK.journal.

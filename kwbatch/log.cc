@@ -10,6 +10,8 @@
 #include <iterator>
 
 #include "console.h"
+#include "paths.h"
+#include "refusal.h"
 
 namespace fs = std::filesystem;
 

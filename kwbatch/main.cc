@@ -8,9 +8,12 @@
 
 #include "check.h"
 #include "console.h"
+#include "files.h"
 #include "install.h"
 #include "log.h"
 #include "options.h"
+#include "paths.h"
+#include "refusal.h"
 #include "service_pack.h"
 #include "settings.h"
 #include "tasks.h"

@@ -5,6 +5,8 @@
 #include <filesystem>
 
 #include "console.h"
+#include "paths.h"
+#include "refusal.h"
 #include "tree.h"
 
 namespace {
@@ -44,14 +46,6 @@ Medium OpenSystem(const std::string& dir, const std::string& os) {
 }
 
 }  // namespace
-
-std::string MediumPath(const std::string& medium) {
-  RequirePlainPath("medium", medium);
-  std::string path = std::filesystem::absolute(medium).lexically_normal();
-  if (path.back() == '/') path.pop_back();
-  RequirePlainPath("medium", path);
-  return path;
-}
 
 std::vector<Medium> OpenMedium(const Options& options) {
   const std::string dir = MediumPath(options.words()[1]);

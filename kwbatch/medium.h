@@ -30,9 +30,6 @@ struct Content {
   std::vector<TEVINSPkg> kinds;
 };
 
-/// The full path of a medium, in a form that the library accepts. Throws a Refusal.
-std::string MediumPath(const std::string& medium);
-
 /// Opens the medium that is the command's first word: a directory with a table, or with the file
 /// OSUNIX and a directory with a table for each system that it names. With the option "os", only
 /// that system. Throws a Refusal.

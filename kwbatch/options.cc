@@ -8,6 +8,7 @@
 #include "answers.h"
 #include "nearest.h"
 #include "option_table.h"
+#include "refusal.h"
 
 namespace {
 

@@ -9,15 +9,16 @@
 #include <fstream>
 
 #include "console.h"
+#include "files.h"
 #include "medium.h"
+#include "paths.h"
+#include "refusal.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
 constexpr int kUsualPort = 20050;  ///< of the bulletin board; the others follow it
-
-bool Exists(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 0; }
 
 /// The path of a system file: in the scratch directory, or below /etc.
 std::string SystemFile(const std::string& name) {

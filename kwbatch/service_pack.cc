@@ -18,9 +18,12 @@
 
 #include "check.h"
 #include "console.h"
+#include "files.h"
 #include "journal.h"
 #include "log.h"
 #include "medium.h"
+#include "paths.h"
+#include "refusal.h"
 #include "transfer.h"
 #include "tree.h"
 
@@ -29,54 +32,6 @@ namespace fs = std::filesystem;
 namespace {
 
 using Phase = Journal::Phase;
-
-/// Links are not followed: one that leads nowhere is there.
-bool IsThere(const std::string& path) {
-  TEVFileInfo info;
-  if (TEVGetFileInfo(path.c_str(), &info) == 0) return true;
-  if (errno == ENOENT || errno == ENOTDIR) return false;
-  throw Refusal("The file " + path + " cannot be looked at.\n");
-}
-
-/// Deletes a file that may be missing. Throws a Refusal when it stays.
-void Delete(const std::string& path) {
-  if (IsThere(path) && TEVDeleteFile(path.c_str()) != 0) {
-    throw Refusal("The file " + path + " cannot be deleted.\n");
-  }
-}
-
-void Write(const std::string& path, const std::string& text) {
-  Delete(path);
-  if (!AppendToFile(path, text)) throw Refusal("The file " + path + " cannot be written.\n");
-}
-
-std::vector<std::string> Lines(const std::string& path) {
-  std::vector<std::string> lines;
-  std::ifstream file(path);
-  for (std::string line; std::getline(file, line);) lines.push_back(line);
-  return lines;
-}
-
-/// A directory that lasts as long as the object.
-class TemporaryDirectory {
- public:
-  TemporaryDirectory() {
-    std::string name = "/tmp/kwbatch-XXXXXX";
-    if (mkdtemp(name.data()) == nullptr) throw Refusal("No temporary directory can be made.\n");
-    path_ = name;
-  }
-  ~TemporaryDirectory() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-  }
-  TemporaryDirectory(const TemporaryDirectory&) = delete;
-  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
-
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_;
-};
 
 /// The directory below the library's temporary one in which it unpacks and looks for the list of a
 /// pack. It must be ours alone, since its name can be guessed.
@@ -242,8 +197,8 @@ Contents ReadArchive(const std::string& archive, const std::string& root, const 
                         ".toc && " + tar + "t" + file + "> members";
   TEVUnicodeString message;
   if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
-  return {Lines(temp.path() + "/" + list), Lines(temp.path() + "/" + list + ".toc"),
-          Lines(temp.path() + "/members")};
+  return {LinesOf(temp.path() + "/" + list), LinesOf(temp.path() + "/" + list + ".toc"),
+          LinesOf(temp.path() + "/members")};
 }
 
 /// What the archive of a pack will do to the system directory. Nothing is changed.

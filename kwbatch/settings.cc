@@ -3,6 +3,8 @@
 #include <kwinstutil/kwinstutil.h>
 
 #include "console.h"
+#include "paths.h"
+#include "refusal.h"
 #include "tree.h"
 
 namespace {

@@ -3,6 +3,7 @@
 #include <kwinstutil/kwinstutil.h>
 
 #include "console.h"
+#include "paths.h"
 #include "tree.h"
 
 void ListTasks(const Options& options) {

@@ -1,6 +1,7 @@
 #include "transfer.h"
 
 #include "console.h"
+#include "refusal.h"
 #include "tree.h"
 
 void Transfer(const Medium& medium, std::string name, std::string target, int languages, Log& log) {

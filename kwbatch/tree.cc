@@ -1,26 +1,14 @@
 #include "tree.h"
 
-#include <kb0core/TEVFile.h>
-
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <utility>
 
 #include "console.h"
+#include "files.h"
+#include "paths.h"
+#include "refusal.h"
 
 namespace fs = std::filesystem;
-
-namespace {
-
-bool IsTable(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 0; }
-
-std::string TableText(const std::string& system_dir) {
-  std::ifstream file(system_dir + "/control/PRESENT", std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
-}  // namespace
 
 bool IsSdk(const Medium& medium) {
   return medium.kind == MediumKind::kSdk || medium.kind == MediumKind::kSdkServicePack;
@@ -38,17 +26,6 @@ std::vector<std::string> SystemsOf(const std::string& dir) {
   return systems;
 }
 
-std::string TargetPath(const std::string& target) {
-  TEVUnicodeString path = target.c_str();
-  TEVUnicodeString message;
-  TEVInsSuppressSlashDir(&path);
-  if (TEVInsCheckSyntaxDir(&path, &message) != 0) throw Refused(message);
-  std::string accepted = path.ConvertToChar();
-  if (accepted.size() > 1 && accepted.back() == '/') accepted.pop_back();
-  RequirePlainPath("target directory", accepted);
-  return accepted;
-}
-
 std::string SystemDir(const Medium& medium, const std::string& target) {
   return IsSdk(medium) ? target : target + "/" + medium.os;
 }
@@ -59,7 +36,7 @@ std::vector<std::string> SystemDirs(const Options& options, const std::string& t
   for (const std::string& os : systems) {
     if (!options.Has("os") || options.Text("os") == os) dirs.push_back(target + "/" + os);
   }
-  const bool sdk = systems.empty() && IsTable(target + "/control/PRESENT");
+  const bool sdk = systems.empty() && Exists(target + "/control/PRESENT");
   if (sdk && !options.Has("os")) dirs.push_back(target);
   const std::string what = options.Has("os") ? "Nothing for " + options.Text("os") : "Nothing";
   if (dirs.empty()) throw Refusal(what + " is installed in " + target + ".\n");
@@ -72,18 +49,18 @@ std::string InstalledSystem(const std::string& target) {
   // The list is written when all systems have their tables.
   std::error_code ignored;
   for (const auto& entry : fs::directory_iterator(target, ignored)) {
-    if (IsTable(entry.path() / "control/PRESENT")) return entry.path().filename();
+    if (Exists(entry.path() / "control/PRESENT")) return entry.path().filename();
   }
   return "";
 }
 
 void RequireTree(const std::string& dir) {
-  if (IsTable(dir + "/control/PRESENT") || !InstalledSystem(dir).empty()) return;
+  if (Exists(dir + "/control/PRESENT") || !InstalledSystem(dir).empty()) return;
   throw Refusal("Nothing is installed in " + dir + ".\n");
 }
 
 std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir) {
-  if (TEVFileAccess(system_dir.c_str(), 0) != 0) return nullptr;
+  if (!Exists(system_dir)) return nullptr;
   std::string path = system_dir;
   TEVINSInstToc* toc = nullptr;
   TEVUnicodeString message;
@@ -100,14 +77,14 @@ void TellInterrupted(const Medium& medium, const std::string& target) {
 }
 
 bool HasFragment(const std::string& system_dir) {
-  const std::string text = TableText(system_dir);
+  const std::string text = TextOf(system_dir + "/control/PRESENT");
   return !text.empty() && text.back() != '\n';
 }
 
 void CutFragment(const std::string& system_dir, int64_t before) {
   if (!HasFragment(system_dir)) return;
   const std::string present = system_dir + "/control/PRESENT";
-  const std::string text = TableText(system_dir);
+  const std::string text = TextOf(system_dir + "/control/PRESENT");
   const size_t whole = text.rfind('\n') == std::string::npos ? 0 : text.rfind('\n') + 1;
   // The table may have had no newline at its end before.
   const auto size = static_cast<size_t>(before);

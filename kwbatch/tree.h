@@ -17,10 +17,6 @@ bool IsSdk(const Medium& medium);
 /// The names of the operating systems in DIR/OSUNIX; none for an SDK tree.
 std::vector<std::string> SystemsOf(const std::string& dir);
 
-/// Brings the target into a form that the library accepts: absolute, without blanks and doubled
-/// separators. Throws a Refusal.
-std::string TargetPath(const std::string& target);
-
 /// The directory in the target that holds what comes from the medium: that of its operating system,
 /// or the target itself for the SDK.
 std::string SystemDir(const Medium& medium, const std::string& target);

@@ -1,0 +1,61 @@
+#include "files.h"
+
+#include <kb0core/TEVFile.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+#include "refusal.h"
+
+bool Exists(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 0; }
+
+bool IsThere(const std::string& path) {
+  TEVFileInfo info;
+  if (TEVGetFileInfo(path.c_str(), &info) == 0) return true;
+  if (errno == ENOENT || errno == ENOTDIR) return false;
+  throw Refusal("The file " + path + " cannot be looked at.\n");
+}
+
+void Delete(const std::string& path) {
+  if (IsThere(path) && TEVDeleteFile(path.c_str()) != 0) {
+    throw Refusal("The file " + path + " cannot be deleted.\n");
+  }
+}
+
+void Write(const std::string& path, const std::string& text) {
+  Delete(path);
+  if (!AppendToFile(path, text)) throw Refusal("The file " + path + " cannot be written.\n");
+}
+
+bool AppendToFile(const std::string& path, const std::string& text) {
+  std::ofstream file(path, std::ios::app);
+  file << text;
+  return static_cast<bool>(file.flush());
+}
+
+std::string TextOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::string> LinesOf(const std::string& path) {
+  std::vector<std::string> lines;
+  std::ifstream file(path);
+  for (std::string line; std::getline(file, line);) lines.push_back(line);
+  return lines;
+}
+
+TemporaryDirectory::TemporaryDirectory() {
+  std::string name = "/tmp/kwbatch-XXXXXX";
+  if (mkdtemp(name.data()) == nullptr) throw Refusal("No temporary directory can be made.\n");
+  path_ = name;
+}
+
+TemporaryDirectory::~TemporaryDirectory() {
+  std::error_code ignored;
+  std::filesystem::remove_all(path_, ignored);
+}

@@ -1,0 +1,47 @@
+#ifndef KWBATCH_FILES_H_
+#define KWBATCH_FILES_H_
+
+#include <string>
+#include <vector>
+
+/// \file
+/// What kwbatch itself does to files.
+
+/// Does the path lead to a file or a directory? A link that leads nowhere does not.
+bool Exists(const std::string& path);
+
+/// Is there an entry of this name? Links are not followed. Throws a Refusal when it cannot be
+/// looked at.
+bool IsThere(const std::string& path);
+
+/// Deletes a file that may be missing. Throws a Refusal when it stays.
+void Delete(const std::string& path);
+
+/// Makes a file of this text in the place of what was there. Throws a Refusal.
+void Write(const std::string& path, const std::string& text);
+
+/// Adds `text` to the end of a file, which is made when missing. False when it cannot be stored.
+bool AppendToFile(const std::string& path, const std::string& text);
+
+/// The content of a file; empty when it cannot be read.
+std::string TextOf(const std::string& path);
+
+/// The lines of a file without their newlines; none when it cannot be read.
+std::vector<std::string> LinesOf(const std::string& path);
+
+/// A directory that lasts as long as the object, and that nobody else can enter.
+class TemporaryDirectory {
+ public:
+  /// Throws a Refusal.
+  TemporaryDirectory();
+  ~TemporaryDirectory();
+  TemporaryDirectory(const TemporaryDirectory&) = delete;
+  TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
+
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+#endif  // KWBATCH_FILES_H_

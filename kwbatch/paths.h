@@ -1,0 +1,23 @@
+#ifndef KWBATCH_PATHS_H_
+#define KWBATCH_PATHS_H_
+
+#include <string>
+
+/// \file
+/// Paths and names from outside, brought into a form that the library accepts. It hands paths to
+/// the shell unquoted, so each must be one plain word.
+
+/// Throws a Refusal for a path that the shell would read as anything but one plain word. `what`
+/// says in the message what the path is.
+void RequirePlainPath(const std::string& what, const std::string& path);
+
+/// The same for a name from a medium, which must not lead out of its directory either.
+void RequirePlainName(const std::string& what, const std::string& name);
+
+/// The full path of a medium. Throws a Refusal.
+std::string MediumPath(const std::string& medium);
+
+/// The path of a target: absolute, without blanks and doubled separators. Throws a Refusal.
+std::string TargetPath(const std::string& target);
+
+#endif  // KWBATCH_PATHS_H_
