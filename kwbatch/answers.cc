@@ -30,8 +30,8 @@ Found FindOption(const std::string& file, const std::string& name, const std::st
   std::vector<std::string> known;
   for (const OptionGroup& group : OptionGroups()) {
     for (const OptionSpec& option : group.options) {
-      if (option.name == name) return {&option, group.IsFor(command)};
-      known.emplace_back(option.name);
+      if (option.name.text == name) return {&option, group.IsFor(command)};
+      known.emplace_back(option.name.text);
     }
   }
   throw UsageError(file + ": there is no option \"" + name + "\"" + DidYouMean("", name, known));
@@ -81,10 +81,10 @@ std::string AnswersText(const OptionValues& values) {
   for (const OptionGroup& group : OptionGroups()) {
     if (section != group.title) text += std::string("\n[") + (section = group.title) + "]\n";
     for (const OptionSpec& option : group.options) {
-      const auto given = values.find(option.name);
+      const auto given = values.find(option.name.text);
       text += std::string("; ") + option.help + "\n";
-      text += given == values.end() ? std::string(";") + option.name + " =\n"
-                                    : option.name + (" = " + Quoted(given->second)) + "\n";
+      text += given == values.end() ? std::string(";") + option.name.text + " =\n"
+                                    : option.name.text + (" = " + Quoted(given->second)) + "\n";
     }
   }
   return text;

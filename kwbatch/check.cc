@@ -1,211 +1,68 @@
-#include "check.h"
+#include <string>
+#include <utility>
+#include <vector>
 
-#include <algorithm>
-#include <filesystem>
-#include <sstream>
-
+#include "commands.h"
+#include "console.h"
 #include "journal.h"
-#include "paths.h"
-#include "refusal.h"
+#include "medium.h"
+#include "pack.h"
+#include "plan.h"
+#include "ports.h"
+#include "request.h"
+#include "settings.h"
 #include "tree.h"
-
-namespace fs = std::filesystem;
+#include "unfinished.h"
 
 namespace {
 
-/// Some checks leave a file of this name in the current directory; this one is removed again.
-class ReportFile {
- public:
-  ReportFile() : was_there_(fs::exists("NUL")) {}
-  ~ReportFile() {
-    std::error_code ignored;
-    if (!was_there_) fs::remove("NUL", ignored);
+/// Says that an interrupted run of the medium may be taken up again.
+void TellInterrupted(const Medium& medium, const std::string& target) {
+  Say("The installation of " + medium.dir + " in " + SystemDir(medium, target) +
+      " was interrupted, and may be taken up again.");
+}
+
+/// For the media of a service pack or a hot fix.
+void CheckUpdate(const Request& request, std::vector<Medium> media) {
+  const std::string& target = request.target;
+  const bool hot_fix = media.front().kind == MediumKind::kHotFix;
+  const std::string system_dir = SystemDir(media.front(), target);
+  if (media.size() == 1 && Journal::Read(system_dir) && HasFragment(system_dir)) {
+    return TellInterrupted(media.front(), target);
   }
-  ReportFile(const ReportFile&) = delete;
-  ReportFile& operator=(const ReportFile&) = delete;
-
- private:
-  bool was_there_;
-};
-
-/// Throws the message unless the check passed.
-void Require(bool passed, const TEVUnicodeString& message) {
-  if (!passed) throw Refused(message);
-}
-
-bool HasOnlyDirectories(const std::string& target) {
-  std::error_code error;
-  for (const auto& entry : fs::recursive_directory_iterator(target, error)) {
-    if (entry.is_symlink() || !entry.is_directory()) return false;
+  const Medium medium = InstallableUpdate(std::move(media), request, hot_fix);
+  if (hot_fix) {
+    UpdateName(medium);
+  } else {
+    PackToInstall(medium, target);
   }
-  return !error;
+  Say(medium.dir + " may be installed in " + SystemDir(medium, target) + ".");
 }
 
-void RequireTarget(const Medium& medium, const std::string& target) {
-  TEVUnicodeString message;
-  const std::string installed = InstalledSystem(target);
-  const std::string system = installed.empty() ? medium.os : installed;
-  const char* sub_dir = medium.kind == MediumKind::kSdk ? "." : system.c_str();
-  const int status = TEVInsCheckEmptyDir(target.c_str(), sub_dir, &message);
-  // An installation that has made nothing but directories yet may be taken up again.
-  Require(status > 0 || (status == -2 && HasOnlyDirectories(target)), message);
-}
-
-void RequireProducts(const Medium& medium, const std::string& target) {
-  RequireTarget(medium, target);
-  const std::vector<std::string> systems = SystemsOf(target);
-  const bool has_system = std::count(systems.begin(), systems.end(), medium.os) > 0;
-  // A medium for one system only is for a tree of that system.
-  const bool adds_system = !has_system && medium.of_several;
-  if (systems.empty()) return;
-  const std::string system = has_system ? medium.os : systems.front();
-  const auto installed = OpenInstalled(target + "/" + system);
-  if (installed == nullptr) return;
-  TEVUnicodeString message;
-  if (adds_system) {
-    std::string tree = target;
-    const char* level = medium.toc->GetGALevel();
-    Require(TEVInsCheckInstallCode(tree.data(), level, &message) == 1, message);
-    return;
+/// For all other media.
+void CheckInstallation(const Options& options, const Request& request, std::vector<Medium> media) {
+  for (const Medium& medium : media) {
+    if (IsUnfinished(medium, request.target) && HasFragment(SystemDir(medium, request.target))) {
+      return TellInterrupted(medium, request.target);
+    }
   }
-  Require(TEVInsCheckPrereq(installed.get(), medium.toc.get(), &message) == 1, message);
-  if (TEVInsCheckInstall(code, installed.get(), medium.toc.get(), &message) == 0) {
-    throw NothingToInstall(message.ConvertToChar());
+  const Plan plan = MakePlan(request, std::move(media));
+  // The library checks a setting where it exports it. Nothing is started here that would read it.
+  ExportSettings(options);
+  for (const Medium& medium : plan.media) {
+    Say(medium.dir + " may be installed in " + SystemDir(medium, request.target) + ".");
   }
-}
-
-void RequireSdk(const Medium& medium, const std::string& target, std::string code_tree) {
-  RequireTarget(medium, target);
-  TEVUnicodeString message;
-  const char* level = medium.toc->GetGALevel();
-  Require(TEVInsCheckInstallCode(code_tree.data(), level, &message) == 1, message);
-  const auto installed = OpenInstalled(target);
-  const auto installed_code = OpenInstalled(code_tree + "/" + medium.os);
-  if (installed != nullptr) {
-    Require(TEVInsCheckPrereqGA(installed.get(), medium.toc.get(), &message) == 1, message);
-  }
-  Require(
-      TEVInsCheckInstallZEB(installed.get(), medium.toc.get(), installed_code.get(), &message) == 1,
-      message);
-}
-
-/// The table of the system that the medium is for, which must be there.
-std::unique_ptr<TEVINSInstToc> RequireInstalled(const Medium& medium, const std::string& target) {
-  const std::vector<std::string> systems = SystemsOf(target);
-  const bool has_system = std::count(systems.begin(), systems.end(), medium.os) > 0;
-  if (systems.empty()) throw Refusal("Nothing is installed in " + target + ".\n");
-  auto installed = OpenInstalled(target + "/" + (has_system ? medium.os : systems.front()));
-  if (installed == nullptr) throw Refusal("Nothing is installed in " + target + ".\n");
-  return installed;
-}
-
-void RequireSamples(const Medium& medium, std::string target) {
-  TEVUnicodeString message;
-  const char* level = medium.toc->GetGALevel();
-  Require(TEVInsCheckInstallCode(target.data(), level, &message) == 1, message);
-  const auto installed = RequireInstalled(medium, target);
-  Require(TEVInsCheckPrereqGASP(installed.get(), medium.toc.get(), &message) == 1, message);
-  if (TEVInsCheckInstallSMP(installed.get(), medium.toc.get(), &message) == 0) {
-    throw NothingToInstall(message.ConvertToChar());
-  }
-}
-
-/// Asks whether a pack may follow what is installed: a higher level, or the same over damaged
-/// files.
-void RequirePackLevel(const Medium& medium, TEVINSInstToc* installed, std::string system_dir) {
-  // What is begun may be brought to its end, and nothing else.
-  const auto journal = Journal::Read(system_dir);
-  if (journal && journal->phase != Journal::Phase::kPending) return;
-  TEVUnicodeString message;
-  const int level = medium.toc->GetSPKLevel(1);
-  const int installed_level = installed->GetSPKLevel(1);
-  const int allowed = TEVInsCheckSPKLevel(level, installed_level, system_dir.data(), 0, &message);
-  Require(allowed > 0, message);
-  if (level > installed_level) return;
-
-  const TEVINSType type = IsSdk(medium) ? zeb2 : code;
-  std::ostringstream report;
-  TEVUnicodeString verdict;
-  if (TEVInsCheckIntegrityGA(installed, system_dir.data(), report, &verdict, IsSdk(medium)) == -3) {
-    return;
-  }
-  message = ("Service pack level " + std::to_string(level) + " is already installed.\n").c_str();
-  TEVInsCheckInstallSPK(type, installed, medium.toc.get(), &message);
-  throw NothingToInstall(message.ConvertToChar());
-}
-
-void RequireServicePack(const Medium& medium, const std::string& target) {
-  TEVUnicodeString message;
-  const auto installed = RequireInstalled(medium, target);
-  Require(TEVInsCheckPrereq(installed.get(), medium.toc.get(), &message) == 1, message);
-  RequirePackLevel(medium, installed.get(), SystemDir(medium, target));
-}
-
-void RequireSdkServicePack(const Medium& medium, std::string target, std::string code_tree) {
-  TEVUnicodeString message;
-  const auto installed = OpenInstalled(target);
-  if (installed == nullptr) throw Refusal("No SDK is installed in " + target + ".\n");
-  Require(TEVInsCheckPrereqGA(installed.get(), medium.toc.get(), &message) == 1, message);
-  Require(TEVInsCheckCodeLevel(medium.toc.get(), target.data(), &message) == 1, message);
-  std::string os = medium.os;
-  const int level = medium.toc->GetSPKLevel(1);
-  Require(TEVInsCheckInstallSPKCommitted(code_tree.data(), level, os.data(), &message) == 1,
-          message);
-  RequirePackLevel(medium, installed.get(), target);
-}
-
-void RequireHotFix(const Medium& medium, const std::string& target) {
-  TEVUnicodeString message;
-  const auto installed = RequireInstalled(medium, target);
-  std::string system_dir = SystemDir(medium, target);
-  Require(TEVInsCheckHFXLevel(installed.get(), medium.toc.get(), system_dir.data(), &message) == 1,
-          message);
-}
-
-/// Reports the damages of one system directory. True when there is none.
-bool VerifySystem(const std::string& system_dir, int sdk) {
-  const auto installed = OpenInstalled(system_dir);
-  if (installed == nullptr) {
-    Show("Nothing is installed in " + system_dir + ".");
-    return false;
-  }
-  std::ostringstream report;
-  TEVUnicodeString message;
-  std::string path = system_dir;
-  const int status = TEVInsCheckIntegrityGA(installed.get(), path.data(), report, &message, sdk);
-  const auto tell = status == 0 ? Say : Show;
-  tell(system_dir + ":");
-  if (!report.str().empty()) tell(report.str());
-  tell(message.ConvertToChar());
-  return status == 0;
+  TellRegistration(plan.ports, SystemDir(plan.media.front(), request.target));
 }
 
 }  // namespace
 
-void RequireInstallable(const Medium& medium, const std::string& target,
-                        const std::string& code_tree) {
-  const ReportFile removed;
-  switch (medium.kind) {
-    case MediumKind::kProducts:
-      return RequireProducts(medium, target);
-    case MediumKind::kSdk:
-      return RequireSdk(medium, target, code_tree);
-    case MediumKind::kSamples:
-      return RequireSamples(medium, target);
-    case MediumKind::kServicePack:
-      return RequireServicePack(medium, target);
-    case MediumKind::kSdkServicePack:
-      return RequireSdkServicePack(medium, target, code_tree);
-    case MediumKind::kHotFix:
-      return RequireHotFix(medium, target);
+void Check(const Options& options) {
+  const Request request = RequestOf(options);
+  std::vector<Medium> media = OpenMedium(request.medium, request.os);
+  if (IsUpdate(media.front().kind)) {
+    CheckUpdate(request, std::move(media));
+  } else {
+    CheckInstallation(options, request, std::move(media));
   }
-}
-
-void Verify(const Options& options) {
-  const std::string path = TargetPath(options.words()[1]);
-  bool intact = true;
-  for (const std::string& dir : SystemDirs(options, path)) {
-    intact = VerifySystem(dir, dir == path ? 1 : 0) && intact;
-  }
-  if (!intact) throw Refusal("The installation in " + path + " is damaged.\n");
 }

@@ -1,6 +1,7 @@
 #include "files.h"
 
 #include <kb0core/TEVFile.h>
+#include <kwinstutil/kwinstutil.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -35,6 +36,11 @@ bool AppendToFile(const std::string& path, const std::string& text) {
   std::ofstream file(path, std::ios::app);
   file << text;
   return static_cast<bool>(file.flush());
+}
+
+void WriteLine(std::string path, std::string text) {
+  TEVUnicodeString message;
+  if (TEVInsCreateFile(path.data(), text.data(), &message) != 1) throw Refused(message);
 }
 
 std::string TextOf(const std::string& path) {

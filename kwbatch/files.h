@@ -23,6 +23,10 @@ void Write(const std::string& path, const std::string& text);
 /// Adds `text` to the end of a file, which is made when missing. False when it cannot be stored.
 bool AppendToFile(const std::string& path, const std::string& text);
 
+/// Makes a file of this text and a newline in the place of what was there. Throws a Refusal in the
+/// library's words.
+void WriteLine(std::string path, std::string text);
+
 /// The content of a file; empty when it cannot be read.
 std::string TextOf(const std::string& path);
 

@@ -6,10 +6,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 #include "console.h"
+#include "files.h"
+#include "formats.h"
 #include "paths.h"
 #include "refusal.h"
 
@@ -35,13 +35,12 @@ std::string Printed(const std::function<void()>& print) {
 
 }  // namespace
 
-Log::Log(const Options& options, const std::string& header)
-    : name_(fs::path(options.Text("log")).filename()),
-      log_(options.Has("log") ? name_.data() : nullptr) {
-  if (options.Has("log")) {
-    OpenFile(options.Text("log"), header);
-  } else {
+Log::Log(const std::string& path, const std::string& header)
+    : name_(fs::path(path).filename()), log_(path.empty() ? nullptr : name_.data()) {
+  if (path.empty()) {
     OpenUsual(header);
+  } else {
+    OpenFile(path, header);
   }
 }
 
@@ -81,9 +80,8 @@ void Log::Write(const std::string& text) {
 }
 
 void Log::TakeErrors(std::string target) {
-  const std::string output = target + "/ErrorTar.log";
-  std::ifstream file(output, std::ios::binary);
-  Write(std::string(std::istreambuf_iterator<char>(file), {}));
+  const std::string output = target + "/" + kTarErrors;
+  Write(TextOf(output));
   TEVDeleteFile(output.c_str());
   // The side log lies in the target itself, which is where it is looked for with this type.
   Keep([&] { TEVInsTransferLogInfo(target.data(), "", zeb2, &log_); });

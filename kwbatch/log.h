@@ -6,16 +6,14 @@
 #include <functional>
 #include <string>
 
-#include "options.h"
-
 /// The installation log, opened, and closed with its trailer on every way out. What is written and
 /// the file does not take is shown instead, quiet or not, once the library has told of it on
 /// standard error.
 class Log {
  public:
-  /// Opens the file of the option "log", or the usual one. Throws a Refusal when it cannot be
-  /// opened.
-  Log(const Options& options, const std::string& header);
+  /// Opens the file at `path`, or the usual one when that is empty. Throws a Refusal when it cannot
+  /// be opened.
+  Log(const std::string& path, const std::string& header);
   ~Log();
   Log(const Log&) = delete;
   Log& operator=(const Log&) = delete;

@@ -1,17 +1,10 @@
 #include "medium.h"
 
-#include <kb0core/TEVFile.h>
-
-#include <filesystem>
-
-#include "console.h"
+#include "formats.h"
 #include "paths.h"
 #include "refusal.h"
-#include "tree.h"
 
 namespace {
-
-constexpr size_t kSystemNameLength = 15;  ///< of the names in the file OSUNIX
 
 MediumKind KindOf(TEVINSMediaToc* toc) {
   TEVUnicodeString message;
@@ -29,7 +22,7 @@ Medium OpenSystem(const std::string& dir, const std::string& os) {
   Medium medium;
   medium.dir = dir;
   medium.of_several = !os.empty();
-  std::string path = dir + "/TOC";
+  std::string path = dir + "/" + kMediumTable;
   TEVINSMediaToc* toc = nullptr;
   TEVUnicodeString message;
   const int status = InitMediaToc(path.data(), &toc, &message);
@@ -47,9 +40,23 @@ Medium OpenSystem(const std::string& dir, const std::string& os) {
 
 }  // namespace
 
-std::vector<Medium> OpenMedium(const Options& options) {
-  const std::string dir = MediumPath(options.words()[1]);
-  const std::string os = options.Text("os");
+bool IsSdk(const Medium& medium) {
+  return medium.kind == MediumKind::kSdk || medium.kind == MediumKind::kSdkServicePack;
+}
+
+std::vector<std::string> SystemsOf(const std::string& dir) {
+  std::vector<std::string> systems;
+  for (int index = 1; index <= static_cast<int>(kMostSystems); ++index) {
+    char name[kSystemNameLength + 1] = "";
+    TEVInsReadOSFile(dir.c_str(), index, name);
+    if (name[0] == '\0') continue;
+    RequirePlainName("operating system in " + dir + "/" + kSystemList, name);
+    systems.emplace_back(name);
+  }
+  return systems;
+}
+
+std::vector<Medium> OpenMedium(const std::string& dir, const std::string& os) {
   std::vector<Medium> media;
   const std::vector<std::string> systems = SystemsOf(dir);
   for (const std::string& system : systems) {
@@ -87,12 +94,4 @@ std::vector<std::string> PackagesOf(const TEVINSToc& toc, TEVINSType type, TEVIN
   names.reserve(static_cast<size_t>(list->GetNbName()));
   for (int i = 0; i < list->GetNbName(); ++i) names.emplace_back(list->GetName(i));
   return names;
-}
-
-std::string ArchiveOf(const Medium& medium, const std::string& component) {
-  const std::string plain = medium.dir + "/" + component;
-  for (const std::string& path : {plain + ".Z", plain}) {
-    if (TEVFileAccess(path.c_str(), 0) == 0) return path;
-  }
-  return "";
 }

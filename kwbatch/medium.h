@@ -7,8 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "options.h"
-
 enum class MediumKind { kProducts, kSdk, kSamples, kServicePack, kSdkServicePack, kHotFix };
 
 /// Does a medium of this kind change what is installed, instead of adding to it?
@@ -30,17 +28,21 @@ struct Content {
   std::vector<TEVINSPkg> kinds;
 };
 
-/// Opens the medium that is the command's first word: a directory with a table, or with the file
-/// OSUNIX and a directory with a table for each system that it names. With the option "os", only
-/// that system. Throws a Refusal.
-std::vector<Medium> OpenMedium(const Options& options);
+/// Does what comes from the medium go into an SDK tree?
+bool IsSdk(const Medium& medium);
+
+/// The names of the operating systems that the file OSUNIX of a medium or a tree lists; none
+/// without that file. Throws a Refusal.
+std::vector<std::string> SystemsOf(const std::string& dir);
+
+/// Opens the medium at a path in the form of MediumPath: a directory with a table, or with the file
+/// OSUNIX and a directory with a table for each system that it names. With `os`, only that system.
+/// Throws a Refusal.
+std::vector<Medium> OpenMedium(const std::string& dir, const std::string& os);
 
 Content ContentOf(MediumKind kind);
 
 /// The names of the packages of a type and kind.
 std::vector<std::string> PackagesOf(const TEVINSToc& toc, TEVINSType type, TEVINSPkg kind);
-
-/// The path of the component's archive, compressed or not, or empty when there is none.
-std::string ArchiveOf(const Medium& medium, const std::string& component);
 
 #endif  // KWBATCH_MEDIUM_H_

@@ -4,18 +4,20 @@
 #include <string>
 #include <vector>
 
+#include "names.h"
+
 /// An option that a command line or a file of answers may give.
 struct OptionSpec {
-  const char* name;   ///< without the dashes
+  OptionName name;
   const char* value;  ///< what its value is, "N" for a number; null for an option without one
   const char* help;
-  const char* needs = nullptr;  ///< the option without which it means nothing
+  OptionName needs = {nullptr};  ///< the option without which it means nothing
 };
 
 /// Options that the help shows together, and the commands that take them.
 struct OptionGroup {
   const char* title;
-  std::vector<std::string> commands;  ///< none means every command
+  std::vector<CommandName> commands;  ///< none means every command
   std::vector<OptionSpec> options;
 
   bool IsFor(const std::string& command) const;

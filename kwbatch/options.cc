@@ -17,7 +17,7 @@ constexpr const char* kExitStatus =
 
 /// What a command line gives, as CLI11 stores it.
 struct CommandLine {
-  std::vector<std::string> words;  ///< behind the command
+  std::map<std::string, std::string> words;  ///< behind the command, by name
   OptionValues values;
   std::string answers;       ///< the file of answers to read
   std::string save_answers;  ///< the one to write
@@ -35,7 +35,7 @@ CLI::Option* AddText(CLI::App* app, const std::string& name, const char* value, 
 
 void AddGroup(CLI::App* app, const OptionGroup& group, CommandLine& line) {
   for (const OptionSpec& option : group.options) {
-    const std::string name = option.name;
+    const std::string name = option.name.text;
     const auto store = [&line, name](const std::string& text) { line.values[name] = text; };
     CLI::Option* added =
         option.value != nullptr
@@ -64,23 +64,23 @@ void SetWording(CLI::App& app) {
   help.label("REQUIRED", "");
 }
 
-const char* HelpForWord(const std::string& word) {
-  if (word == "MEDIUM") return "directory with the table of contents and the archives";
-  if (word == "TARGET") return "directory of the installation";
-  if (word == "SYSTEM") return "directory of one operating system in the installation";
+const char* HelpForWord(const std::string& name) {
+  if (name == word::kMedium.text) return "directory with the table of contents and the archives";
+  if (name == word::kTarget.text) return "directory of the installation";
+  if (name == word::kSystem.text) return "directory of one operating system in the installation";
   return "name of a configuration";
 }
 
 void AddCommand(CLI::App& app, const Command& command, CommandLine& line) {
-  CLI::App* sub = app.add_subcommand(command.name, command.help)->group("Commands");
-  for (const char* word : command.words) {
-    const auto store = [&line](const std::string& text) { line.words.push_back(text); };
-    sub->add_option_function<std::string>(word, store, HelpForWord(word))
+  CLI::App* sub = app.add_subcommand(command.name.text, command.help)->group("Commands");
+  for (const WordName word : command.words) {
+    const auto store = [&line, word](const std::string& text) { line.words[word.text] = text; };
+    sub->add_option_function<std::string>(word.text, store, HelpForWord(word.text))
         ->required()
         ->type_name("");
   }
   for (const OptionGroup& group : OptionGroups()) {
-    if (group.IsFor(command.name)) AddGroup(sub, group, line);
+    if (group.IsFor(command.name.text)) AddGroup(sub, group, line);
   }
   AddAnswerFiles(sub, line);
   sub->footer(std::string("Examples:\n") + command.examples + "\n" + kExitStatus);
@@ -105,10 +105,10 @@ void RejectOption(const std::string& name, const CLI::App* command) {
   for (const OptionGroup& group : OptionGroups()) {
     const bool taken = command != nullptr && group.IsFor(command->get_name());
     for (const OptionSpec& option : group.options) {
-      if (taken || command == nullptr) known.emplace_back(option.name);
-      if (option.name != name) continue;
+      if (taken || command == nullptr) known.emplace_back(option.name.text);
+      if (option.name.text != name) continue;
       if (taken) throw UsageError("--" + name + " must stand behind " + command->get_name());
-      for (const std::string& taker : group.commands) takers += " " + taker;
+      for (const CommandName taker : group.commands) takers += std::string(" ") + taker.text;
     }
   }
   if (!takers.empty()) throw UsageError(no_option + "; these have it:" + takers);
@@ -164,9 +164,10 @@ std::optional<Options> Options::Parse(int count, char** arguments,
   RejectUnknown(app);
 
   const std::string name = app.get_subcommands().front()->get_name();
-  Options options(&*std::find_if(commands.begin(), commands.end(),
-                                 [&name](const Command& command) { return command.name == name; }));
-  options.words_.insert(options.words_.end(), line.words.begin(), line.words.end());
+  Options options(&*std::find_if(commands.begin(), commands.end(), [&name](const Command& command) {
+    return command.name.text == name;
+  }));
+  options.words_ = line.words;
   if (!line.answers.empty()) line.values.merge(ReadAnswers(line.answers, name));
   options.Take(line.values);
   if (!line.save_answers.empty()) SaveAnswers(line.save_answers, name, options.values_);
@@ -176,7 +177,7 @@ std::optional<Options> Options::Parse(int count, char** arguments,
 void Options::Take(const std::map<std::string, std::string>& values) {
   for (const OptionGroup& group : OptionGroups()) {
     for (const OptionSpec& option : group.options) {
-      const auto value = values.find(option.name);
+      const auto value = values.find(option.name.text);
       if (value == values.end()) continue;
       const bool is_no = option.value == nullptr && value->second == "no";
       if (!is_no) values_.insert(*value);
@@ -186,24 +187,24 @@ void Options::Take(const std::map<std::string, std::string>& values) {
     for (const OptionSpec& option : group.options) {
       if (!Has(option.name)) continue;
       if (option.value != nullptr && std::string(option.value) == "N") Number(option.name, 0);
-      if (option.needs == nullptr || Has(option.needs)) continue;
-      throw UsageError(std::string("--") + option.name + " needs --" + option.needs);
+      if (option.needs.text == nullptr || Has(option.needs)) continue;
+      throw UsageError(std::string("--") + option.name.text + " needs --" + option.needs.text);
     }
   }
 }
 
-std::string Options::Text(const std::string& name) const {
-  const auto value = values_.find(name);
+std::string Options::Text(OptionName name) const {
+  const auto value = values_.find(name.text);
   return value == values_.end() ? "" : value->second;
 }
 
-int Options::Number(const std::string& name, int otherwise) const {
+int Options::Number(OptionName name, int otherwise) const {
   if (!Has(name)) return otherwise;
   const std::string text = Text(name);
   int number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error != std::errc() || end != text.data() + text.size()) {
-    throw UsageError("--" + name + " needs a number, not \"" + text + "\"");
+    throw UsageError(std::string("--") + name.text + " needs a number, not \"" + text + "\"");
   }
   return number;
 }

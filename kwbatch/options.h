@@ -6,12 +6,14 @@
 #include <string>
 #include <vector>
 
+#include "names.h"
+
 class Options;
 
 /// What kwbatch can be told to do.
 struct Command {
-  const char* name;
-  std::vector<const char*> words;  ///< what must follow the name
+  CommandName name;
+  std::vector<WordName> words;  ///< what must follow the name
   void (*run)(const Options& options);
   const char* help;
   const char* examples;  ///< command lines
@@ -25,28 +27,29 @@ class Options {
   static std::optional<Options> Parse(int count, char** arguments,
                                       const std::vector<Command>& commands);
 
-  bool Has(const std::string& name) const { return values_.count(name) != 0; }
+  bool Has(OptionName name) const { return values_.count(name.text) != 0; }
+  bool Has(WordName name) const { return words_.count(name.text) != 0; }
 
   /// The value of an option; empty when it was not given.
-  std::string Text(const std::string& name) const;
+  std::string Text(OptionName name) const;
 
   /// The number that an option has for its value, or `otherwise`. Throws a UsageError.
-  int Number(const std::string& name, int otherwise) const;
+  int Number(OptionName name, int otherwise) const;
 
-  /// The command's name and the words behind it.
-  const std::vector<std::string>& words() const { return words_; }
+  /// The word behind the command that stands for this name; the command must take one.
+  const std::string& Word(WordName name) const { return words_.at(name.text); }
 
   void RunCommand() const { command_->run(*this); }
 
  private:
-  explicit Options(const Command* command) : command_(command), words_{command->name} {}
+  explicit Options(const Command* command) : command_(command) {}
 
   /// Takes the values, a flag's "no" left out. Throws a UsageError for one that is no number where
   /// it must be, or means nothing without another option.
   void Take(const std::map<std::string, std::string>& values);
 
   const Command* command_;
-  std::vector<std::string> words_;
+  std::map<std::string, std::string> words_;
   std::map<std::string, std::string> values_;
 };
 

@@ -2,6 +2,9 @@
 
 #include <kwinstutil/kwinstutil.h>
 
+#include <cstring>
+#include <vector>
+
 #include "console.h"
 #include "paths.h"
 #include "refusal.h"
@@ -12,7 +15,7 @@ namespace {
 /// The value of an option as the library takes it.
 class OptionText {
  public:
-  OptionText(const Options& options, const char* name)
+  OptionText(const Options& options, OptionName name)
       : given_(options.Has(name)), text_(options.Text(name)) {}
   /// Null when the option was not given.
   char* get() { return given_ ? text_.data() : nullptr; }
@@ -33,7 +36,7 @@ void ExportJava(const Options& options) {
   char home[1024] = "";
   TEVUnicodeString version;
   TEVUnicodeString message;
-  const std::string given = options.Text("java-home");
+  const std::string given = options.Text(option::kJavaHome);
   if (given == "auto") {
     if (TEVInsGetJavaHome(home) != 1) throw Refusal("No suitable Java was found.\n");
   } else {
@@ -49,45 +52,89 @@ void ExportJava(const Options& options) {
   Require(ExportJavaHome(home, &message), message, "--java-home");
 }
 
-}  // namespace
+MetaSearchData MetaSearchSettings(const Options& options, std::vector<std::string>& texts) {
+  const auto text = [&](OptionName name) -> const char* {
+    if (!options.Has(name)) return nullptr;
+    texts.push_back(options.Text(name));
+    return texts.back().c_str();
+  };
+  MetaSearchData data{};
+  const std::string language =
+      options.Has(option::kMetasearchLanguage) ? options.Text(option::kMetasearchLanguage) : "en";
+  if (language.size() >= sizeof(data.language)) {
+    throw UsageError("--metasearch-language is too long");
+  }
+  std::strcpy(data.language, language.c_str());
+  data.server = text(option::kMetasearchServer);
+  data.port = options.Number(option::kMetasearchPort, 20060);
+  data.mailServer = text(option::kMetasearchMailServer);
+  data.mailPort = options.Number(option::kMetasearchMailPort, 25);
+  data.proxyHost = text(option::kMetasearchProxyHost);
+  data.enableProxy = data.proxyHost != nullptr ? 1 : 0;
+  data.proxyLogin = text(option::kMetasearchProxyLogin);
+  data.proxyPassword = text(option::kMetasearchProxyPassword);
+  data.proxyPort = options.Number(option::kMetasearchProxyPort, 8080);
+  data.proxyDomains = text(option::kMetasearchProxyDomains);
+  data.snapshotsPort = options.Number(option::kMetasearchSnapshotsPort, 20061);
+  data.email = text(option::kMetasearchEmail);
+  data.time = text(option::kMetasearchTime);
+  return data;
+}
 
-void ExportSettings(const Options& options) {
+void ExportOrb(const Options& options) {
   TEVUnicodeString message;
-  Require(ExportDataDirectories(OptionText(options, "metasearch-path").get(),
-                                OptionText(options, "workbook-path").get(),
-                                OptionText(options, "publish-path").get(), &message),
-          message, "a data directory");
-  if (options.Has("java-home")) ExportJava(options);
-  if (options.Has("k6") || options.Has("drx")) {
-    Require(ExportK6(options.Has("k6"), OptionText(options, "k6").get(),
-                     options.Number("k6-library", 1), options.Has("drx"),
-                     OptionText(options, "drx").get(), &message),
-            message, "--k6 or --drx");
-  }
-  if (options.Has("tck-server")) {
-    std::string mode = options.Has("tck-mode") ? options.Text("tck-mode") : "Server";
-    Require(ExportTCK(mode.data(), OptionText(options, "tck-server").get(),
-                      options.Number("tck-port", 20060), options.Has("tck-boot"), &message, 0),
-            message, "--tck-server");
-  }
-  if (options.Has("information-path")) {
-    Require(ExportMorvelInfo(1, OptionText(options, "information-path").get(),
-                             OptionText(options, "information-env-path").get(),
-                             OptionText(options, "information-env").get(), &message),
-            message, "--information-path");
-  }
-  if (options.Has("timeout")) {
-    Require(ExportServersTimeout(options.Number("timeout", 0), &message), message, "--timeout");
+  const int port = options.Number(option::kOrbPort, 0);
+  const int base = options.Number(option::kOrbBase, port + 1);
+  if (TEVInsCheckOrbixValue(port, base, options.Number(option::kOrbRange, 50),
+                            options.Has(option::kOrbBoot), &message) != 1) {
+    throw Refused(message);
   }
 }
 
-void PrintEnvironment(const Options& options) {
-  std::string target = TargetPath(options.words()[1]);
-  std::string config = options.words()[2];
-  char path[2048] = "";
-  if (TEVInsEnvname(target.data(), config.data(), path) != 1) {
-    throw Refusal("The configuration " + config + " in " + target +
-                  " names no environment file.\n");
+void ExportMetaSearch(const Options& options) {
+  TEVUnicodeString message;
+  // The record points into these texts, which must not move.
+  std::vector<std::string> texts;
+  texts.reserve(16);
+  MetaSearchData data = MetaSearchSettings(options, texts);
+  if (TEVInsCheckMetasearch(&data, &message) != 1) {
+    const bool told = message.ConvertToChar()[0] != '\0';
+    throw told ? Refused(message) : Refusal("A value of --metasearch-... is too long.\n");
   }
-  Show(path);
+}
+
+}  // namespace
+
+void ExportSettings(const Options& options) {
+  if (options.Has(option::kOrbPort)) ExportOrb(options);
+  if (options.Has(option::kMetasearchServer)) ExportMetaSearch(options);
+  TEVUnicodeString message;
+  Require(ExportDataDirectories(OptionText(options, option::kMetasearchPath).get(),
+                                OptionText(options, option::kWorkbookPath).get(),
+                                OptionText(options, option::kPublishPath).get(), &message),
+          message, "a data directory");
+  if (options.Has(option::kJavaHome)) ExportJava(options);
+  if (options.Has(option::kK6) || options.Has(option::kDrx)) {
+    Require(ExportK6(options.Has(option::kK6), OptionText(options, option::kK6).get(),
+                     options.Number(option::kK6Library, 1), options.Has(option::kDrx),
+                     OptionText(options, option::kDrx).get(), &message),
+            message, "--k6 or --drx");
+  }
+  if (options.Has(option::kTckServer)) {
+    std::string mode = options.Has(option::kTckMode) ? options.Text(option::kTckMode) : "Server";
+    Require(ExportTCK(mode.data(), OptionText(options, option::kTckServer).get(),
+                      options.Number(option::kTckPort, 20060), options.Has(option::kTckBoot),
+                      &message, 0),
+            message, "--tck-server");
+  }
+  if (options.Has(option::kInformationPath)) {
+    Require(ExportMorvelInfo(1, OptionText(options, option::kInformationPath).get(),
+                             OptionText(options, option::kInformationEnvPath).get(),
+                             OptionText(options, option::kInformationEnv).get(), &message),
+            message, "--information-path");
+  }
+  if (options.Has(option::kTimeout)) {
+    Require(ExportServersTimeout(options.Number(option::kTimeout, 0), &message), message,
+            "--timeout");
+  }
 }

@@ -7,8 +7,4 @@
 /// Throws a Refusal in the library's words when one is refused.
 void ExportSettings(const Options& options);
 
-/// The command "environment": prints the path of a configuration's environment file. Throws a
-/// Refusal.
-void PrintEnvironment(const Options& options);
-
 #endif  // KWBATCH_SETTINGS_H_

@@ -1,13 +1,12 @@
-#include "tasks.h"
-
 #include <kwinstutil/kwinstutil.h>
 
+#include "commands.h"
 #include "console.h"
-#include "paths.h"
+#include "request.h"
 #include "tree.h"
 
-void ListTasks(const Options& options) {
-  const std::string target = TargetPath(options.words()[1]);
+void Tasks(const Options& options) {
+  const std::string target = RequestOf(options).target;
   RequireTree(target);
   TEVInsTaskList tasks;
   tasks.TEVInsCheckOrbixReboot(target.c_str());
@@ -17,7 +16,7 @@ void ListTasks(const Options& options) {
   tasks.TEVInsGetListTask(&commands, &count);
   for (int i = 0; i < count; ++i) Show(commands[i]);
   Say("Tasks that run from " + target + ": " + std::to_string(count));
-  if (options.Has("stop") && count > 0) {
+  if (options.Has(option::kStop) && count > 0) {
     tasks.TEVInsKillTask();
     Say("They were sent the termination signal.");
   }

@@ -5,40 +5,25 @@
 
 #include "console.h"
 #include "files.h"
+#include "formats.h"
 #include "paths.h"
 #include "refusal.h"
 
 namespace fs = std::filesystem;
 
-bool IsSdk(const Medium& medium) {
-  return medium.kind == MediumKind::kSdk || medium.kind == MediumKind::kSdkServicePack;
-}
-
-std::vector<std::string> SystemsOf(const std::string& dir) {
-  std::vector<std::string> systems;
-  for (int index = 1; index <= 4; ++index) {
-    char name[16] = "";
-    TEVInsReadOSFile(dir.c_str(), index, name);
-    if (name[0] == '\0') continue;
-    RequirePlainName("operating system in " + dir + "/OSUNIX", name);
-    systems.emplace_back(name);
-  }
-  return systems;
-}
-
 std::string SystemDir(const Medium& medium, const std::string& target) {
   return IsSdk(medium) ? target : target + "/" + medium.os;
 }
 
-std::vector<std::string> SystemDirs(const Options& options, const std::string& target) {
+std::vector<std::string> SystemDirs(const std::string& target, const std::string& os) {
   std::vector<std::string> dirs;
   const std::vector<std::string> systems = SystemsOf(target);
-  for (const std::string& os : systems) {
-    if (!options.Has("os") || options.Text("os") == os) dirs.push_back(target + "/" + os);
+  for (const std::string& system : systems) {
+    if (os.empty() || os == system) dirs.push_back(target + "/" + system);
   }
-  const bool sdk = systems.empty() && Exists(target + "/control/PRESENT");
-  if (sdk && !options.Has("os")) dirs.push_back(target);
-  const std::string what = options.Has("os") ? "Nothing for " + options.Text("os") : "Nothing";
+  const bool sdk = systems.empty() && Exists(target + "/" + kPresent);
+  if (sdk && os.empty()) dirs.push_back(target);
+  const std::string what = os.empty() ? "Nothing" : "Nothing for " + os;
   if (dirs.empty()) throw Refusal(what + " is installed in " + target + ".\n");
   return dirs;
 }
@@ -49,13 +34,13 @@ std::string InstalledSystem(const std::string& target) {
   // The list is written when all systems have their tables.
   std::error_code ignored;
   for (const auto& entry : fs::directory_iterator(target, ignored)) {
-    if (Exists(entry.path() / "control/PRESENT")) return entry.path().filename();
+    if (Exists(entry.path() / kPresent)) return entry.path().filename();
   }
   return "";
 }
 
 void RequireTree(const std::string& dir) {
-  if (Exists(dir + "/control/PRESENT") || !InstalledSystem(dir).empty()) return;
+  if (Exists(dir + "/" + kPresent) || !InstalledSystem(dir).empty()) return;
   throw Refusal("Nothing is installed in " + dir + ".\n");
 }
 
@@ -71,20 +56,15 @@ std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir) {
   return owned->GetNbToc() > 0 ? std::move(owned) : nullptr;
 }
 
-void TellInterrupted(const Medium& medium, const std::string& target) {
-  Say("The installation of " + medium.dir + " in " + SystemDir(medium, target) +
-      " was interrupted, and may be taken up again.");
-}
-
 bool HasFragment(const std::string& system_dir) {
-  const std::string text = TextOf(system_dir + "/control/PRESENT");
+  const std::string text = TextOf(system_dir + "/" + kPresent);
   return !text.empty() && text.back() != '\n';
 }
 
 void CutFragment(const std::string& system_dir, int64_t before) {
   if (!HasFragment(system_dir)) return;
-  const std::string present = system_dir + "/control/PRESENT";
-  const std::string text = TextOf(system_dir + "/control/PRESENT");
+  const std::string present = system_dir + "/" + kPresent;
+  const std::string text = TextOf(system_dir + "/" + kPresent);
   const size_t whole = text.rfind('\n') == std::string::npos ? 0 : text.rfind('\n') + 1;
   // The table may have had no newline at its end before.
   const auto size = static_cast<size_t>(before);

@@ -1,0 +1,39 @@
+#ifndef KWBATCH_COMMANDS_H_
+#define KWBATCH_COMMANDS_H_
+
+#include "options.h"
+
+/// \file
+/// The commands. Each lies in the file of its name, and throws a Refusal when it cannot be done.
+
+/// "install": a medium of products, SDK packages or samples, every package of it that the target
+/// does not have yet.
+void Install(const Options& options);
+
+/// "check": says whether a medium of any kind may be installed, and what it would change.
+void Check(const Options& options);
+
+/// "verify": reports each missing or damaged file of the target.
+void Verify(const Options& options);
+
+/// "service-pack": sets aside the files that a service pack replaces, installs it and runs its
+/// post-install programs. It is pending then.
+void ServicePack(const Options& options);
+
+/// "commit": ends the pending state of the target's service packs, which cannot be undone then.
+void Commit(const Options& options);
+
+/// "undo-service-pack": takes the latest service pack out of the target, which is then as it was
+/// before. An undo that was interrupted is completed by another.
+void UndoServicePack(const Options& options);
+
+/// "hot-fix": installs a hot fix.
+void HotFix(const Options& options);
+
+/// "tasks": lists the programs that run from the target, and stops them with --stop.
+void Tasks(const Options& options);
+
+/// "environment": prints the path of a configuration's environment file.
+void Environment(const Options& options);
+
+#endif  // KWBATCH_COMMANDS_H_

@@ -1,0 +1,18 @@
+#include "commands.h"
+#include "console.h"
+#include "pack.h"
+#include "pack_files.h"
+#include "request.h"
+
+void Commit(const Options& options) {
+  for (Pack& pack : UncommittedPacks(RequestOf(options))) {
+    if (pack.journal.phase != Journal::Phase::kPending &&
+        pack.journal.phase != Journal::Phase::kCommitting) {
+      throw pack.journal.NotFinished(pack.system_dir);
+    }
+    pack.Enter(Journal::Phase::kCommitting);
+    DeleteSaved(pack);
+    DeleteRecords(pack);
+    Say("Service pack " + pack.journal.pack + " in " + pack.system_dir + " is committed.");
+  }
+}

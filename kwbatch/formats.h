@@ -1,0 +1,72 @@
+#ifndef KWBATCH_FORMATS_H_
+#define KWBATCH_FORMATS_H_
+
+#include <string>
+
+/// \file
+/// What kwbatch must know of the library's formats, because no public function tells it: the names
+/// of files on a medium, in a tree and in the system, and the bits of a language mask. This stands
+/// here and nowhere else. docs/formats.md describes the files.
+
+// On a medium.
+constexpr char kMediumTable[] = "TOC";
+constexpr char kSatelliteArchive[] = "LumaforgeSatellite.Z";
+constexpr char kSdkSuffix[] = ".zeb2";  ///< an SDK package has its code package's name with this
+
+/// The path of a component's archive in the directory of a medium, compressed or not; empty when
+/// there is none.
+std::string ArchiveOf(const std::string& medium_dir, const std::string& component);
+
+bool IsCompressed(const std::string& archive);
+
+// On a medium or in a tree: the list of its operating systems.
+constexpr char kSystemList[] = "OSUNIX";
+constexpr size_t kMostSystems = 4;
+constexpr size_t kSystemNameLength = 15;
+
+// In a tree.
+constexpr char kCodePointer[] = "CodeDir.txt";  ///< of an SDK tree
+constexpr char kSdkPointer[] = "ZEBDir.txt";    ///< of the code that it belongs to
+constexpr char kTarErrors[] = "ErrorTar.log";   ///< what tar printed in a failed transfer
+constexpr char kTransferErrors[] = "TEVInsErrorTransfer.log";  ///< the side log of one
+
+// In a system directory of a tree.
+constexpr char kControl[] = "control";
+constexpr char kPresent[] = "control/PRESENT";  ///< the table of what is installed
+constexpr char kPendingPacks[] = "control/SPK.list";
+constexpr char kInterruptedPack[] = "control/SPKInterrupted.txt";
+constexpr char kPackPrograms[] = "control/CAFPost.list";  ///< a pack's post-install programs
+constexpr char kPackTableSuffix[] = ".toc";               ///< of the table that a pack brings
+constexpr char kSavedSuffix[] = ".beforeSPK";             ///< of a file that a pack replaces
+constexpr char kLanguageRecord[] = "NLS.txt";
+constexpr char kCatalogs[] = "resources/msgcatalog";
+constexpr char kStartCommand[] = "code/command/tevstart";
+constexpr char kDaemon[] = "code/bin/TEVSysDemon";
+
+/// Some checks of the library leave a file of this name in the current directory.
+constexpr char kReportFile[] = "NUL";
+
+/// A language that is not always there, and its bit in a language mask.
+struct Language {
+  const char* name;
+  int bit;
+};
+
+constexpr Language kLanguages[] = {
+    {"French", 2}, {"German", 4}, {"Italian", 8}, {"Japanese", 16}, {"Simplified_Chinese", 32},
+    {"Korean", 64}};
+constexpr int kIndexedFonts = 1;  ///< the bit of the language-indexed fonts
+constexpr int kEverything = 127;  ///< all languages and the fonts
+
+// In the system.
+constexpr char kServices[] = "services";
+constexpr char kInetd[] = "inetd.conf";
+constexpr char kRewritten[] = ".tmp";  ///< suffix of one of the two while it is rewritten
+
+/// The path of a system file: below /etc, or in the directory of UseSystemFilesIn.
+std::string SystemFile(const std::string& name);
+
+/// From now on the library takes the system files and the log from `dir`: its development mode.
+void UseSystemFilesIn(const std::string& dir);
+
+#endif  // KWBATCH_FORMATS_H_

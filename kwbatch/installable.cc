@@ -1,0 +1,181 @@
+#include "installable.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "formats.h"
+#include "integrity.h"
+#include "journal.h"
+#include "paths.h"
+#include "refusal.h"
+#include "tree.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Removes the file that some checks leave in the current directory, unless it was there before.
+class ReportFile {
+ public:
+  ReportFile() : was_there_(fs::exists(kReportFile)) {}
+  ~ReportFile() {
+    std::error_code ignored;
+    if (!was_there_) fs::remove(kReportFile, ignored);
+  }
+  ReportFile(const ReportFile&) = delete;
+  ReportFile& operator=(const ReportFile&) = delete;
+
+ private:
+  bool was_there_;
+};
+
+/// Throws the message unless the check passed.
+void Require(bool passed, const TEVUnicodeString& message) {
+  if (!passed) throw Refused(message);
+}
+
+bool HasOnlyDirectories(const std::string& target) {
+  std::error_code error;
+  for (const auto& entry : fs::recursive_directory_iterator(target, error)) {
+    if (entry.is_symlink() || !entry.is_directory()) return false;
+  }
+  return !error;
+}
+
+void RequireTarget(const Medium& medium, const std::string& target) {
+  TEVUnicodeString message;
+  const std::string installed = InstalledSystem(target);
+  const std::string system = installed.empty() ? medium.os : installed;
+  const char* sub_dir = medium.kind == MediumKind::kSdk ? "." : system.c_str();
+  const int status = TEVInsCheckEmptyDir(target.c_str(), sub_dir, &message);
+  // An installation that has made nothing but directories yet may be taken up again.
+  Require(status > 0 || (status == -2 && HasOnlyDirectories(target)), message);
+}
+
+void RequireProducts(const Medium& medium, const std::string& target) {
+  RequireTarget(medium, target);
+  const std::vector<std::string> systems = SystemsOf(target);
+  const bool has_system = std::count(systems.begin(), systems.end(), medium.os) > 0;
+  // A medium for one system only is for a tree of that system.
+  const bool adds_system = !has_system && medium.of_several;
+  if (systems.empty()) return;
+  const std::string system = has_system ? medium.os : systems.front();
+  const auto installed = OpenInstalled(target + "/" + system);
+  if (installed == nullptr) return;
+  TEVUnicodeString message;
+  if (adds_system) {
+    std::string tree = target;
+    const char* level = medium.toc->GetGALevel();
+    Require(TEVInsCheckInstallCode(tree.data(), level, &message) == 1, message);
+    return;
+  }
+  Require(TEVInsCheckPrereq(installed.get(), medium.toc.get(), &message) == 1, message);
+  if (TEVInsCheckInstall(code, installed.get(), medium.toc.get(), &message) == 0) {
+    throw NothingToInstall(message.ConvertToChar());
+  }
+}
+
+void RequireSdk(const Medium& medium, const std::string& target, std::string code_tree) {
+  RequireTarget(medium, target);
+  TEVUnicodeString message;
+  const char* level = medium.toc->GetGALevel();
+  Require(TEVInsCheckInstallCode(code_tree.data(), level, &message) == 1, message);
+  const auto installed = OpenInstalled(target);
+  const auto installed_code = OpenInstalled(code_tree + "/" + medium.os);
+  if (installed != nullptr) {
+    Require(TEVInsCheckPrereqGA(installed.get(), medium.toc.get(), &message) == 1, message);
+  }
+  Require(
+      TEVInsCheckInstallZEB(installed.get(), medium.toc.get(), installed_code.get(), &message) == 1,
+      message);
+}
+
+/// The table of the system that the medium is for, which must be there.
+std::unique_ptr<TEVINSInstToc> RequireInstalled(const Medium& medium, const std::string& target) {
+  const std::vector<std::string> systems = SystemsOf(target);
+  const bool has_system = std::count(systems.begin(), systems.end(), medium.os) > 0;
+  if (systems.empty()) throw Refusal("Nothing is installed in " + target + ".\n");
+  auto installed = OpenInstalled(target + "/" + (has_system ? medium.os : systems.front()));
+  if (installed == nullptr) throw Refusal("Nothing is installed in " + target + ".\n");
+  return installed;
+}
+
+void RequireSamples(const Medium& medium, std::string target) {
+  TEVUnicodeString message;
+  const char* level = medium.toc->GetGALevel();
+  Require(TEVInsCheckInstallCode(target.data(), level, &message) == 1, message);
+  const auto installed = RequireInstalled(medium, target);
+  Require(TEVInsCheckPrereqGASP(installed.get(), medium.toc.get(), &message) == 1, message);
+  if (TEVInsCheckInstallSMP(installed.get(), medium.toc.get(), &message) == 0) {
+    throw NothingToInstall(message.ConvertToChar());
+  }
+}
+
+/// Asks whether a pack may follow what is installed: a higher level, or the same over damaged
+/// files.
+void RequirePackLevel(const Medium& medium, TEVINSInstToc* installed, std::string system_dir) {
+  // What is begun may be brought to its end, and nothing else.
+  const auto journal = Journal::Read(system_dir);
+  if (journal && journal->phase != Journal::Phase::kPending) return;
+  TEVUnicodeString message;
+  const int level = medium.toc->GetSPKLevel(1);
+  const int installed_level = installed->GetSPKLevel(1);
+  const int allowed = TEVInsCheckSPKLevel(level, installed_level, system_dir.data(), 0, &message);
+  Require(allowed > 0, message);
+  if (level > installed_level) return;
+
+  if (CheckIntegrity(installed, system_dir, IsSdk(medium)).status == -3) return;
+  const TEVINSType type = IsSdk(medium) ? zeb2 : code;
+  message = ("Service pack level " + std::to_string(level) + " is already installed.\n").c_str();
+  TEVInsCheckInstallSPK(type, installed, medium.toc.get(), &message);
+  throw NothingToInstall(message.ConvertToChar());
+}
+
+void RequireServicePack(const Medium& medium, const std::string& target) {
+  TEVUnicodeString message;
+  const auto installed = RequireInstalled(medium, target);
+  Require(TEVInsCheckPrereq(installed.get(), medium.toc.get(), &message) == 1, message);
+  RequirePackLevel(medium, installed.get(), SystemDir(medium, target));
+}
+
+void RequireSdkServicePack(const Medium& medium, std::string target, std::string code_tree) {
+  TEVUnicodeString message;
+  const auto installed = OpenInstalled(target);
+  if (installed == nullptr) throw Refusal("No SDK is installed in " + target + ".\n");
+  Require(TEVInsCheckPrereqGA(installed.get(), medium.toc.get(), &message) == 1, message);
+  Require(TEVInsCheckCodeLevel(medium.toc.get(), target.data(), &message) == 1, message);
+  std::string os = medium.os;
+  const int level = medium.toc->GetSPKLevel(1);
+  Require(TEVInsCheckInstallSPKCommitted(code_tree.data(), level, os.data(), &message) == 1,
+          message);
+  RequirePackLevel(medium, installed.get(), target);
+}
+
+void RequireHotFix(const Medium& medium, const std::string& target) {
+  TEVUnicodeString message;
+  const auto installed = RequireInstalled(medium, target);
+  std::string system_dir = SystemDir(medium, target);
+  Require(TEVInsCheckHFXLevel(installed.get(), medium.toc.get(), system_dir.data(), &message) == 1,
+          message);
+}
+
+}  // namespace
+
+void RequireInstallable(const Medium& medium, const std::string& target,
+                        const std::string& code_tree) {
+  const ReportFile removed;
+  switch (medium.kind) {
+    case MediumKind::kProducts:
+      return RequireProducts(medium, target);
+    case MediumKind::kSdk:
+      return RequireSdk(medium, target, code_tree);
+    case MediumKind::kSamples:
+      return RequireSamples(medium, target);
+    case MediumKind::kServicePack:
+      return RequireServicePack(medium, target);
+    case MediumKind::kSdkServicePack:
+      return RequireSdkServicePack(medium, target, code_tree);
+    case MediumKind::kHotFix:
+      return RequireHotFix(medium, target);
+  }
+}

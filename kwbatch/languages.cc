@@ -1,0 +1,82 @@
+#include "languages.h"
+
+#include <kwinstutil/kwinstutil.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <iterator>
+#include <sstream>
+#include <system_error>
+
+#include "console.h"
+#include "files.h"
+#include "formats.h"
+#include "refusal.h"
+#include "tree.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The bits of a comma-separated list of languages.
+int LanguageMask(const std::string& list) {
+  if (list == "all") return kEverything;
+  if (list == "none") return 0;
+  int mask = 0;
+  std::istringstream names(list + ",");
+  for (std::string name; std::getline(names, name, ',');) {
+    const auto* known = std::find_if(std::begin(kLanguages), std::end(kLanguages),
+                                     [&name](const Language& l) { return name == l.name; });
+    if (known == std::end(kLanguages)) throw UsageError("unknown language \"" + name + "\"");
+    mask |= known->bit;
+  }
+  return mask;
+}
+
+/// The languages for a system: those that it has, or else the chosen ones.
+int LanguagesFor(const Medium& medium, const std::string& target, std::optional<int> chosen) {
+  const std::string record = SystemDir(medium, target) + "/" + kLanguageRecord;
+  if (!Exists(record)) return chosen.value_or(kEverything);
+  const int kept = InstalledLanguages(medium, target);
+  if (chosen && *chosen != kept) {
+    Say("The languages that were chosen before are kept: see " + record);
+  }
+  return kept;
+}
+
+}  // namespace
+
+std::optional<int> ChosenLanguages(const Request& request) {
+  std::optional<int> mask;
+  if (!request.languages.empty()) mask = LanguageMask(request.languages);
+  if (request.fonts) mask = mask.value_or(kEverything) | kIndexedFonts;
+  return mask;
+}
+
+int InstalledLanguages(const Medium& medium, std::string target) {
+  return IsSdk(medium) ? kEverything : TEVInsInitChosenLang(target.data(), medium.os.c_str());
+}
+
+int RecordLanguages(const Medium& medium, std::string target, std::optional<int> chosen, Log& log) {
+  if (IsSdk(medium)) return kEverything;
+  const int languages = LanguagesFor(medium, target, chosen);
+  TEVUnicodeString message;
+  TEVInsCreateNLSFile(target.data(), medium.os.c_str(), languages, message);
+  log.Write(message.ConvertToChar());
+  // The status says nothing about the file; only reading it back does.
+  if (!fs::is_regular_file(SystemDir(medium, target) + "/" + kLanguageRecord) ||
+      InstalledLanguages(medium, target) != languages) {
+    throw Refused(message);
+  }
+  return languages;
+}
+
+void RemoveOtherLanguages(const std::string& system_dir, int languages) {
+  for (const auto& [name, bit] : kLanguages) {
+    const std::string dir = system_dir + "/" + kCatalogs + "/" + name;
+    if ((languages & bit) != 0 || !Exists(dir)) continue;
+    std::error_code failed;
+    fs::remove_all(dir, failed);
+    if (failed) throw Refusal("The directory " + dir + " cannot be removed.\n");
+  }
+}

@@ -1,0 +1,89 @@
+#ifndef KWBATCH_NAMES_H_
+#define KWBATCH_NAMES_H_
+
+/// \file
+/// The names of commands, of the words behind them and of options. Each is spelt here and nowhere
+/// else: the tables and the code that asks take these constants, so a misspelt name does not
+/// compile.
+
+struct CommandName {
+  const char* text;
+};
+
+struct WordName {
+  const char* text;
+};
+
+/// Without the dashes.
+struct OptionName {
+  const char* text;
+};
+
+namespace command {
+constexpr CommandName kInstall{"install"};
+constexpr CommandName kCheck{"check"};
+constexpr CommandName kVerify{"verify"};
+constexpr CommandName kServicePack{"service-pack"};
+constexpr CommandName kCommit{"commit"};
+constexpr CommandName kUndoServicePack{"undo-service-pack"};
+constexpr CommandName kHotFix{"hot-fix"};
+constexpr CommandName kTasks{"tasks"};
+constexpr CommandName kEnvironment{"environment"};
+}  // namespace command
+
+namespace word {
+constexpr WordName kMedium{"MEDIUM"};
+constexpr WordName kTarget{"TARGET"};
+constexpr WordName kSystem{"SYSTEM"};
+constexpr WordName kConfig{"CONFIG"};
+}  // namespace word
+
+namespace option {
+constexpr OptionName kScratch{"scratch"};
+constexpr OptionName kQuiet{"quiet"};
+constexpr OptionName kLog{"log"};
+constexpr OptionName kOs{"os"};
+constexpr OptionName kCode{"code"};
+constexpr OptionName kLanguages{"languages"};
+constexpr OptionName kFonts{"fonts"};
+constexpr OptionName kSatellite{"satellite"};
+constexpr OptionName kNoServices{"no-services"};
+constexpr OptionName kBbPort{"bb-port"};
+constexpr OptionName kRunPort{"run-port"};
+constexpr OptionName kBrokerPort{"broker-port"};
+constexpr OptionName kOrbPort{"orb-port"};
+constexpr OptionName kOrbBase{"orb-base"};
+constexpr OptionName kOrbRange{"orb-range"};
+constexpr OptionName kOrbBoot{"orb-boot"};
+constexpr OptionName kMetasearchServer{"metasearch-server"};
+constexpr OptionName kMetasearchPort{"metasearch-port"};
+constexpr OptionName kMetasearchSnapshotsPort{"metasearch-snapshots-port"};
+constexpr OptionName kMetasearchMailServer{"metasearch-mail-server"};
+constexpr OptionName kMetasearchMailPort{"metasearch-mail-port"};
+constexpr OptionName kMetasearchProxyHost{"metasearch-proxy-host"};
+constexpr OptionName kMetasearchProxyPort{"metasearch-proxy-port"};
+constexpr OptionName kMetasearchProxyLogin{"metasearch-proxy-login"};
+constexpr OptionName kMetasearchProxyPassword{"metasearch-proxy-password"};
+constexpr OptionName kMetasearchProxyDomains{"metasearch-proxy-domains"};
+constexpr OptionName kMetasearchEmail{"metasearch-email"};
+constexpr OptionName kMetasearchTime{"metasearch-time"};
+constexpr OptionName kMetasearchLanguage{"metasearch-language"};
+constexpr OptionName kMetasearchPath{"metasearch-path"};
+constexpr OptionName kWorkbookPath{"workbook-path"};
+constexpr OptionName kPublishPath{"publish-path"};
+constexpr OptionName kJavaHome{"java-home"};
+constexpr OptionName kK6{"k6"};
+constexpr OptionName kK6Library{"k6-library"};
+constexpr OptionName kDrx{"drx"};
+constexpr OptionName kTckServer{"tck-server"};
+constexpr OptionName kTckMode{"tck-mode"};
+constexpr OptionName kTckPort{"tck-port"};
+constexpr OptionName kTckBoot{"tck-boot"};
+constexpr OptionName kInformationPath{"information-path"};
+constexpr OptionName kInformationEnvPath{"information-env-path"};
+constexpr OptionName kInformationEnv{"information-env"};
+constexpr OptionName kTimeout{"timeout"};
+constexpr OptionName kStop{"stop"};
+}  // namespace option
+
+#endif  // KWBATCH_NAMES_H_

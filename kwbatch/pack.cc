@@ -1,0 +1,76 @@
+#include "pack.h"
+
+#include <filesystem>
+#include <optional>
+#include <utility>
+
+#include "files.h"
+#include "formats.h"
+#include "installable.h"
+#include "pack_archive.h"
+#include "paths.h"
+#include "refusal.h"
+#include "tree.h"
+
+void Pack::Enter(Journal::Phase phase) {
+  journal.phase = phase;
+  journal.Write(system_dir);
+}
+
+Medium InstallableUpdate(std::vector<Medium> media, const Request& request, bool hot_fix) {
+  Medium& medium = media.front();
+  if (!IsUpdate(medium.kind) || (medium.kind == MediumKind::kHotFix) != hot_fix) {
+    throw Refusal("The medium " + medium.dir + " is no " +
+                  (hot_fix ? "hot fix.\n" : "service pack.\n"));
+  }
+  if (media.size() > 1) throw Refusal("The medium is for several systems: choose one with --os.\n");
+  const std::string system_dir = SystemDir(medium, request.target);
+  if (const auto journal = Journal::Read(system_dir)) CutFragment(system_dir, journal->table_size);
+  RequireInstallable(medium, request.target,
+                     CodeTreeFor(medium, request.target, request.code_tree));
+  return std::move(medium);
+}
+
+std::string UpdateName(const Medium& medium) {
+  const Content content = ContentOf(medium.kind);
+  const std::vector<std::string> names =
+      PackagesOf(*medium.toc, content.type, content.kinds.front());
+  RequirePlainName("package name", names.front());
+  if (ArchiveOf(medium.dir, names.front()).empty()) {
+    throw Refusal("The archive " + medium.dir + "/" + names.front() + " is missing.\n");
+  }
+  return names.front();
+}
+
+Pack PackToInstall(const Medium& medium, const std::string& target) {
+  Pack pack{SystemDir(medium, target), medium.os, ContentOf(medium.kind).type, {}};
+  const std::string name = UpdateName(medium);
+  const std::optional<Journal> journal = Journal::Read(pack.system_dir);
+  if (journal && (journal->pack != name || journal->phase == Journal::Phase::kUndoing ||
+                  journal->phase == Journal::Phase::kCommitting)) {
+    throw journal->NotFinished(pack.system_dir);
+  }
+  pack.journal = journal ? *journal : JournalOf(medium, name, pack.system_dir);
+  const bool installed =
+      OpenInstalled(pack.system_dir)->GetSPKLevel(1) == medium.toc->GetSPKLevel(1);
+  // A committed pack stays committed: there is nothing to go back to.
+  if (!journal && installed) pack.journal.phase = Journal::Phase::kRepairing;
+  if (journal && journal->phase == Journal::Phase::kPending)
+    pack.journal.phase = Journal::Phase::kInstalling;
+  return pack;
+}
+
+std::vector<Pack> UncommittedPacks(const Request& request) {
+  const std::string& target = request.target;
+  std::vector<Pack> packs;
+  for (const std::string& dir : SystemDirs(target, request.os)) {
+    const TEVINSType type = dir == target ? zeb2 : code;
+    if (const auto journal = Journal::Read(dir)) {
+      packs.push_back({dir, std::filesystem::path(dir).filename(), type, *journal});
+    } else {
+      Delete(JournalPath(dir) + ".new");
+    }
+  }
+  if (packs.empty()) throw Refusal("No service pack in " + target + " is waiting for a commit.\n");
+  return packs;
+}

@@ -1,0 +1,42 @@
+#ifndef KWBATCH_PACK_H_
+#define KWBATCH_PACK_H_
+
+#include <kwinstutil/kwinstutil.h>
+
+#include <string>
+#include <vector>
+
+#include "journal.h"
+#include "medium.h"
+#include "request.h"
+
+/// A service pack that goes on or comes off a system directory of a tree.
+struct Pack {
+  std::string system_dir;
+  std::string os;  ///< the system's name
+  TEVINSType type;
+  Journal journal;
+
+  /// The path of a file of the system directory.
+  std::string In(const std::string& file) const { return system_dir + "/" + file; }
+
+  /// Begins the next phase of its journal. Throws a Refusal.
+  void Enter(Journal::Phase phase);
+};
+
+/// The one system of the medium of a hot fix or else a service pack, once the library says that it
+/// may be installed. Throws a Refusal.
+Medium InstallableUpdate(std::vector<Medium> media, const Request& request, bool hot_fix);
+
+/// The package of the medium that has an archive: the service pack or hot fix itself. Throws a
+/// Refusal.
+std::string UpdateName(const Medium& medium);
+
+/// The pack that a medium puts into a system directory: a new one, or one that is taken up again.
+/// Throws a Refusal.
+Pack PackToInstall(const Medium& medium, const std::string& target);
+
+/// The uncommitted packs of a target. Throws a Refusal when there is none.
+std::vector<Pack> UncommittedPacks(const Request& request);
+
+#endif  // KWBATCH_PACK_H_

@@ -1,0 +1,114 @@
+#include "pack_archive.h"
+
+#include <kwinstutil/kwinstutil.h>
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <set>
+#include <vector>
+
+#include "files.h"
+#include "formats.h"
+#include "refusal.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Refuses a path of a pack's list that leads out of the tree, or that the library would not save.
+void RequireListedPath(const std::string& path, const std::string& numbers) {
+  if (numbers.empty() || numbers[0] < '1' || numbers[0] > '7') {
+    throw Refusal("The pack's list says nothing of the file " + path + ".\n");
+  }
+  const fs::path parts(path);
+  const bool leads_out = parts.is_absolute() || std::count(parts.begin(), parts.end(), "..") > 0;
+  const bool not_saved = path.empty() || path.find(' ') != std::string::npos ||
+                         std::isdigit(static_cast<unsigned char>(path[0])) != 0 || path[0] == '-' ||
+                         path[0] == '+';
+  if (leads_out || not_saved) {
+    throw Refusal("The pack lists the path \"" + path + "\", which cannot be replaced safely.\n");
+  }
+}
+
+/// Notes a file of the pack, and the directories that are made for it. Refuses what the archive or
+/// an earlier pack would not let come back.
+void NoteFile(const std::string& file, const std::string& system_dir, Journal& journal) {
+  for (fs::path dir = fs::path(file).parent_path(); !dir.empty(); dir = dir.parent_path()) {
+    if (!fs::is_symlink(system_dir + "/" + dir.string())) continue;
+    throw Refusal("The directory " + system_dir + "/" + dir.string() +
+                  " is a symbolic link, which the pack would replace.\n");
+  }
+  const std::string saved = system_dir + "/" + file + kSavedSuffix;
+  if (IsThere(saved)) throw Refusal("Move the file " + saved + " away: it would be lost.\n");
+  if (IsThere(system_dir + "/" + file)) {
+    journal.saved_files.push_back(file);
+    return;
+  }
+  journal.new_files.push_back(file);
+  std::vector<std::string> made;
+  for (fs::path dir = fs::path(file).parent_path();
+       !dir.empty() && !IsThere(system_dir + "/" + dir.string()); dir = dir.parent_path()) {
+    made.insert(made.begin(), dir.string());
+  }
+  for (const std::string& dir : made) {
+    auto& known = journal.new_directories;
+    if (std::count(known.begin(), known.end(), dir) == 0) known.push_back(dir);
+  }
+}
+
+/// What is in the archive of a pack.
+struct Contents {
+  std::vector<std::string> list;     ///< lines of the pack's list, two for each file
+  std::vector<std::string> table;    ///< lines of its table of contents
+  std::vector<std::string> members;  ///< paths of all files, below the tree
+};
+
+/// `root` is the system directory's path in the archive, with its slash.
+Contents ReadArchive(const std::string& archive, const std::string& root, const std::string& name) {
+  const TemporaryDirectory temp;
+  const std::string list = root + kControl + "/" + name;
+  const bool compressed = IsCompressed(archive);
+  const std::string tar = compressed ? "compress -d -c " + archive + " | tar -" : "tar -";
+  const std::string file = compressed ? "f - " : "f " + archive + " ";
+  std::string command = "cd " + temp.path() + " && " + tar + "x" + file + list + " " + list +
+                        kPackTableSuffix + " && " + tar + "t" + file + "> members";
+  TEVUnicodeString message;
+  if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
+  return {LinesOf(temp.path() + "/" + list), LinesOf(temp.path() + "/" + list + kPackTableSuffix),
+          LinesOf(temp.path() + "/members")};
+}
+
+/// The files that the pack brings, below the system directory. Refuses a list that does not name
+/// all of them.
+std::set<std::string> FilesOf(const Contents& contents, const std::string& root,
+                              const std::string& name) {
+  std::set<std::string> files;
+  const std::vector<std::string>& lines = contents.list;
+  for (size_t i = 0; i < lines.size(); i += 2) {
+    RequireListedPath(lines[i], i + 1 < lines.size() ? lines[i + 1] : "");
+    files.insert(lines[i]);
+  }
+  const std::string list = std::string(kControl) + "/" + name;
+  files.insert({list, list + kPackTableSuffix, kPackPrograms});
+  for (const std::string& member : contents.members) {
+    const bool listed =
+        member.compare(0, root.size(), root) == 0 && files.count(member.substr(root.size())) != 0;
+    if (listed || member.empty() || member.back() == '/') continue;
+    throw Refusal("The pack's list does not name the file " + member + " of its archive.\n");
+  }
+  return files;
+}
+
+}  // namespace
+
+Journal JournalOf(const Medium& medium, const std::string& name, const std::string& system_dir) {
+  const std::string root = IsSdk(medium) ? "" : medium.os + "/";
+  const Contents contents = ReadArchive(ArchiveOf(medium.dir, name), root, name);
+  Journal journal;
+  journal.pack = name;
+  journal.table_size = static_cast<int64_t>(fs::file_size(system_dir + "/" + kPresent));
+  journal.table_lines = contents.table;
+  for (const std::string& file : FilesOf(contents, root, name)) NoteFile(file, system_dir, journal);
+  return journal;
+}

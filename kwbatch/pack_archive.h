@@ -1,0 +1,13 @@
+#ifndef KWBATCH_PACK_ARCHIVE_H_
+#define KWBATCH_PACK_ARCHIVE_H_
+
+#include <string>
+
+#include "journal.h"
+#include "medium.h"
+
+/// What the archive of the service pack `name` will do to the system directory. Throws a Refusal
+/// for an archive whose files could not be taken out again. Changes nothing.
+Journal JournalOf(const Medium& medium, const std::string& name, const std::string& system_dir);
+
+#endif  // KWBATCH_PACK_ARCHIVE_H_

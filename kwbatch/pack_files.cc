@@ -1,0 +1,160 @@
+#include "pack_files.h"
+
+#include <kb0core/TEVFile.h>
+#include <kwinstutil/kwinstutil.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <set>
+
+#include "files.h"
+#include "formats.h"
+#include "refusal.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The directory below the library's temporary one in which it unpacks and looks for the list of a
+/// pack. It must be ours alone, since its name can be guessed.
+class ListDirectory {
+ public:
+  ListDirectory(const std::string& os, TEVINSType type) {
+    char temp[1024] = "";
+    TEVInsGetTempDir(temp);
+    if (type != zeb2) Add(std::string(temp) + "/" + os);
+    Add((type == zeb2 ? std::string(temp) : path()) + "/" + kControl);
+  }
+  ~ListDirectory() {
+    for (auto level = levels_.rbegin(); level != levels_.rend(); ++level) rmdir(level->c_str());
+  }
+  ListDirectory(const ListDirectory&) = delete;
+  ListDirectory& operator=(const ListDirectory&) = delete;
+
+  const std::string& path() const { return levels_.back(); }
+
+ private:
+  void Add(const std::string& level) {
+    struct stat info {};
+    mkdir(level.c_str(), 0700);
+    if (lstat(level.c_str(), &info) != 0 || !S_ISDIR(info.st_mode) || info.st_uid != geteuid() ||
+        (info.st_mode & 022) != 0) {
+      throw Refusal("The directory " + level + " is not ours alone. Remove it and try again.\n");
+    }
+    levels_.push_back(level);
+  }
+
+  std::vector<std::string> levels_;
+};
+
+}  // namespace
+
+/// What an earlier try has put in the place of a saved file is removed first: to save that would
+/// lose the saved one.
+void Save(const Medium& medium, const Pack& pack) {
+  for (const std::string& file : pack.journal.new_files) Delete(pack.In(file));
+  for (const std::string& file : pack.journal.saved_files) {
+    if (IsThere(pack.In(file) + kSavedSuffix)) Delete(pack.In(file));
+  }
+  const ListDirectory list(pack.os, pack.type);
+  std::string name = pack.journal.pack;
+  std::string source = medium.dir;
+  std::string system_dir = pack.system_dir;
+  TEVUnicodeString message;
+  if (TEVInsSaveFilesBeforeInstall(name.data(), source.data(), system_dir.data(), pack.os.c_str(),
+                                   pack.type, message) != 0) {
+    throw Refused(message);
+  }
+  // The library saves what the list names, which its own control files are not.
+  for (const std::string& file : pack.journal.saved_files) {
+    const std::string path = pack.In(file);
+    if (IsThere(path) && TEVRenameFile(path.c_str(), (path + kSavedSuffix).c_str()) != 0) {
+      throw Refusal("The file " + path + " cannot be set aside.\n");
+    }
+  }
+}
+
+void Restore(const Pack& pack) {
+  const ListDirectory list(pack.os, pack.type);
+  std::string text;
+  for (const std::string& file : pack.journal.saved_files) text += file + "\n";
+  Write(list.path() + "/" + pack.journal.pack, text);
+  std::string system_dir = pack.system_dir;
+  std::string name = pack.journal.pack;
+  TEVUnicodeString message;
+  if (TEVInsRestoreFiles(system_dir.data(), name.data(), pack.os.c_str(), pack.type, message) !=
+      0) {
+    throw Refused(message);
+  }
+  for (const std::string& file : pack.journal.new_files) Delete(pack.In(file));
+  const std::vector<std::string>& dirs = pack.journal.new_directories;
+  for (auto dir = dirs.rbegin(); dir != dirs.rend(); ++dir) rmdir(pack.In(*dir).c_str());
+}
+
+void DeleteSaved(const Pack& pack) {
+  for (const std::string& file : pack.journal.saved_files) Delete(pack.In(file) + kSavedSuffix);
+}
+
+void PruneTable(const Pack& pack) {
+  std::string present = pack.In(kPresent);
+  std::string pruned = present + ".new";
+  std::string name = pack.journal.pack;
+  struct stat info {};
+  TEVInsResetPresent reset;
+  if (stat(present.c_str(), &info) != 0 || reset.InitSource(present.data()) != 0 ||
+      reset.InitDest(pruned.data()) != 0 || reset.Remove(name.data(), pack.type) != 0 ||
+      chmod(pruned.c_str(), info.st_mode & 07777) != 0 ||
+      (geteuid() == 0 && chown(pruned.c_str(), info.st_uid, info.st_gid) != 0) ||
+      TEVRenameFile(pruned.c_str(), present.c_str()) != 0) {
+    throw Refusal("The file " + present + " cannot be rewritten.\n");
+  }
+  TEVUnicodeString unused;
+  for (const std::string& line : pack.journal.table_lines) {
+    // With its newline the text is a whole line.
+    if (TEVInsSuppressLine(present.data(), (line + "\n").data(), &unused, 1) != 1) {
+      throw Refusal("The file " + present + " cannot be rewritten.\n");
+    }
+  }
+}
+
+void MarkInterrupted(const Pack& pack) { Write(pack.In(kInterruptedPack), "1 MANUAL_COMMIT\n"); }
+
+void RecordPending(const Pack& pack) { Write(pack.In(kPendingPacks), pack.journal.pack + "\n"); }
+
+void DeleteRecords(const Pack& pack) {
+  for (const char* file : {kInterruptedPack, kPendingPacks}) Delete(pack.In(file));
+  Delete(JournalPath(pack.system_dir));
+}
+
+void DeleteLeftovers(const Pack& pack) {
+  for (const auto& entry : fs::directory_iterator(pack.In(kControl))) {
+    const std::string name = entry.path().filename();
+    if (name.compare(0, 8, "PRESENT.") == 0) Delete(entry.path());
+  }
+  const fs::path system_dir = pack.system_dir;
+  const fs::path tree = pack.type == zeb2 ? system_dir : system_dir.parent_path();
+  for (const char* name : {kTarErrors, kTransferErrors}) Delete(tree / name);
+}
+
+DirectoryModes::DirectoryModes(const Pack& pack) {
+  std::set<std::string> dirs;
+  for (const auto* files : {&pack.journal.saved_files, &pack.journal.new_files}) {
+    for (const std::string& file : *files) {
+      for (fs::path dir = fs::path(file).parent_path();; dir = dir.parent_path()) {
+        dirs.insert(pack.In(dir.string()));
+        if (dir.empty()) break;
+      }
+    }
+  }
+  for (const std::string& dir : dirs) {
+    struct stat info {};
+    if (lstat(dir.c_str(), &info) == 0) before_.emplace_back(dir, info);
+  }
+}
+
+DirectoryModes::~DirectoryModes() {
+  for (const auto& [dir, info] : before_) {
+    if (geteuid() == 0 && lchown(dir.c_str(), info.st_uid, info.st_gid) != 0) continue;
+    chmod(dir.c_str(), info.st_mode & 07777);
+  }
+}

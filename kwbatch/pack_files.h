@@ -1,0 +1,55 @@
+#ifndef KWBATCH_PACK_FILES_H_
+#define KWBATCH_PACK_FILES_H_
+
+#include <sys/stat.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "medium.h"
+#include "pack.h"
+
+/// \file
+/// What a service pack does to the files of a system directory. All functions may be repeated after
+/// an interruption, and throw a Refusal.
+
+/// Sets aside what the pack replaces.
+void Save(const Medium& medium, const Pack& pack);
+
+/// Puts back what was set aside, and removes what was not there before.
+void Restore(const Pack& pack);
+
+/// Deletes what was set aside.
+void DeleteSaved(const Pack& pack);
+
+/// Takes the pack's lines out of the tree's table, which keeps its mode and owner.
+void PruneTable(const Pack& pack);
+
+/// Marks the pack as interrupted, as it is until it is wholly installed.
+void MarkInterrupted(const Pack& pack);
+
+/// Records the pack as pending.
+void RecordPending(const Pack& pack);
+
+/// Deletes both marks, and the journal as the last step.
+void DeleteRecords(const Pack& pack);
+
+/// Deletes what an interrupted step may have left beside the tree's table, and the messages of a
+/// transfer.
+void DeleteLeftovers(const Pack& pack);
+
+/// While it exists, the pack may be unpacked: at its end, each directory that was there has its
+/// mode and owner again, whatever the archive says.
+class DirectoryModes {
+ public:
+  explicit DirectoryModes(const Pack& pack);
+  ~DirectoryModes();
+  DirectoryModes(const DirectoryModes&) = delete;
+  DirectoryModes& operator=(const DirectoryModes&) = delete;
+
+ private:
+  std::vector<std::pair<std::string, struct stat>> before_;
+};
+
+#endif  // KWBATCH_PACK_FILES_H_

@@ -1,0 +1,26 @@
+#ifndef KWBATCH_REQUEST_H_
+#define KWBATCH_REQUEST_H_
+
+#include <string>
+
+#include "options.h"
+#include "ports.h"
+
+/// What a command is asked to do. A text is empty when the user did not give it.
+struct Request {
+  std::string medium;     ///< full path
+  std::string target;     ///< in the form of TargetPath
+  std::string code_tree;  ///< the code that an SDK belongs to
+  std::string os;         ///< the only operating system; without it, all
+  std::string log;        ///< path of the log; without it, the usual one
+  std::string languages;  ///< list of languages; without it, what the target has, or all
+  bool fonts = false;     ///< keep the language-indexed fonts
+  std::string satellite;  ///< medium of the rendering satellite
+  PortWishes ports;
+};
+
+/// Reads the command line once, at the command's door. Throws a Refusal for a path that cannot be
+/// used.
+Request RequestOf(const Options& options);
+
+#endif  // KWBATCH_REQUEST_H_

@@ -1,0 +1,39 @@
+#include "satellite.h"
+
+#include <kwinstutil/kwinstutil.h>
+
+#include "console.h"
+#include "formats.h"
+#include "paths.h"
+#include "refusal.h"
+#include "space.h"
+#include "system_files.h"
+
+void RequireSatellite(const std::string& medium, const std::string& target) {
+  std::string source = MediumPath(medium);
+  TEVUnicodeString message;
+  if (TEVInsCheckMediaSAT(source.data(), &message) != 0) throw Refused(message);
+  const auto required = static_cast<unsigned int>(SatComputeRequired(source.data(), message));
+  if (FreeSpace(target) / 1024 < required) {
+    throw Refusal("The satellite needs " + std::to_string(required) + " MB in " + target + ".\n");
+  }
+  RequireWritable(SystemFile(kServices));
+  RequireWritable(SystemFile(kInetd));
+}
+
+void InstallSatellite(const std::string& medium, const std::string& target) {
+  std::string dir = target + "/satellite";
+  std::string created = dir;
+  if (TEVInsCreateDirectory(created.data()) != 0) {
+    throw Refusal("The directory " + dir + " cannot be made.\n");
+  }
+  std::string command = "cd " + dir + " && compress -d -c " + MediumPath(medium) + "/" +
+                        kSatelliteArchive + " | tar -xf -";
+  TEVUnicodeString message;
+  if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
+  if (SatUpdateService(message) < 0) {
+    throw Refusal("The satellite cannot be registered in " + SystemFile(kServices) + ".\n");
+  }
+  if (SatUpdateInet(dir.data(), message) < 0) throw Refused(message);
+  Say("The rendering satellite is installed in " + dir + " and registered.");
+}

@@ -1,0 +1,45 @@
+#include "system_files.h"
+
+#include <kb0core/TEVFile.h>
+
+#include <filesystem>
+#include <system_error>
+
+#include "files.h"
+#include "formats.h"
+#include "paths.h"
+#include "refusal.h"
+
+namespace fs = std::filesystem;
+
+void UseScratch(const std::string& dir) {
+  RequirePlainPath("directory", dir);
+  if (!fs::is_directory(dir)) throw Refusal("The directory " + dir + " does not exist.\n");
+  for (const std::string name : {kServices, kInetd}) {
+    // An interrupted run has left the file under this name.
+    if (!fs::exists(dir + "/" + name) && fs::exists(dir + "/" + name + kRewritten)) continue;
+    std::error_code ignored;
+    if (!fs::exists(dir + "/" + name)) fs::copy_file("/etc/" + name, dir + "/" + name, ignored);
+    AppendToFile(dir + "/" + name, "");
+  }
+  UseSystemFilesIn(dir);
+}
+
+void RequireWritable(const std::string& path) {
+  if (fs::is_regular_file(path) && TEVFileAccess(path.c_str(), 2) == 0) return;
+  throw Refusal("The file " + path +
+                " cannot be written. Be root, or use --scratch DIR or --no-services.\n");
+}
+
+void RestoreSystemFiles() {
+  for (const char* name : {kServices, kInetd}) {
+    const std::string file = SystemFile(name);
+    if (!Exists(file)) TEVRenameFile((file + kRewritten).c_str(), file.c_str());
+  }
+  const std::string inetd = SystemFile(kInetd);
+  if (!Exists(inetd + kRewritten)) return;
+  throw Refusal("An earlier run may have been interrupted while it rewrote " + inetd +
+                ", which was " + inetd +
+                ".tmp before: compare the two, put the good one in the place of " + inetd +
+                ", remove the other, and run the command again.\n");
+}

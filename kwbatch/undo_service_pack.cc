@@ -1,0 +1,35 @@
+#include "commands.h"
+#include "console.h"
+#include "log.h"
+#include "pack.h"
+#include "pack_files.h"
+#include "request.h"
+#include "tree.h"
+
+namespace {
+
+void Undo(Pack& pack) {
+  pack.Enter(Journal::Phase::kUndoing);
+  CutFragment(pack.system_dir, pack.journal.table_size);
+  Restore(pack);
+  PruneTable(pack);
+  DeleteLeftovers(pack);
+  DeleteRecords(pack);
+}
+
+}  // namespace
+
+void UndoServicePack(const Options& options) {
+  const Request request = RequestOf(options);
+  for (Pack& pack : UncommittedPacks(request)) {
+    if (pack.journal.phase == Journal::Phase::kRepairing ||
+        pack.journal.phase == Journal::Phase::kCommitting) {
+      throw pack.journal.NotFinished(pack.system_dir);
+    }
+    Log log(request.log,
+            " undo of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+    Undo(pack);
+    log.Succeeded();
+    Say("Service pack " + pack.journal.pack + " is taken out of " + pack.system_dir + ".");
+  }
+}
