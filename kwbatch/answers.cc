@@ -9,7 +9,6 @@
 #include <stdexcept>
 #include <vector>
 
-#include "console.h"
 #include "files.h"
 #include "nearest.h"
 #include "option_table.h"

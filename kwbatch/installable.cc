@@ -6,7 +6,6 @@
 #include "formats.h"
 #include "integrity.h"
 #include "journal.h"
-#include "paths.h"
 #include "refusal.h"
 #include "tree.h"
 

@@ -8,7 +8,6 @@
 #include "console.h"
 #include "paths.h"
 #include "refusal.h"
-#include "tree.h"
 
 namespace {
 
@@ -103,6 +102,24 @@ void ExportMetaSearch(const Options& options) {
   }
 }
 
+/// The trees beside the product.
+void ExportTrees(const Options& options) {
+  TEVUnicodeString message;
+  Require(ExportK6(options.Has(option::kK6), OptionText(options, option::kK6).get(),
+                   options.Number(option::kK6Library, 1), options.Has(option::kDrx),
+                   OptionText(options, option::kDrx).get(), &message),
+          message, "--k6 or --drx");
+}
+
+void ExportTck(const Options& options) {
+  TEVUnicodeString message;
+  std::string mode = options.Has(option::kTckMode) ? options.Text(option::kTckMode) : "Server";
+  Require(ExportTCK(mode.data(), OptionText(options, option::kTckServer).get(),
+                    options.Number(option::kTckPort, 20060), options.Has(option::kTckBoot),
+                    &message, 0),
+          message, "--tck-server");
+}
+
 }  // namespace
 
 void ExportSettings(const Options& options) {
@@ -114,19 +131,8 @@ void ExportSettings(const Options& options) {
                                 OptionText(options, option::kPublishPath).get(), &message),
           message, "a data directory");
   if (options.Has(option::kJavaHome)) ExportJava(options);
-  if (options.Has(option::kK6) || options.Has(option::kDrx)) {
-    Require(ExportK6(options.Has(option::kK6), OptionText(options, option::kK6).get(),
-                     options.Number(option::kK6Library, 1), options.Has(option::kDrx),
-                     OptionText(options, option::kDrx).get(), &message),
-            message, "--k6 or --drx");
-  }
-  if (options.Has(option::kTckServer)) {
-    std::string mode = options.Has(option::kTckMode) ? options.Text(option::kTckMode) : "Server";
-    Require(ExportTCK(mode.data(), OptionText(options, option::kTckServer).get(),
-                      options.Number(option::kTckPort, 20060), options.Has(option::kTckBoot),
-                      &message, 0),
-            message, "--tck-server");
-  }
+  if (options.Has(option::kK6) || options.Has(option::kDrx)) ExportTrees(options);
+  if (options.Has(option::kTckServer)) ExportTck(options);
   if (options.Has(option::kInformationPath)) {
     Require(ExportMorvelInfo(1, OptionText(options, option::kInformationPath).get(),
                              OptionText(options, option::kInformationEnvPath).get(),

@@ -2,7 +2,6 @@
 
 #include "console.h"
 #include "refusal.h"
-#include "tree.h"
 
 void Transfer(const Medium& medium, std::string name, std::string target, int languages, Log& log) {
   std::string source = medium.dir;

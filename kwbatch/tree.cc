@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <utility>
 
-#include "console.h"
 #include "files.h"
 #include "formats.h"
 #include "paths.h"
