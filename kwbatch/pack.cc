@@ -12,7 +12,13 @@
 #include "refusal.h"
 #include "tree.h"
 
-void Pack::Enter(Journal::Phase phase) {
+namespace {
+
+using Phase = Journal::Phase;
+
+}  // namespace
+
+void Pack::Enter(Phase phase) {
   journal.phase = phase;
   journal.Write(system_dir);
 }
@@ -46,17 +52,16 @@ Pack PackToInstall(const Medium& medium, const std::string& target) {
   Pack pack{SystemDir(medium, target), medium.os, ContentOf(medium.kind).type, {}};
   const std::string name = UpdateName(medium);
   const std::optional<Journal> journal = Journal::Read(pack.system_dir);
-  if (journal && (journal->pack != name || journal->phase == Journal::Phase::kUndoing ||
-                  journal->phase == Journal::Phase::kCommitting)) {
+  if (journal && (journal->pack != name || journal->phase == Phase::kUndoing ||
+                  journal->phase == Phase::kCommitting)) {
     throw journal->NotFinished(pack.system_dir);
   }
   pack.journal = journal ? *journal : JournalOf(medium, name, pack.system_dir);
   const bool installed =
       OpenInstalled(pack.system_dir)->GetSPKLevel(1) == medium.toc->GetSPKLevel(1);
   // A committed pack stays committed: there is nothing to go back to.
-  if (!journal && installed) pack.journal.phase = Journal::Phase::kRepairing;
-  if (journal && journal->phase == Journal::Phase::kPending)
-    pack.journal.phase = Journal::Phase::kInstalling;
+  if (!journal && installed) pack.journal.phase = Phase::kRepairing;
+  if (journal && journal->phase == Phase::kPending) pack.journal.phase = Phase::kInstalling;
   return pack;
 }
 

@@ -16,6 +16,8 @@
 
 namespace {
 
+using Phase = Journal::Phase;
+
 /// Runs the pack's post-install programs, whose output goes to the log.
 void RunPostInstall(const Pack& pack, Log& log) {
   std::string suffix = pack.journal.pack;
@@ -34,7 +36,7 @@ void ServicePack(const Options& options) {
   const Medium medium = InstallableUpdate(OpenMedium(request.medium, request.os), request, false);
   Pack pack = PackToInstall(medium, request.target);
   Log log(request.log, " service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
-  const bool repair = pack.journal.phase == Journal::Phase::kRepairing;
+  const bool repair = pack.journal.phase == Phase::kRepairing;
 
   pack.Enter(pack.journal.phase);
   MarkInterrupted(pack);
@@ -54,7 +56,7 @@ void ServicePack(const Options& options) {
   if (repair) {
     Delete(JournalPath(pack.system_dir));
   } else {
-    pack.Enter(Journal::Phase::kPending);
+    pack.Enter(Phase::kPending);
   }
   log.Succeeded();
   Say("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
