@@ -1,11 +1,16 @@
 # shellcheck shell=bash
 # Sourced by the end-to-end tests with BUILDDIR and SOURCEDIR as $1 and $2: a directory $work of
 # their own, and what they have in common.
+set -euo pipefail
 export LC_ALL=C TEVMsgCatalogPath=$2/resources/msgcatalog
 umask 022
 kwbatch=$1/kwbatch/kwbatch
 make_media=$2/examples/sample-medium/make-media.sh
+sample_media=$1/tests/sample_media
 work=$(mktemp -d)
+media=$work/media
+# shellcheck disable=SC2034 # for the tests
+system=$work/tree/aix_a
 trap 'rm -rf "$work"' EXIT
 
 fail() {
@@ -33,6 +38,29 @@ expect_refusal() {
   expect_text "$1"
 }
 
+# expect_check STATUS TEXT MEDIUM TREE [OPTION...]: the check says the text, and writes nothing.
+expect_check() {
+  local before
+  before=$(times)
+  run "$1" check "$media/$3" "$work/$4" "${@:5}"
+  expect_text "$2"
+  [[ $before == "$(times)" ]] || fail "the check of $3 on $4 wrote something"
+}
+
+# times: what changes when anything but the scratch directory is written.
+times() {
+  (cd "$work" && find . -path ./scratch -prune -o -mindepth 1 -not -name output -printf '%p %T@ %s\n')
+}
+
+# content TREE: everything in it with its mode, and the content of the files.
+content() {
+  (cd "$work/$1" && find . -printf '%p %y %m %U %l\n' | sort &&
+    find . -type f -exec cksum {} + | sort)
+}
+
+# expect_content NAME TREE: the tree is as it was when its content was written to $work/NAME.
+expect_content() { content "$2" | diff "$work/$1" - || fail "the $2 is not as it was $1"; }
+
 new_scratch() {
   rm -rf "$work/scratch"
   mkdir "$work/scratch"
@@ -44,9 +72,32 @@ skip() {
   exit 77
 }
 
-# The sample media, in $work/media.
-make_sample_media() {
+# take_media: a copy of the sample media in $media. The tests of one build directory make them once.
+take_media() {
   command -v compress >/dev/null || skip 'there is no compress'
-  cd "$work" || exit
-  "$make_media" "$work/media"
+  (
+    flock 9
+    [[ $sample_media -nt $make_media ]] && exit
+    rm -rf "$sample_media"
+    "$make_media" "$sample_media.new" && mv "$sample_media.new" "$sample_media"
+  ) 9>"$sample_media.lock"
+  cp -r "$sample_media" "$media"
+  # No archives: the compressed ones beside them are to be taken.
+  touch "$media/ga/aix_a/Modeler" "$media/sp1/SP1"
+  cd "$work"
+  new_scratch
+}
+
+# install_tree: the products of one system in $work/tree.
+install_tree() {
+  take_media
+  run 0 install "$media/ga" "$work/tree" --os aix_a
+}
+
+# install_service_pack: the products with the first service pack, whose content is $work/committed.
+install_service_pack() {
+  install_tree
+  run 0 service-pack "$media/sp1" "$work/tree"
+  run 0 commit "$work/tree"
+  content tree >"$work/committed"
 }

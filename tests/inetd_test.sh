@@ -1,7 +1,6 @@
 #!/usr/bin/env bash
 # inetd_test.sh BUILDDIR SOURCEDIR: a real inetd serves what kwbatch registered in the system's
 # files, which are those of a namespace of this test's own.
-set -euo pipefail
 export PATH=$PATH:/usr/sbin:/sbin
 # shellcheck source=tests/helpers.sh
 source "$2/tests/helpers.sh"
@@ -47,7 +46,7 @@ install() {
 }
 
 inside() {
-  make_sample_media
+  take_media
   chmod 755 "$work"
   make_etc
   install aix_a 28671

@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# answers_test.sh BUILDDIR SOURCEDIR: the options of one machine serve another. What the
+# command line says comes first.
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
+
+take_media
+medium=$media/ga
+site=$work/site.ini
+expect_exit 0 "$kwbatch" check "$medium" "$work/answered" --scratch "$work/scratch" --fonts \
+  --os aix_a --languages French --metasearch-server ' "a;b", #d' --save-answers "$site"
+[[ $(stat -c %a "$site") == 600 ]] || fail 'others may read the answers'
+expect_exit 0 "$kwbatch" install "$medium" "$work/answered" --answers "$site" --quiet \
+  --languages Korean --log "$work/own.log" --save-answers "$work/again.ini"
+[[ ! -s $work/output ]] || fail 'not quiet'
+[[ ! -e $work/answered/solaris_a && ! -e $work/scratch/kwinst.log ]] || fail 'unread answers'
+printf 'Language-indexed fonts\nKorean\n\n' | cmp - "$work/answered/aix_a/NLS.txt" || fail languages
+(($(grep -cxE '={58}' "$work/own.log") == 2)) || fail 'own.log lacks its banner or closing line'
+sed -e 's/^languages = French/languages = Korean/' -e "s|^;log =.*|log = $work/own.log|" \
+  -e 's/^;quiet =.*/quiet = yes/' "$site" | diff - "$work/again.ini" || fail 'answers are lost'
+# What the log does not take is shown, and the exit status tells it.
+expect_exit 1 "$kwbatch" install "$medium" "$work/unlogged" --answers "$site" --quiet \
+  --log /dev/full
+expect_text 'cannot be written'
+expect_text '] done'

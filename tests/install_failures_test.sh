@@ -1,0 +1,64 @@
+#!/usr/bin/env bash
+# install_failures_test.sh BUILDDIR SOURCEDIR: media that are foreign or
+# damaged, targets that are refused, and full disks.
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
+
+take_media
+medium=$media/ga
+
+# A medium whose table leads out of the target.
+mkdir -p "$work/foreign" "$work/victim/resources/msgcatalog/French"
+echo 'code:PRD:X:os=../victim' >"$work/foreign/TOC"
+expect_refusal ../victim install "$work/foreign" "$work/new" --languages none
+printf '%s\n' 'code:PRD:X;touch:os=aix_a' 'code:PRD:../X' >"$work/foreign/TOC"
+expect_refusal 'X;touch' install "$work/foreign" "$work/new"
+[[ -d $work/victim/resources/msgcatalog/French ]] || fail 'a directory outside was removed'
+
+mkdir "$work/empty"
+touch "$work/file"
+expect_refusal "$work/empty" install "$work/empty" "$work/new"
+expect_refusal relative install "$medium" relative
+expect_refusal "$work/file" install "$medium" "$work/file/tree"
+expect_refusal "$work/with blank" install "$medium" "$work/with blank"
+[[ ! -e $work/new && ! -e $work/relative && ! -e "$work/with blank" ]] ||
+  fail 'a refused target was made'
+
+archive=$work/damaged/Modeler.Z
+cp -r "$medium/aix_a" "$work/damaged"
+head -c 9000 "$medium/aix_a/BASE" >"$work/damaged/BASE"
+expect_refusal "$work/damaged/BASE" install "$work/damaged" "$work/broken"
+cp "$medium/aix_a/BASE" "$work/damaged"
+head -c 9000 "$medium/aix_a/Modeler.Z" >"$archive"
+expect_refusal "$archive" install "$work/damaged" "$work/broken"
+expect_refusal "$archive" install "$work/damaged" "$work/broken" --quiet --log /dev/full
+expect_text 'Filesystem information'
+expect_text 'tar: '
+grep -qF "$(sum -r "$archive")" "$work/scratch/kwinst.log" || fail 'no checksum in kwinst.log'
+# In a bare root directory df may know no file system, and then prints nothing.
+grep -qF "$(df -k -i 2>/dev/null | head -n 1)" "$work/scratch/kwinst.log" ||
+  fail 'no file systems in kwinst.log'
+[[ -z $(find "$work/broken" -name TEVInsErrorTransfer.log) ]] || fail 'a side log is left behind'
+# The installation is taken up where it failed.
+cp "$medium/aix_a/Modeler.Z" "$work/damaged"
+run 0 install "$work/damaged" "$work/broken"
+cmp "$medium/aix_a/TOC" "$work/broken/aix_a/control/PRESENT" || fail 'PRESENT after a failure'
+
+# install_on_disk SIZE TEXT: an installation that the disk is too small for, and says so.
+install_on_disk() {
+  new_scratch
+  # shellcheck disable=SC2016
+  expect_exit 1 unshare -m bash -c \
+    'mount -t tmpfs -o size="$4" none "$2" && exec "$0" install "$1" "$2/tree" --scratch "$3"' \
+    "$kwbatch" "$medium" "$work/small" "$work/scratch" "$1"
+  expect_text "$2"
+}
+
+mkdir "$work/small"
+if ! unshare -m mount -t tmpfs none "$work/small" 2>/dev/null; then
+  echo 'Not tried: a full disk, because this user may not mount one.'
+  exit
+fi
+install_on_disk 64k "$work/small/tree"
+# Small files take more of a disk than archives show: this one fills up on the way.
+install_on_disk 1500k "cd $work/small/tree;"

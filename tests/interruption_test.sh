@@ -1,0 +1,46 @@
+#!/usr/bin/env bash
+# interruption_test.sh BUILDDIR SOURCEDIR: service packs whose transfer fails in its middle, as on a
+# full disk, and then goes well: nothing of what was saved is lost.
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
+
+# run_interrupted ARGUMENT...: kwbatch fails, since only one file is unpacked.
+run_interrupted() { PATH=$work/bin:$PATH run 1 "$@"; }
+
+install_service_pack
+mkdir "$work/bin"
+cat >"$work/bin/tar" <<'TAR'
+#!/bin/sh
+[ "$1 $#" = "-xf 2" ] || exec /bin/tar "$@"
+/bin/tar "$@" aix_a/code/bin/TEVModeler
+exit 2
+TAR
+chmod +x "$work/bin/tar"
+run_interrupted service-pack "$media/sp2" "$work/tree"
+[[ -e $system/code/bin/TEVModeler.beforeSPK ]] || fail 'nothing was saved'
+expect_refusal 'not finished' commit "$work/tree"
+expect_refusal 'not finished' service-pack "$media/sp1" "$work/tree"
+run 0 undo-service-pack "$work/tree"
+expect_content committed tree
+run_interrupted service-pack "$media/sp2" "$work/tree"
+run 0 service-pack "$media/sp2" "$work/tree"
+# Once more, over a file of the pack that is missing.
+rm "$system/code/bin/TEVDrafting"
+run 0 service-pack "$media/sp2" "$work/tree"
+run 0 verify "$work/tree"
+# An undo that cannot rename a file, and is repeated.
+mv "$system/code/bin/TEVModeler" "$work/TEVModeler"
+mkdir -p "$system/code/bin/TEVModeler/full"
+run 1 undo-service-pack "$work/tree"
+rm -r "$system/code/bin/TEVModeler"
+run 0 undo-service-pack "$work/tree"
+expect_content committed tree
+# A committed pack that is set over a damaged file stays committed.
+rm "$system/code/bin/TEVRepair"
+expect_refusal 'code/bin/TEVRepair: is missing' verify "$work/tree"
+expect_check 1 'again' hf1 tree
+expect_check 0 'may be installed' sp1 tree
+run_interrupted service-pack "$media/sp1" "$work/tree"
+run 1 undo-service-pack "$work/tree"
+run 0 service-pack "$media/sp1" "$work/tree"
+expect_content committed tree

@@ -1,0 +1,38 @@
+#!/usr/bin/env bash
+# registration_test.sh BUILDDIR SOURCEDIR: what a tree has to do with its machine: ports and daemons,
+# environments, and programs that run.
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
+
+install_tree
+grep -q '^morvelk7run      20051/tcp  #' "$work/scratch/services" || fail 'no run port'
+mkdir "$work/satellite" "$work/parts"
+echo '#!/bin/sh' >"$work/parts/ray.sh"
+tar -C "$work/parts" -cf - ray.sh | compress -f >"$work/satellite/LumaforgeSatellite.Z"
+echo 2048 >"$work/satellite/LFSFS"
+run 0 install "$media/ga" "$work/tree" --os solaris_a --satellite "$work/satellite" --run-port 20061
+grep -q '^morvelk7run      20061/tcp   #' "$work/scratch/services" || fail 'no new run port'
+grep -q '^mi-ray ' "$work/scratch/inetd.conf" || fail 'no satellite'
+
+printf 'default\n' >"$work/tree/prod.lp"
+printf '/etc/opt\n' >"$work/tree/EnvDir.txt"
+run 0 environment "$work/tree" prod
+expect_text /etc/opt/default.txt
+run 1 environment "$work/tree" none
+expect_refusal 35700 install "$media/ga" "$work/other" --timeout 1
+for setting in '--publish-path relative' '--orb-port 30000 --orb-base 30000' '--run-port 1023' \
+  "--satellite $work/none" '--run-port many' '--tck-port 20000'; do
+  case $setting in *many | --tck*) status=2 ;; *) status=1 ;; esac
+  # shellcheck disable=SC2086
+  run $status install "$media/ga" "$work/other" $setting
+done
+[[ ! -e $work/other ]] || fail 'a refused installation made its target'
+
+cp /bin/sleep "$system/code/bin/TEVSleep"
+"$system/code/bin/TEVSleep" 100 &
+run 0 tasks "$work/tree"
+expect_text TEVSleep
+run 0 tasks "$work/tree" --stop
+wait $! && fail 'a task was not stopped'
+run 0 tasks "$work/tree"
+expect_text ': 0'

@@ -1,0 +1,61 @@
+#!/usr/bin/env bash
+# service_pack_test.sh BUILDDIR SOURCEDIR: service packs and hot fixes: installed, taken back,
+# committed, and refused.
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
+
+install_tree
+content tree >"$work/before"
+expect_check 0 'may be installed' sp1 tree
+expect_check 1 'HF1' hf1 tree
+run 0 service-pack "$media/sp1" "$work/tree"
+run 0 verify "$work/tree"
+grep -q 'setting up Modeler for SP1' "$work/scratch/kwinst.log" || fail 'no post-install program'
+expect_refusal 'tevstart -run TEVSoftwareMgt' service-pack "$media/sp2" "$work/tree"
+expect_check 1 'Commit' hf1 tree
+run 0 undo-service-pack "$work/tree"
+expect_content before tree
+run 1 undo-service-pack "$work/tree"
+run 0 service-pack "$media/sp1" "$work/tree"
+run 0 commit "$work/tree"
+expect_refusal 'waiting for a commit' undo-service-pack "$work/tree"
+run 1 commit "$work/tree"
+content tree >"$work/committed"
+expect_check 1 'already installed' sp1 tree
+run 0 service-pack "$media/sp2" "$work/tree"
+run 0 undo-service-pack "$work/tree"
+expect_content committed tree
+
+# A pack whose list leads out of the tree, or names what would not be saved.
+for path in ../../victim 3d/model; do
+  rm -rf "$work/foreign"
+  mkdir -p "$work/foreign/aix_a/control"
+  echo code:SPK:SP9:os=aix_a:ga=R12:level=9 | tee "$work/foreign/TOC" \
+    >"$work/foreign/aix_a/control/SP9.toc"
+  printf '%s\n644 0 4294967295\n' "$path" >"$work/foreign/aix_a/control/SP9"
+  (cd "$work/foreign" && tar -cf SP9 aix_a)
+  expect_refusal "$path" service-pack "$work/foreign" "$work/tree"
+done
+
+# What a pack would not let come back: a file set aside earlier, and a linked directory.
+touch "$system/code/bin/TEVModeler.beforeSPK"
+expect_refusal TEVModeler.beforeSPK service-pack "$media/sp2" "$work/tree"
+rm "$system/code/bin/TEVModeler.beforeSPK"
+mv "$system/code/bin" "$work/elsewhere"
+ln -s "$work/elsewhere" "$system/code/bin"
+expect_refusal 'symbolic link' service-pack "$media/sp2" "$work/tree"
+rm "$system/code/bin"
+mv "$work/elsewhere" "$system/code/bin"
+expect_content committed tree
+
+# Hot fixes. Those of one service pack go with the next.
+run 1 hot-fix "$media/sp2" "$work/tree"
+run 1 service-pack "$media/hf1" "$work/tree"
+expect_check 0 'may be installed' hf1 tree
+run 0 hot-fix "$media/hf1" "$work/tree"
+run 0 verify "$work/tree"
+expect_check 1 'already installed' hf1 tree
+expect_check 1 'HF1' hf2 tree
+run 0 service-pack "$media/sp2" "$work/tree"
+expect_check 1 'already installed' sp2 tree
+expect_check 1 'level 2' sp1 tree

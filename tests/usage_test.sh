@@ -1,0 +1,59 @@
+#!/usr/bin/env bash
+# usage_test.sh BUILDDIR SOURCEDIR: what kwbatch says of itself, and of wrong command lines.
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
+source=$2
+
+# expect_usage_error TEXT ARGUMENT...
+expect_usage_error() {
+  expect_exit 2 "$kwbatch" "${@:2}"
+  expect_text "$1"
+}
+
+expect_usage_error 'which command?'
+expect_usage_error 'did you mean service-pack?' servicepack a b
+expect_usage_error 'TARGET is required' install a
+expect_usage_error '"c"' install a b c
+expect_usage_error 'did you mean --languages?' install a b --langauges=French
+expect_usage_error 'tasks has no option --os; these have it: install' tasks a --os b
+expect_usage_error '--os must stand behind verify' --os a verify b
+expect_usage_error '--os' install a b --os
+expect_usage_error '--os needs a value' install a b --os=
+expect_usage_error '--orb-base needs --orb-port' install a b --orb-base 7
+expect_usage_error '"7x"' install a b --bb-port 7x --save-answers "$work/wrong.ini"
+expect_usage_error "$work/none.ini" install a b --answers "$work/none.ini"
+printf '; a comment\n[A section]\nstop = yes\nlangauges = French\n' >"$work/wrong.ini"
+expect_usage_error 'did you mean languages?' install a b --answers "$work/wrong.ini"
+echo 'fonts = perhaps' >"$work/wrong.ini"
+expect_usage_error '"perhaps"' install a b --answers "$work/wrong.ini"
+
+red=$'\e[31m'
+if script -qc true /dev/null 2>/dev/null; then
+  script -qc "TERM=xterm '$kwbatch' none" /dev/null | grep -qF "$red" || fail 'no colour on a terminal'
+  ! script -qc "NO_COLOR=1 TERM=xterm '$kwbatch' none" /dev/null | grep -qF "$red" || fail NO_COLOR
+else
+  echo 'Not tried: colours, because there are no terminals.'
+fi
+TERM=xterm expect_usage_error '"none"' none
+! grep -qF "$red" "$work/output" || fail 'a colour in a file'
+
+# complete_words WORD...: what bash proposes for the last word.
+complete_words() {
+  COMP_WORDS=("$kwbatch" "$@") COMP_CWORD=$#
+  _kwbatch
+  printf '%s\n' "${COMPREPLY[*]}"
+}
+
+# shellcheck source=kwbatch/kwbatch.bash
+source "$source/kwbatch/kwbatch.bash"
+[[ $(complete_words ver) == verify ]] || fail 'completion of a command'
+[[ $(complete_words --scratch /tmp verify --o) == --os ]] || fail 'completion of an option'
+[[ $(complete_words install --languages Ja) == Japanese ]] || fail 'completion of a language'
+[[ -z $(complete_words install --os ver) ]] || fail 'completion of a value'
+
+# The manual names what the help does.
+for command in '' $("$kwbatch" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'); do
+  "$kwbatch" ${command:+"$command"} --help
+done | grep -oE -- '--[a-z0-9-]+' | sort -u >"$work/help"
+sed 's/\\-/-/g' "$source/docs/kwbatch.1" | grep -oE -- '--[a-z0-9-]+' | sort -u |
+  diff "$work/help" - || fail 'kwbatch --help and kwbatch(1) differ'
