@@ -9,6 +9,27 @@
 
 namespace {
 
+// Which lines go and come is shown by fuzz/lines_fuzz.cc.
+using LineTest = Fixture;
+
+TEST_F(LineTest, LinesWithATextGo) {
+  Write("file", "first line\nold line\nan old line\n");
+  EXPECT_EQ(TEVInsSuppressLine(CharPath(Path("file")), CharPath("old"), nullptr, 1), 1);
+  EXPECT_EQ(Read(Path("file")), "first line\nan old line\n");  // 1: at the start only
+  EXPECT_EQ(TEVInsSuppressLine(CharPath(Path("file")), CharPath("old"), nullptr, 0), 1);
+  EXPECT_EQ(Read(Path("file")), "first line\n");
+}
+
+TEST_F(LineTest, NoFileIsMadeAndTheModeStays) {
+  CharPath file(Path("file")), text("text");
+  EXPECT_EQ(TEVInsSuppressLine(file, text, nullptr, 1) + TEVInsAddLine(file, text, nullptr), -2);
+  EXPECT_FALSE(Exists(file.str()) || Exists(file.str() + ".tmp" + std::to_string(getpid())));
+  chmod(Write("file", "text a\nend").c_str(), 0751);
+  EXPECT_EQ(TEVInsSuppressLine(file, text, nullptr, 1), 1);
+  EXPECT_EQ(Read(file.str()), "end");
+  EXPECT_EQ(std::filesystem::status(file.str()).permissions(), std::filesystem::perms(0751));
+}
+
 class TransferTest : public Fixture {
  protected:
   /// Packs the files below parts/ as `name`, and then removes them.
@@ -80,19 +101,6 @@ TEST_F(TransferTest, AFailureLeavesASideLogForTheLog) {
   WriteLogErrorTransfer(CharPath(Path("missing")), nullptr);
   WriteLogErrorTransfer(CharPath(Path("tree")), nullptr);
   EXPECT_EQ(SideLog().find(archive), std::string::npos) << "the checksum of which archive?";
-}
-
-// Which lines go and come is shown by fuzz/lines_fuzz.cc.
-using LineTest = Fixture;
-
-TEST_F(LineTest, NoFileIsMadeAndTheModeStays) {
-  CharPath file(Path("file")), text("text");
-  EXPECT_EQ(TEVInsSuppressLine(file, text, nullptr, 1) + TEVInsAddLine(file, text, nullptr), -2);
-  EXPECT_FALSE(Exists(file.str()) || Exists(file.str() + ".tmp" + std::to_string(getpid())));
-  chmod(Write("file", "text a\nend").c_str(), 0751);
-  EXPECT_EQ(TEVInsSuppressLine(file, text, nullptr, 1), 1);
-  EXPECT_EQ(Read(file.str()), "end");
-  EXPECT_EQ(std::filesystem::status(file.str()).permissions(), std::filesystem::perms(0751));
 }
 
 }  // namespace

@@ -47,6 +47,13 @@ class ServicesTest : public Fixture {
   const Run ray_ = [this] { return SatUpdateInet(CharPath("/s"), message_); };
 };
 
+TEST_F(ServicesTest, AServiceGetsItsNewPort) {
+  Write("services", "ftp 21/tcp\nmorvelk7run 1/tcp\nssh 22/tcp\n");
+  EXPECT_EQ(UpdateNewPorts(0, 5001, 0, CharPath(Path("services")), &message_), 1);
+  EXPECT_EQ(Read(Path("services")),
+            "ftp 21/tcp\nmorvelk7run      5001/tcp   #Brovik Communication ports\nssh 22/tcp\n");
+}
+
 TEST_F(ServicesTest, ReadsTheSpaceThatTheSatelliteNeeds) {
   EXPECT_EQ(SatComputeRequired(CharPath(dir_), message_), 0) << "no file";
   for (const char* size : {"", "\n2047 KB"}) {
@@ -74,6 +81,7 @@ TEST_F(ServicesTest, FilesThatCannotBeOpened) {
     chmod(Write(file, "morvelk7run").c_str(), 0444);
   }
   AsNobody([&] { expect_refusals(EACCES); });
+  for (const std::string& file : {services_, inetd_}) chmod(file.c_str(), 0644);
   const Run too_long = [this] { return UpdateDemon(CharPath(std::string(974, 'd')), &message_); };
   ExpectRun(too_long, -1, Message("ErrWndWriteServicesFile", inetd_));
   MakeDir("inetd.conf.tmp");

@@ -49,6 +49,14 @@ class ServicePackTest : public Fixture {
   std::string unpacked_;
 };
 
+TEST_F(ServicePackTest, TheLineOfAServicePackGoes) {
+  TEVInsResetPresent reset;
+  Write("PRESENT", "code:FWK:BASE:ga=R12\ncode:SPK:SP3:level=3\nzeb2:SPK:SP3\n");
+  EXPECT_EQ(reset.InitSource(CharPath(Path("PRESENT"))) + reset.InitDest(CharPath(Path("new"))), 0);
+  EXPECT_EQ(reset.Remove(CharPath("SP3"), code), 0);
+  EXPECT_EQ(Read(Path("new")), "code:FWK:BASE:ga=R12\nzeb2:SPK:SP3\n");
+}
+
 TEST_F(ServicePackTest, WritesTheHeadOfALineThatStays) {
   const std::tuple<std::string, int, const char*> kLines[] = {
       {"code:SPK:SP3:level=3", 0, ":level=3"},
