@@ -38,5 +38,5 @@ run 0 undo-service-pack "$work/sdk"
 expect_content before sdk
 mv "$system/control/PRESENT" "$work/present"
 mkdir "$system/control/PRESENT"
-expect_check 1 'PRESENT' sp1-sdk sdk
+expect_check 1 'Service Pack level' sp1-sdk sdk
 [[ ! -e NUL ]] || fail 'a file NUL is left behind'
