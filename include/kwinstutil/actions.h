@@ -5,65 +5,110 @@
 
 #include "kwinstutil/export.h"
 
-// Commands and file operations after a copy. Each tells its outcome in `*message` on success and on
-// failure, so `message` must not be null. Commands and paths go to the shell as they are, and what
-// the shell prints is not captured.
-//
-// All return
-//     1  done;
-//    -1  failed;
-//   -10  another argument is null (`*message` is untouched).
+/// \file
+/// Commands, file operations and setup programs, run after a copy.
+///
+/// `message` must not be null. It is assigned on success and on failure, and untouched when another
+/// argument is refused. Commands, paths and names go to the shell unquoted. What the shell prints
+/// is not captured.
 
-/// Runs `command` through the shell. "CmdSuccessful" or "ErrCmdFailed": the command.
-KWINSTUTIL_EXPORT int TEVInsCommande(char* command, TEVUnicodeString* message) noexcept;
-
-/// Appends the file `from` to the file `to`, which is created when missing. "CmdSucessful" (spelled
-/// so) or "ErrCmdFailed": the command run; "ErrFileNotExist": `from`, when that is missing and
-/// nothing was run. A failure leaves `to` as it was.
-KWINSTUTIL_EXPORT int TEVInsUpdate(char* from, char* to, TEVUnicodeString* message) noexcept;
-
-/// Copies `from` to `to` with cp. "CmdSuccessful" or "ErrCmdFailed": the command run.
-KWINSTUTIL_EXPORT int TEVInsCopyInstall(char* from, char* to, TEVUnicodeString* message) noexcept;
-
-/// Writes `text` and a newline to the file `path`, in the place of what it held. "CreateFile_OK" or
-/// "CreateFile_KO": the path. After a failed write the file may hold a part of the text.
-KWINSTUTIL_EXPORT int TEVInsCreateFile(char* path, char* text, TEVUnicodeString* message) noexcept;
-
-// Setup programs of the product, run once after a copy. `message` must not be null. Commands, paths
-// and the names read from files go to the shell as they are.
+// Commands and file operations.
 
 /// Runs `command` through the shell.
 ///
-/// Returns its exit status: 0 ("PalomirSetupRC_0": no parameter), 1 ("PalomirSetupRC_1": the
-/// command), 2 ("PalomirSetupRC_2": the command), another ("PalomirSetupDefault": the status).
-/// A shell that cannot be started, or that a signal ended, counts as 0.
-/// -10 when `command` is null (`*message` is untouched).
-KWINSTUTIL_EXPORT int TEVInsPalomirSetup(char* command, TEVUnicodeString* message) noexcept;
+/// Returns
+///     1  done ("CmdSuccessful": command);
+///    -1  failed ("ErrCmdFailed": command);
+///   -10  `command` is null.
+///
+/// Writes: what the command writes.
+/// System: runs the command.
+KWINSTUTIL_EXPORT int TEVInsCommande(char* command, TEVUnicodeString* message) noexcept;
 
-/// 1 when the tree `installDir` has both control/Q8M.prd and code/bin/DRXPeopleUpdate, and so must
-/// have its people data updated; else 0. `installDir` must not be null.
-KWINSTUTIL_EXPORT int TEVInsNeedQDNUpdate(char* installDir) noexcept;
-
-// The functions below run a program with the tree's code/command/tevstart: in the environment named
-// by the first word of a ".lp" file and the first line of EnvDir.txt, both in `installDir` and cut
-// after 1023 characters; in none when one of the files cannot be read. An empty file gives an empty
-// name.
-
-/// Updates the people data of the tree `installDir`, which must not be null. The ".lp" file is
-/// PALOMIR_QDN.lp; `extra` is ignored.
+/// Appends the file `from` to the file `to` with cat. If `to` does not exist, it is created. A
+/// failure leaves `to` as it was.
 ///
 /// Returns
-///    1  done ("CmdDRXPeopleUpdateSuccessful": the command);
-///   -1  failed ("ErrDRXPeopleUpdateFailed": the command, the status as system(3) gives it).
+///     1  done ("CmdSucessful", spelled so: the command run);
+///    -1  `from` does not exist and nothing was run ("ErrFileNotExist": from), or the command
+///        failed ("ErrCmdFailed": the command);
+///   -10  `from` or `to` is null.
+///
+/// Writes: appends to TO, or creates it.
+/// System: runs cat.
+KWINSTUTIL_EXPORT int TEVInsUpdate(char* from, char* to, TEVUnicodeString* message) noexcept;
+
+/// Copies `from` to `to` with cp.
+///
+/// Returns
+///     1  done ("CmdSuccessful": the command run);
+///    -1  failed ("ErrCmdFailed": the command run);
+///   -10  `from` or `to` is null.
+///
+/// Writes: TO.
+/// System: runs cp.
+KWINSTUTIL_EXPORT int TEVInsCopyInstall(char* from, char* to, TEVUnicodeString* message) noexcept;
+
+/// Replaces the content of the file `path` by `text` and a newline. After a failed write the file
+/// may hold a part of the text.
+///
+/// Returns
+///     1  done ("CreateFile_OK": path);
+///    -1  failed ("CreateFile_KO": path);
+///   -10  `path` or `text` is null.
+///
+/// Writes: PATH.
+KWINSTUTIL_EXPORT int TEVInsCreateFile(char* path, char* text, TEVUnicodeString* message) noexcept;
+
+// Setup programs of the product, run once after a copy.
+
+/// Runs `command` through the shell. A shell that cannot be started or is ended by a signal is
+/// treated as exit status 0.
+///
+/// Returns
+///     0  exit status 0 ("PalomirSetupRC_0", no parameter);
+///     1  exit status 1 ("PalomirSetupRC_1": command);
+///     2  exit status 2 ("PalomirSetupRC_2": command);
+///     n  any other exit status ("PalomirSetupDefault": the status);
+///   -10  `command` is null.
+///
+/// Writes: what the command writes.
+/// System: runs the command.
+KWINSTUTIL_EXPORT int TEVInsPalomirSetup(char* command, TEVUnicodeString* message) noexcept;
+
+/// Must the people data of the tree `installDir` be updated? `installDir` must not be null.
+///
+/// Returns
+///   1  yes: INSTALLDIR/control/Q8M.prd and INSTALLDIR/code/bin/DRXPeopleUpdate both exist;
+///   0  no.
+KWINSTUTIL_EXPORT int TEVInsNeedQDNUpdate(char* installDir) noexcept;
+
+// Programs of the tree. They are run with INSTALLDIR/code/command/tevstart in the environment that
+// two files in `installDir` name: the first word of a ".lp" file is its name, the first line of
+// EnvDir.txt its directory. Of each at most 1023 characters are used. If one of the files cannot be
+// read, the program runs without an environment. An empty file gives an empty name.
+
+/// Updates the people data of the tree `installDir`, which must not be null, with DRXPeopleUpdate.
+/// The ".lp" file is PALOMIR_QDN.lp. `extra` is ignored.
+///
+/// Returns
+///    1  done ("CmdDRXPeopleUpdateSuccessful": the command run);
+///   -1  failed ("ErrDRXPeopleUpdateFailed": the command run, the status that system(3) returned).
+///
+/// Writes: what the program writes.
+/// System: runs INSTALLDIR/code/command/tevstart.
 KWINSTUTIL_EXPORT int TEVInsQDNUpdate(char* installDir, TEVUnicodeString* message,
                                       char* extra) noexcept;
 
 /// Runs `program` with `arguments`. The ".lp" file is LPNAME.lp.
 ///
 /// Returns
-///    1  done ("CmdSuccessful": the command);
-///   -1  failed ("ErrCmdFailed": the command);
-///    0  one of the first four arguments is null: nothing was run (`*message` is untouched).
+///    1  done ("CmdSuccessful": the command run);
+///   -1  failed ("ErrCmdFailed": the command run);
+///    0  one of the first four arguments is null, and nothing was run.
+///
+/// Writes: what the program writes.
+/// System: runs INSTALLDIR/code/command/tevstart.
 KWINSTUTIL_EXPORT int TEVInsLaunchExe(char* installDir, const char* lpName, char* program,
                                       char* arguments, TEVUnicodeString* message) noexcept;
 
