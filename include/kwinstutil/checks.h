@@ -11,19 +11,26 @@
 /// \file
 /// Whether a medium may be installed on a tree.
 ///
-/// Unless said otherwise, a null `media` counts as an empty medium, a null `message` means that no
-/// message is wanted, `*message` is assigned on a refusal and untouched otherwise, and nothing is
-/// written to disk. Levels and operating systems are compared as strings; one that a table does not
-/// have equals only a missing one, and is empty in a message. A list of packages for which there is
-/// no memory counts as empty.
+/// Unless a function says otherwise: a null `media` is treated as an empty medium. With a null
+/// `message` no message is made. `*message` is assigned on a refusal and untouched otherwise.
+/// Nothing is written to disk.
+///
+/// Levels and operating systems are compared as strings. Two missing values are equal; a missing
+/// and a present one are not. In a message a missing value is an empty string.
+///
+/// A check takes at most 4096 packages of one kind and type from a medium. If the medium has more,
+/// the TEVInsCheckInstall functions that compare packages may give a wrong answer. The information
+/// text then says how many packages were left out: empty it with TEVINSToc::sResetInfoMsg before
+/// the check, and read it with TEVINSToc::sGetInfoMsg after it. Without memory for a list of
+/// packages, the list is treated as empty.
 
 // What the medium holds.
 
 /// Does the medium hold products or solutions of the content type?
 ///
 /// Returns
-///    0  it does;
-///   -1  it does not ("ErrEmptyMediaToc", no parameter).
+///    0  yes;
+///   -1  no ("ErrEmptyMediaToc", no parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckMedia(TEVINSType type, TEVINSMediaToc* media,
                                        TEVUnicodeString* message) noexcept;
 
@@ -31,220 +38,271 @@ KWINSTUTIL_EXPORT int TEVInsCheckMedia(TEVINSType type, TEVINSMediaToc* media,
 /// and LFSFS? `mediaDir` must not be null.
 ///
 /// Returns
-///    0  both are there;
-///   -2  one is missing ("ErrorNoFile": the path of the first that is).
+///    0  yes, both;
+///   -2  no ("ErrorNoFile": the path of the first file that does not exist).
 KWINSTUTIL_EXPORT int TEVInsCheckMediaSAT(char* mediaDir, TEVUnicodeString* message) noexcept;
 
 /// Does the medium hold a service pack?
 ///
 /// Returns
 ///    0  a service pack of the code;
-///    1  a service pack of the SDK part only, or there is no memory to ask for one (without a
-///       message);
-///    4  no service pack, or there was no memory to ask for one of the code ("ErrorNoSPK", no
-///       parameter).
+///    1  a service pack of the SDK only; or there is no memory to look for one (no message);
+///    4  no service pack ("ErrorNoSPK", no parameter). If there is no memory to look for one of the
+///       code, it is not found.
 KWINSTUTIL_EXPORT int TEVInsCheckMediaSPK(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
 /// Does the medium hold a hot fix?
 ///
 /// Returns
-///    0  it does, or there is no memory to ask;
-///    4  it does not ("ErrorNoHFX", no parameter).
+///    0  yes, or there is no memory to look for one;
+///    4  no ("ErrorNoHFX", no parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckMediaHFX(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
-/// Does the medium hold samples? Unlike the others, this check requires a message string.
+/// Does the medium hold samples?
 ///
 /// Returns
-///    0  it does;
-///   -1  it does not ("ErrEmptyMediaToc", no parameter), or `message` is null: then the medium is
-///       not looked at.
+///    0  yes;
+///   -1  no ("ErrEmptyMediaToc", no parameter); or `message` is null, and the medium was not
+///       examined.
 KWINSTUTIL_EXPORT int TEVInsCheckMediaSMP(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
-// What the tree holds already. A package is missing when the tree's table says exactly that.
+// What the tree already holds. A package is missing when the tree's table says so (-1).
 
-/// Does the medium hold a product or solution of the type that the tree does not? Without a tree
-/// (null) nothing counts as missing. `message` must not be null.
+/// Does the medium hold a product or solution of the type that the tree does not hold? Without a
+/// tree (null) nothing is missing. `message` must not be null.
 ///
 /// Returns
-///   1  it does;
-///   0  all are installed ("ErrWndProductAllInstalled", no parameter).
+///   1  yes;
+///   0  no, all are installed ("ErrWndProductAllInstalled", no parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckInstall(TEVINSType type, TEVINSInstToc* installed,
                                          TEVINSMediaToc* media, TEVUnicodeString* message) noexcept;
 
-/// The same for samples; `message` may be null.
+/// Does the medium hold samples that the tree does not hold? Without a tree (null) nothing is
+/// missing.
 ///
 /// Returns
-///   1  there are samples to install;
-///   0  all are installed ("ErrWndSamplesAllInstalled", no parameter).
+///   1  yes;
+///   0  no, all are installed ("ErrWndSamplesAllInstalled", no parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckInstallSMP(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                             TEVUnicodeString* message) noexcept;
 
-/// Does the medium hold an SDK package that the SDK tree `installed` does not, while the code tree
-/// `installedCode` holds the code that it extends: the package of its name up to ".zeb2"? Without
-/// an SDK tree nothing counts as installed, without a code tree nothing as installable.
+/// Does the medium hold an SDK package that can be installed? The SDK tree `installed` does not
+/// hold it, and the code tree `installedCode` holds the code that it extends: the package with its
+/// name up to ".zeb2". Without an SDK tree (null) no SDK package is installed. Without a code tree
+/// (null) none can be installed.
 ///
 /// Returns
-///   1  it does;
-///   0  all SDK packages are installed ("ErrWndProductAllInstalled"), or the code of the others is
-///      not ("ErrWndProductCodeNotInstalled"); no parameter.
+///   1  yes;
+///   0  no: all SDK packages are installed ("ErrWndProductAllInstalled", no parameter), or the code
+///      of those that are missing is not ("ErrWndProductCodeNotInstalled", no parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckInstallZEB(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                             TEVINSInstToc* installedCode,
                                             TEVUnicodeString* message) noexcept;
 
-/// Does the medium hold a fix package that the tree does not, or another number of them than the
-/// tree has for the code (whatever the type)?
+/// Does the medium hold a fix package that the tree does not hold, or not as many fix packages as
+/// the tree? Those of the tree that are counted are the ones of the code, whatever the type.
 ///
 /// Returns
-///   1  it does;
-///   0  all are installed ("ErrWndProductAllInstalled", no parameter).
+///   1  yes;
+///   0  no, all are installed ("ErrWndProductAllInstalled", no parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckInstallSPK(TEVINSType type, TEVINSInstToc* installed,
                                             TEVINSMediaToc* media,
                                             TEVUnicodeString* message) noexcept;
 
-/// Is the code in `installDir` of the level `gaLevel`, for each operating system that
-/// INSTALLDIR/OSUNIX lists and that has a control/PRESENT? `installDir` must not be null; `message`
-/// may only be null when no table has a problem.
+/// Does the code in `installDir` have the level `gaLevel`? Every operating system that
+/// INSTALLDIR/OSUNIX lists is examined, if it has a control/PRESENT. A word of more than 47
+/// characters in OSUNIX is split there. `installDir` must not be null. `message` may be null only
+/// when no table reports a problem.
 ///
 /// Returns
-///   1  it is;
-///   0  the directory does not exist ("ErrorNoFile": path of OSUNIX; and in the same text
-///      "ErrNoPRESENTForAnyOS": gaLevel, installDir), OSUNIX cannot be read
-///      ("ErrWndOpenControlFile": path, the system's error text), a table has a problem (see
-///      InitInstallToc), a system has another level ("ErrWndGALevelCode": gaLevel, installDir, its
-///      level, its name), or none has a control/PRESENT ("ErrNoPRESENTForAnyOS": gaLevel,
-///      installDir).
+///   1  yes;
+///   0  no, for one of these reasons:
+///      the directory does not exist ("ErrorNoFile": the path of OSUNIX; followed in the same text
+///      by "ErrNoPRESENTForAnyOS": gaLevel, installDir);
+///      OSUNIX cannot be read ("ErrWndOpenControlFile": its path, the system's error text);
+///      a table reports a problem (see InitInstallToc);
+///      a system has another level ("ErrWndGALevelCode": gaLevel, installDir, the level and the
+///      operating system that its table gives);
+///      no system has a control/PRESENT ("ErrNoPRESENTForAnyOS": gaLevel, installDir).
 KWINSTUTIL_EXPORT int TEVInsCheckInstallCode(char* installDir, const char* gaLevel,
                                              TEVUnicodeString* message) noexcept;
 
-/// Does the tree record an SDK directory? Reads the first line of TREEDIR/ZEBDir.txt, at most 1023
-/// characters of it, into `zebDir`, of at least 1024 bytes.
+/// Does the tree record an SDK directory? The first line of TREEDIR/ZEBDir.txt, at most 1023
+/// characters of it, is copied into `zebDir`, which has at least 1024 bytes.
 ///
 /// Returns
-///   1  it does; also when the file cannot be read, and `zebDir` is then as it was;
-///   0  the file does not exist, or an argument is null.
+///   1  yes. If the file exists but cannot be read, `zebDir` is untouched;
+///   0  no, the file does not exist; or an argument is null.
 KWINSTUTIL_EXPORT int TEVInsCheckZEBDir(char* treeDir, char* zebDir) noexcept;
 
 // Levels.
 
-/// Are medium and tree of the same operating system and general-availability level?
+/// Do medium and tree have the same operating system and the same general-availability level?
 ///
 /// Returns
-///    1  they are, or a table is null;
-///    0  they are not ("ErrWndOS" or "ErrWndGALevel": the medium's, the tree's);
+///    1  yes, or a table is null;
+///    0  no ("ErrWndOS" or "ErrWndGALevel": the medium's value, the tree's value);
 ///   -1  `message` is null.
 KWINSTUTIL_EXPORT int TEVInsCheckPrereq(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                         TEVUnicodeString* message) noexcept;
 
-/// As TEVInsCheckPrereq, but 0, without a message, when a table is null.
+/// Does the same as TEVInsCheckPrereq, but requires both tables.
+///
+/// Returns
+///    1  yes;
+///    0  no ("ErrWndOS" or "ErrWndGALevel": the medium's value, the tree's value); or a table is
+///       null (no message);
+///   -1  `message` is null.
 KWINSTUTIL_EXPORT int TEVInsCheckPrereqGA(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
-/// As TEVInsCheckPrereqGA; and the tree's service pack must not be lower than the medium's, else 0:
-/// "ErrWndGASPLevel2" (level, the medium's service pack, level) for a tree without a service pack,
-/// "ErrWndGASPLevel1" (level, the medium's, level, the tree's) for another.
+/// Does the same as TEVInsCheckPrereqGA. In addition, the service pack of the tree must not be
+/// lower than that of the medium.
+///
+/// Returns
+///    1  yes;
+///    0  no ("ErrWndOS" or "ErrWndGALevel": the medium's value, the tree's value); a table is null
+///       (no message); the tree has no service pack ("ErrWndGASPLevel2": the general-availability
+///       level, the medium's service pack, the general-availability level) or a lower one
+///       ("ErrWndGASPLevel1": the same three, the tree's service pack);
+///   -1  `message` is null.
 KWINSTUTIL_EXPORT int TEVInsCheckPrereqGASP(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                             TEVUnicodeString* message) noexcept;
 
 /// May a service pack of level `mediaLevel` be installed on a tree with the level `installedLevel`?
-/// `installDir`, which must not be null, holds control/SPK.list while the installed one is pending:
-/// applied, but not committed.
+/// The installed level is pending (applied, but not committed) while INSTALLDIR/control/SPK.list
+/// exists. `installDir` must not be null.
 ///
 /// Returns
-///    1  yes: a higher level on one that is not pending; the same level on one that is not pending
-///       with `mode` other than 0, or on a pending one with `mode` other than 1;
-///    2  the same level, not pending, `mode` 0;
-///    3  the same level, pending, `mode` 1;
-///   -1  a higher level on a pending one ("ErrWndNoCommit": the tree's, the medium's, the command
-///       that commits), a lower level ("ErrWndErrorCD": the tree's, installDir, the medium's), or
-///       `message` is null.
+///    1  yes: the medium has a higher level and the installed one is not pending; or both levels
+///       are equal, and either the installed one is not pending and `mode` is not 0, or it is
+///       pending and `mode` is not 1;
+///    2  the levels are equal, the installed one is not pending, and `mode` is 0;
+///    3  the levels are equal, the installed one is pending, and `mode` is 1;
+///   -1  no: the medium has a higher level, but the installed one is pending ("ErrWndNoCommit": the
+///       installed level, the medium's, the command that commits); the medium has a lower level
+///       ("ErrWndErrorCD": the installed level, installDir, the medium's); or `message` is null.
 KWINSTUTIL_EXPORT int TEVInsCheckSPKLevel(int mediaLevel, int installedLevel, char* installDir,
                                           int mode, TEVUnicodeString* message) noexcept;
 
-/// Is the code that INSTALLDIR/CodeDir.txt names, for each operating system that its OSUNIX lists
-/// and that has a control/PRESENT, at the service-pack level of the medium, and are the files of
-/// that service pack intact? Without a CodeDir.txt, or with a null `installDir`, the code is looked
-/// for in "/". `message` may only be null when no table has a problem and no system has a higher
-/// level or damaged files. Leaves a file "NUL" in the current directory after each system of the
-/// same level.
+/// Does the code have the service-pack level of the medium, and are the files of that service pack
+/// intact? The code is in the directory that INSTALLDIR/CodeDir.txt names. Without that file, or
+/// with a null `installDir`, it is looked for in "/". Every operating system that its OSUNIX lists
+/// is examined, if it has a control/PRESENT. A word of more than 47 characters in OSUNIX is split
+/// there. If there is no memory for the table of a system, the level of the system before it is
+/// used, or 0 for the first.
+///
+/// `message` may be null only when no table reports a problem and no system has a higher level or
+/// damaged files.
 ///
 /// Returns
-///   1  it is;
-///   0  OSUNIX does not exist ("ErrorNoFile": path) or cannot be read ("ErrWndOpenControlFile":
-///      path, the system's error text), a table has a problem (see InitInstallToc), a system has a
-///      lower level ("ErrorBadMedia_1": the medium's, the system, the medium's) or a higher one
-///      ("ErrorBadMedia_2": its level, the system), or its service pack is damaged
-///      ("ErrorMustReinstallSPKCode": its level, the system).
+///   1  yes;
+///   0  no, for one of these reasons ("system" stands for the operating system that the table
+///      gives):
+///      OSUNIX does not exist ("ErrorNoFile": its path);
+///      OSUNIX cannot be read ("ErrWndOpenControlFile": its path, the system's error text);
+///      a table reports a problem (see InitInstallToc);
+///      a system has a lower level ("ErrorBadMedia_1": the medium's level, system, the medium's
+///      level);
+///      a system has a higher level ("ErrorBadMedia_2": its level, system);
+///      the service pack of a system is damaged ("ErrorMustReinstallSPKCode": its level, system).
+///
+/// Writes: NUL in the current directory, for each system of the same level; it stays there.
 KWINSTUTIL_EXPORT int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
                                            TEVUnicodeString* message) noexcept;
 
 // Commit state and integrity.
 
-/// Is `name`, which must not be null, one of the first `count` of `names`, each ended by a zero
-/// within its 48 bytes? 1 or 0.
+/// Is `name` one of the first `count` of `names`? Each of these ends with a zero byte within its 48
+/// bytes. `name` must not be null.
+///
+/// Returns
+///   1  yes;
+///   0  no.
 KWINSTUTIL_EXPORT int TEVInsCheckUnloadCAF(char names[][48], int count, char* name) noexcept;
 
 /// Reads INSTALLDIR/control/SPKInterrupted.txt, which an interrupted service pack leaves: an
-/// integer into `*interruptedValue` (0 when it is none, the nearest int when it is too large), and
-/// 1 into `*automaticCommit` when the word after it is AUTOMATIC_COMMIT, else 0 (also when
-/// there was no integer, or one that is too large).
+/// integer and a word.
+///
+/// `*interruptedValue` becomes the integer: 0 if there is none, and the nearest int if it is too
+/// large. `*automaticCommit` becomes 1 if the word is AUTOMATIC_COMMIT, and 0 otherwise. It is 0
+/// too if there is no integer, or one that is too large.
 ///
 /// Returns
 ///   1  read;
-///   0  there is no record that can be read, or a pointer is null.
+///   0  the file does not exist or cannot be read, or a pointer is null.
 KWINSTUTIL_EXPORT int TEVInsCheckInterruptSPK(char* installDir, int* interruptedValue,
                                               int* automaticCommit) noexcept;
 
 /// May an SDK medium of service-pack level `spLevel` be installed on the code of `osName` in
-/// `installDir`, or on the code in `installDir` itself when `osName` is null?
+/// `installDir`? With a null `osName`, the code is in `installDir` itself.
 ///
 /// Returns
 ///    1  yes: the code has that level, and it is committed;
-///    0  the table has a problem (see InitInstallToc), the level is pending
-///       ("MsgCheckInstallSPKNotCommitted": installDir, general-availability level, spLevel) or
-///       another ("MsgCheckBadInstalledSPK": the same and the installed level). Without a
-///       general-availability level the last two have no message;
+///    0  no: the table reports a problem (see InitInstallToc); the level is pending
+///       ("MsgCheckInstallSPKNotCommitted": installDir, the general-availability level, spLevel);
+///       or the code has another level ("MsgCheckBadInstalledSPK": the same three, the installed
+///       level). Without a general-availability level the last two have no message;
 ///   -1  `installDir` or `message` is null.
 KWINSTUTIL_EXPORT int TEVInsCheckInstallSPKCommitted(char* installDir, int spLevel, char* osName,
                                                      TEVUnicodeString* message) noexcept;
 
-/// Are the files of the tree as its packages' manifests say? `path` is the system directory; each
-/// missing or damaged file is reported to `report`. `message` must not be null: it is assigned in
-/// every case.
+/// Are the files of the tree as the manifests of its packages say? `path` is the system directory.
+/// Each missing or damaged file is reported to `report`. `message` must not be null; it is assigned
+/// in every case.
 ///
 /// Returns
-///    0  they are ("CheckIntegrityOK", no parameter);
-///   -3  files of a service pack are not ("ErrIntegrityServicePack" when `zebMedia` is 0, else
-///       "ErrIntegrityServicePackZEB": the installed service-pack level);
-///   -2  others are not, or `installed` is null ("ErrCheckMORVELIntegrity", no parameter).
+///    0  yes ("CheckIntegrityOK", no parameter);
+///   -3  no, files of a service pack are damaged: the parameter of the message is the installed
+///       service-pack level ("ErrIntegrityServicePack" if `zebMedia` is 0,
+///       "ErrIntegrityServicePackZEB" otherwise);
+///   -2  no, only other files are damaged; or `installed` is null ("ErrCheckMORVELIntegrity", no
+///       parameter).
+///
+/// Writes: the report, to the stream.
 KWINSTUTIL_EXPORT int TEVInsCheckResult(TEVINSInstToc* installed, char* path, std::ostream& report,
                                         TEVUnicodeString* message, int zebMedia) noexcept;
 
-/// The same.
+/// Does the same as TEVInsCheckResult.
+///
+/// Returns 0, -3 or -2, as TEVInsCheckResult does.
+///
+/// Writes: the report, to the stream.
 KWINSTUTIL_EXPORT int TEVInsCheckIntegrityGA(TEVINSInstToc* installed, char* path,
                                              std::ostream& report, TEVUnicodeString* message,
                                              int zebMedia) noexcept;
 
-/// The same, with the report appended to the file `reportFile`. Whether that can be opened makes no
-/// difference to the result.
+/// Does the same as TEVInsCheckResult, and appends the report to the file `reportFile`. If the file
+/// cannot be opened, the result is the same and there is no report.
+///
+/// Returns 0, -3 or -2, as TEVInsCheckResult does.
+///
+/// Writes: appends to REPORTFILE, or creates it.
 KWINSTUTIL_EXPORT int TEVInsCheckIntegrityGA(TEVINSInstToc* installed, char* path, char* reportFile,
                                              TEVUnicodeString* message, int zebMedia) noexcept;
 
 // Hot fixes.
 
-/// May the hot fix of the medium be installed on the tree, whose system directory is `installDir`?
-/// Leaves a file "NUL" in the current directory when it has to look at the files of a service pack.
+/// May the hot fix of the medium be installed on the tree? `installDir` is its system directory. If
+/// a message would need a name or level that is missing, no message is made.
 ///
 /// Returns
 ///    1  yes;
-///   -1  an argument is null (no message), operating system or level differ (see
-///       TEVInsCheckPrereq), the service packs differ ("ErrHFXLevelSPK": hot fix, installed level,
-///       installed service pack), the installed one is pending ("ErrHFXCommitSPK": it, hot fix) or
-///       damaged ("ErrHFXneedreinstallSPK": it, hot fix), or a hot fix is there already: the same
-///       ("ErrHFXAlreadyInstalled": hot fix) or another ("ErrHFXLevelold": that one, hot fix). A
-///       message that would need a name or level that is missing is left out.
+///   -1  no, for one of these reasons:
+///      an argument is null (no message);
+///      the operating systems or the levels differ (the messages of TEVInsCheckPrereq);
+///      the service packs differ ("ErrHFXLevelSPK": hot fix, the tree's general-availability level,
+///      its service-pack level);
+///      the tree's service pack is pending ("ErrHFXCommitSPK": its level, hot fix);
+///      the tree has this hot fix already ("ErrHFXAlreadyInstalled": hot fix) or another one
+///      ("ErrHFXLevelold": the installed hot fix, hot fix);
+///      the tree's service pack is damaged ("ErrHFXneedreinstallSPK": its level, hot fix).
+///
+/// Writes: NUL in the current directory, if the files of a service pack are checked; it stays
+/// there.
 KWINSTUTIL_EXPORT int TEVInsCheckHFXLevel(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                           char* installDir, TEVUnicodeString* message) noexcept;
 
