@@ -7,68 +7,88 @@
 #include "kwinstutil/export.h"
 #include "kwinstutil/report.h"
 
+/// \file
+/// Archives of components, and text files by line.
+
+// Archives. Paths and names go to the shell unquoted: do not take them from an untrusted source.
+
 /// Transfers a component's archive into the tree `installDir`.
 ///
-/// Unpacks SOURCEDIR/COMPONENT.Z with compress and tar, or SOURCEDIR/COMPONENT with tar when there
-/// is no compressed one. Then, with an `osDir`, removes the languages whose bits are clear in
-/// `languages` (see lang.h), and appends the component's table control/COMPONENT.toc to
-/// control/PRESENT; both lie below INSTALLDIR/OSDIR, or below INSTALLDIR when `osDir` is null.
-/// The paths and the name go to the shell unquoted: do not call it with any from an untrusted
-/// source.
+/// SOURCEDIR/COMPONENT.Z is unpacked with compress and tar. If it does not exist,
+/// SOURCEDIR/COMPONENT is unpacked with tar. With an `osDir`, the languages whose bits are clear in
+/// `languages` are then removed (see lang.h). Last, the component's table control/COMPONENT.toc is
+/// appended to control/PRESENT. Both are in INSTALLDIR/OSDIR, or in INSTALLDIR if `osDir` is null.
 ///
-/// On disk: tar's output goes to INSTALLDIR/ErrorTar.log, which a successful unpacking deletes and
-/// a failed one leaves. A failure with status -100 leaves the archive's checksum and the
-/// file-system usage in INSTALLDIR/TEVInsErrorTransfer.log, where that can be written. Files that
-/// were unpacked before a failure stay.
+/// INSTALLDIR/ErrorTar.log receives what tar prints. It is deleted when tar was successful, and
+/// stays when tar failed. Files that were unpacked before a failure stay. Status -100 leaves the
+/// archive's checksum and the file-system usage in INSTALLDIR/TEVInsErrorTransfer.log, if that can
+/// be written.
 ///
-/// `message`
-///   - is assigned when unpacking failed ("ErrCommandInterrupted": the command line);
-///   - is appended with what tar printed, without newlines, when unpacking went well all the same;
-///   - is appended with the message of TEVInsUpdate when the table could not be added;
-///   - is untouched otherwise.
+/// `message` is assigned when unpacking failed ("ErrCommandInterrupted": the command run).
+/// Otherwise what tar printed is appended to it, without newlines, and then, if the table could not
+/// be appended, the message of TEVInsUpdate.
 ///
 /// Returns
 ///      0  transferred;
-///     -1  one of the first three arguments is null: nothing was done;
+///     -1  one of the first three arguments is null, and nothing was done (`message` is untouched);
 ///   -100  failed.
+///
+/// Writes: unpacks into INSTALLDIR; deletes catalogs and stroke fonts there; appends to
+/// control/PRESENT; INSTALLDIR/ErrorTar.log; INSTALLDIR/TEVInsErrorTransfer.log.
+/// System: runs compress, tar, rm, cat, sum and df.
 KWINSTUTIL_EXPORT int TEVInsTransferCAF(char* componentName, char* sourceDir, char* installDir,
                                         const char* osDir, int languages,
                                         TEVUnicodeString& message) noexcept;
 
-/// Appends the checksum of `archive` (unless that is null) and the file-system usage to the side
-/// log TEVInsErrorTransfer.log in `dir`. Writes nothing when the log cannot be opened.
+/// Appends the checksum of `archive` and the file-system usage to the side log
+/// DIR/TEVInsErrorTransfer.log. With a null `archive`, only the usage. Does nothing when the log
+/// cannot be opened.
+///
+/// Writes: appends to DIR/TEVInsErrorTransfer.log, or creates it.
+/// System: runs sum and df.
 KWINSTUTIL_EXPORT void WriteLogErrorTransfer(char* dir, char* archive) noexcept;
 
-/// Copies a side log into `log`, under a heading, and deletes it, also when it cannot be read or
-/// `log` cannot take it. The side log is DIR/TEVInsErrorTransfer.log for the type `zeb2` or a null
-/// `componentName`, and DIR/COMPONENT/TEVInsErrorTransfer.log for every other one; without it
-/// nothing is done. With a null `log` it is only deleted. `dir` must not be null.
+/// Copies a side log into `log`, under a heading, and deletes it. It is deleted even if it cannot
+/// be read or `log` cannot be written. With a null `log` it is only deleted. If it does not exist,
+/// nothing is done. `dir` must not be null.
+///
+/// The side log is DIR/TEVInsErrorTransfer.log for the type `zeb2` or a null `componentName`, and
+/// DIR/COMPONENT/TEVInsErrorTransfer.log otherwise.
+///
+/// Writes: appends to the log; deletes the side log.
 KWINSTUTIL_EXPORT void TEVInsTransferLogInfo(char* dir, const char* componentName, TEVINSType type,
                                              TEVInstallLog* log) noexcept;
 
-// Line editing. `message` is never touched, and may be null.
+// Text files by line. `message` is ignored and may be null.
 
-/// Removes the lines of `file` that begin with `text` (`atStart` non-zero) or contain it anywhere
-/// (zero). What a line holds beyond 2047 characters counts as the next line. The file is replaced
-/// by a new one of the same mode, and of the same owner where that may be given, which is written
-/// beside it as FILE.tmpPID.
+/// Removes lines from `file`: those that begin with `text` if `atStart` is not zero, those that
+/// contain it anywhere if it is zero. A line of more than 2047 characters is read in pieces of
+/// 2047, and each piece is treated as a line.
+///
+/// The other lines are written to FILE.tmpPID, which then replaces FILE. The new file has the mode
+/// of the old one, and its owner if the process may set it. If `file` is a symbolic link, the new
+/// file replaces the link; the file that it leads to stays as it was.
 ///
 /// Returns
-///    1  done. When no line would be left, or FILE.tmpPID cannot be looked at, `file` stays as it
-///       was, and FILE.tmpPID stays beside it;
+///    1  done. If no line would be left, or FILE.tmpPID cannot be examined, FILE stays as it was,
+///       and FILE.tmpPID stays beside it;
 ///   -1  an argument is null, or one of the files cannot be opened, read, written or renamed. FILE
-///       stays as it was; FILE.tmpPID stays when it was made.
+///       stays as it was; FILE.tmpPID stays if it was created.
+///
+/// Writes: replaces FILE; FILE.tmpPID.
 KWINSTUTIL_EXPORT int TEVInsSuppressLine(char* file, char* text, TEVUnicodeString* message,
                                          int atStart) noexcept;
 
-/// Adds `line` and a newline to the end of `file`; a last line without a newline is continued.
-/// `line` is a printf format without arguments: "%%" gives '%', and other conversions are written
-/// as they stand.
+/// Adds `line` and a newline to the end of `file`. If the last line of the file has no newline, it
+/// is continued. `line` is a printf format without arguments: "%%" gives '%', and any other
+/// conversion is written as it is.
 ///
 /// Returns
 ///    1  done;
-///   -1  an argument is null, or `file` does not exist or cannot be written; it keeps its former
+///   -1  an argument is null, or `file` does not exist or cannot be written. It keeps its former
 ///       length.
+///
+/// Writes: appends to FILE.
 KWINSTUTIL_EXPORT int TEVInsAddLine(char* file, char* line, TEVUnicodeString* message) noexcept;
 
 #endif  // KWINSTUTIL_FILES_H_
