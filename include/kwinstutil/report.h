@@ -8,19 +8,26 @@
 
 #include "kwinstutil/export.h"
 
+/// \file
+/// The installation log.
+
 /// The installation log: a text file to which one installation after another is appended.
 ///
-/// An installer makes one object, opens it once, writes, and closes it. While no file is open, what
-/// would be written goes to standard output. In the development mode (VRK_ODT_IN and VRK_ODT_OUT
-/// were both set when a log was last constructed, and VRK_ODT_TMP is set) the log under the home
-/// directory is VRK_ODT_TMP/kwinst.log instead.
+/// An installer constructs one object, opens it once, writes, and closes it. While no file is open,
+/// everything goes to standard output.
 ///
-/// Where an opening fails, `message` is assigned "ErrorOpenLog" with the path tried, or "ErrHOME"
-/// (no parameter) when HOME is unset or empty; it is untouched on success. A path in a directory of
-/// more than 1023 characters counts as one that cannot be opened.
+/// The log in the home directory is HOME/NAME. In the development mode it is
+/// VRK_ODT_TMP/kwinst.log. That mode is on if VRK_ODT_IN and VRK_ODT_OUT were both set when a log
+/// was last constructed, and VRK_ODT_TMP is set. HOME must be set all the same.
+///
+/// If opening fails, `message` is assigned: "ErrHOME" (no parameter) if HOME is unset or empty,
+/// "ErrorOpenLog" with the path otherwise. It is untouched on success. A path in the home directory
+/// or in another directory has at most 1023 characters; a longer one cannot be opened.
 class KWINSTUTIL_EXPORT TEVInstallLog {
  public:
-  /// `name` is a file name, or a path for OpenPathLogFile; null means "kwinst.log".
+  /// `name` is a file name, or a path for OpenPathLogFile. Null means "kwinst.log".
+  ///
+  /// System: reads VRK_ODT_IN and VRK_ODT_OUT.
   explicit TEVInstallLog(char* name) noexcept;
 
   /// Does not close the file: see CloseLogFile.
@@ -29,45 +36,74 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
   TEVInstallLog(const TEVInstallLog&) = delete;
   TEVInstallLog& operator=(const TEVInstallLog&) = delete;
 
-  /// Opens the log in the home directory for appending. Returns 1, or -1 on failure.
+  /// Opens the log in the home directory for appending.
+  ///
+  /// Returns 1, or -1 on failure.
+  ///
+  /// Writes: creates the log.
+  /// System: reads HOME and VRK_ODT_TMP.
   int OpenLogFile(TEVUnicodeString& message) noexcept;
 
-  /// Opens the log in the home directory and writes the opening banner: a rule, the time and
-  /// `header`. Returns 0, unlike the others, or -1 when the log cannot be opened; a banner that it
-  /// cannot take is told as WriteLogFile does.
+  /// Opens the log in the home directory for appending, and writes the opening banner: a rule, the
+  /// time and `header`. If the file cannot take the banner, this is handled as WriteLogFile does.
+  ///
+  /// Returns 0 (deliberate: the other overloads return 1), or -1 if the log cannot be opened.
+  ///
+  /// Writes: creates the log; appends the banner.
+  /// System: reads HOME and VRK_ODT_TMP.
   int OpenLogFile(TEVUnicodeString& header, TEVUnicodeString& message) noexcept;
 
-  /// Opens the log in `directory`, whatever the mode; with a null `directory`, the file
-  /// GetLogFileName(). Returns 1, or -1 on failure.
+  /// Opens DIRECTORY/NAME for appending, in the development mode too. With a null `directory`,
+  /// opens the file GetLogFileName().
+  ///
+  /// Returns 1, or -1 on failure.
+  ///
+  /// Writes: creates the log.
   int OpenLogFile(char* directory, TEVUnicodeString& message) noexcept;
 
-  /// Opens the constructor's `name` as a path; GetLogFileName does not change. Returns 1, or -1 on
-  /// failure.
+  /// Opens the constructor's `name` as a path, of any length, for appending. GetLogFileName does
+  /// not change.
+  ///
+  /// Returns 1, or -1 on failure.
+  ///
+  /// Writes: creates the log.
   int OpenPathLogFile(TEVUnicodeString& message) noexcept;
 
-  /// Writes `text`, which must not be null, and nothing else; a failed write goes unnoticed.
+  /// Writes `text`, which must not be null. A failed write is not reported.
+  ///
+  /// Writes: appends to the log.
   void WriteLogFile(char* text) noexcept;
 
-  /// Writes `text`. When the file cannot take it, prints "ErrWndErrorWriteLog" (GetLogFileName())
-  /// on standard error and `text` on standard output, where everything goes from then on.
+  /// Writes `text`. If the file cannot take it, "ErrWndErrorWriteLog" (GetLogFileName()) is printed
+  /// on standard error and `text` on standard output. From then on everything goes to standard
+  /// output.
+  ///
+  /// Writes: appends to the log.
   void WriteLogFile(TEVUnicodeString& text) noexcept;
 
   /// Closes the file, if one is open.
   void CloseLogFile() noexcept;
 
-  /// Writes the time, `trailer` and a rule, and closes the file.
+  /// Writes the time, `trailer` and a rule, and closes the file. If the file cannot take the
+  /// trailer, this is handled as WriteLogFile does.
+  ///
+  /// Writes: appends the trailer to the log.
   void CloseLogFile(TEVUnicodeString& trailer) noexcept;
 
-  /// Appends the text file `source`, up to its first line that begins with a zero byte; a zero byte
-  /// further in ends its line. Does nothing when no log is open, or `source` cannot be read or is
+  /// Appends the text file `source`, up to its first line that begins with a zero byte. Any other
+  /// zero byte ends its line. Does nothing when no log is open, or `source` cannot be read or is
   /// the log itself.
+  ///
+  /// Writes: appends to the log.
   void CopyFile(char* source) noexcept;
 
-  /// Deletes the file GetLogFileName(), if it exists; an open file stays open.
+  /// Deletes the file GetLogFileName(), if it exists. An open file stays open.
+  ///
+  /// Writes: deletes the log.
   void DeleteLogFile() noexcept;
 
-  /// The path that was last tried in a directory, of those that fit into 1023 characters; empty
-  /// before. It lives as long as the log.
+  /// The path that was last opened, or tried, in the home directory or another directory; empty
+  /// before. A path of more than 1023 characters is not remembered. Valid as long as the log lives.
   char* GetLogFileName() noexcept;
 
   /// The local time as "Sun Nov 15 22:32:20 2026", valid until the next call.
@@ -79,7 +115,7 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
   int OpenStream(const std::string& file, bool fits, TEVUnicodeString& message);
   void Write(const char* text);
 
-  char path_[1024] = "";         ///< what GetLogFileName tells
+  char path_[1024] = "";         ///< what GetLogFileName returns
   std::string name_;             ///< the constructor's name
   std::FILE* stream_ = nullptr;  ///< null while no file is open
 };
