@@ -16,53 +16,75 @@
 
 #include "kwinstutil/export.h"
 
-/// Takes the lines of a service pack out of a control file (control/PRESENT), into a new file:
-/// construct, InitSource, InitDest, Remove, IsLineRemoved. Moving the new file into the place of
-/// the old one is the caller's business. An object serves once.
+/// \file
+/// Service packs: the table and the files of a tree around them, and their programs.
+
+/// Removes the lines of a service pack from a control file (control/PRESENT) and writes the other
+/// lines to a new file. Construct, then call InitSource, InitDest, Remove and IsLineRemoved. The
+/// caller moves the new file into the place of the old one. An object serves once. No argument may
+/// be null.
 ///
-/// A line is TYPE:KIND:NAME, then anything. Of each of the three fields 47 characters count, and of
-/// those what is before a zero byte; in a line with all three, the 48th character of a first or
-/// second field that is longer is taken for the ':' and written as one. The last line needs no
-/// newline, and an empty file has no lines. No argument may be null.
+/// A line is TYPE:KIND:NAME, then anything. Each field is cut at 47 characters and at its first
+/// zero byte. If the first or second field was cut at 47, the next character is replaced by ':';
+/// that is done only in a line with all three fields. The last line needs no newline. An empty file
+/// has no lines.
 class KWINSTUTIL_EXPORT TEVInsResetPresent {
  public:
   TEVInsResetPresent() noexcept;
 
-  /// Closes what is still open.
+  /// Closes the files that are still open.
   ~TEVInsResetPresent() noexcept;
 
   TEVInsResetPresent(const TEVInsResetPresent&) = delete;
   TEVInsResetPresent& operator=(const TEVInsResetPresent&) = delete;
 
-  /// Opens the control file, which is never created. Returns 0, or -1 on failure.
+  /// Opens the control file, which must exist.
+  ///
+  /// Returns 0, or -1 on failure.
   int InitSource(char* path) noexcept;
 
-  /// Opens the new file, in the place of what it held. Returns 0, or -1 on failure, also when it is
-  /// the control file that InitSource has opened, be it through a link: that stays as it is.
+  /// Opens the new file. If it exists, it is emptied.
+  ///
+  /// Returns 0, or -1 on failure.
+  ///
+  /// Writes: empties or creates PATH.
   int InitDest(char* path) noexcept;
 
-  /// Copies every line but those of kind SPK with this type and `name`. Each line copied ends with
-  /// a newline and is flushed.
+  /// Copies every line except those of kind SPK with this `name` and type. Each copied line gets a
+  /// newline and is flushed.
   ///
   /// Returns
-  ///    0  all done; both files are closed;
+  ///    0  done; both files are closed;
   ///   -1  a write failed, or the control file cannot be read to its end. The new file is
-  ///       incomplete, and the files stay open (unless it is the closing that failed).
+  ///       incomplete. The files stay open, unless closing them failed.
+  ///
+  /// Writes: the new file.
   int Remove(char* name, TEVINSType type) noexcept;
 
-  /// Copies a text file, and gives its last line a newline when it has none. Returns 0, or -1 when
-  /// a file cannot be opened, read or written; `to` may then be incomplete. When `from` and `to` are
-  /// one file, also through links, the result is -1 and it stays as it is.
+  /// Copies a text file. If its last line has no newline, the copy gets one.
+  ///
+  /// Returns
+  ///    0  done;
+  ///   -1  a file cannot be opened, read or written. `to` may be incomplete.
+  ///
+  /// Writes: TO.
   static int FileCopy(char* from, char* to) noexcept;
 
-  /// 1 once any object of this process has dropped a line, 0 until then.
+  /// Has any object of this process removed a line?
+  ///
+  /// Returns
+  ///   1  yes;
+  ///   0  no.
   static int IsLineRemoved() noexcept;
 
-  /// Decides one line, which comes without its newline, and writes its first three fields, as many
-  /// as there are, when it is kept: what Remove does with each line.
+  /// Must this line be removed? `line` has no newline. If it is to be kept, its first three fields
+  /// are written to the new file, or as many as there are. What follows them is left in `line`.
   ///
-  /// Returns 0 when the line is to be dropped, else the length of the three fields plus 2; what is
-  /// behind them is left in `line`.
+  /// Returns
+  ///   0  yes;
+  ///   n  no: the length of the fields, plus 2.
+  ///
+  /// Writes: the new file.
   int IsLineToRemove(char* name, std::strstream& line, TEVINSType type) noexcept;
 
  private:
@@ -70,63 +92,78 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
   std::ofstream dest_;
 };
 
-// Files around a service pack. `spkName` is the pack. For the type `zeb2` its control file is
-// control/SPKNAME in its archive, for every other type OSDIR/control/SPKNAME; once unpacked it lies
-// below TEVInsGetTempDir(). It has a path relative to `installDir` in each line. Paths and names go
-// to the shell unquoted.
+// Files around a service pack. `spkName` is the pack. Its control file is control/SPKNAME in the
+// archive for the type `zeb2`, and OSDIR/control/SPKNAME for every other type. It is unpacked into
+// the directory TEVInsGetTempDir(). Each line has a path relative to `installDir`; a line of more
+// than 1023 characters is read in pieces of 1023, and each piece is treated as a line. Paths and
+// names go to the shell unquoted.
 //
-// Both functions below delete the unpacked control file once they have read it or failed to open it
-// (its directories stay), and take lines of more than 1023 characters as several. A line that starts
-// with a zero byte ends the list. They assign `message` on failure:
-//   "ErrWndOpenControlFile.Text"  the unpacked control file, the system's error number; one that
-//                                 cannot be read to its end counts as ending there;
-//   "ErrWndRenameFile.Text"       the file, and the name that it could not be given.
-// What was renamed before a failure stays renamed: each file is there under one of its two names.
+// Both functions delete the unpacked control file, unless they refuse a null argument. Its
+// directories stay.
+//
+// On failure `message` is assigned. Both functions have these messages:
+//   "ErrWndOpenControlFile.Text": the path of the unpacked control file, the system's error number;
+//   "ErrWndRenameFile.Text": the path of a file, the name that it could not be given.
+// If reading the control file fails after it was opened, this is treated as its end. What was
+// renamed before a failure stays renamed: each file exists under one of its two names.
 
-/// Sets the files aside that the service pack will replace: FILE becomes FILE.beforeSPK, in the
-/// place of an earlier one. The control file comes from MEDIADIR/SPKNAME.Z (compress and tar) or,
-/// when there is none, from MEDIADIR/SPKNAME (tar).
+/// Sets aside the files that the service pack will replace: FILE becomes FILE.beforeSPK, which
+/// replaces an earlier one. The control file is unpacked from MEDIADIR/SPKNAME.Z with compress and
+/// tar, or, if that does not exist, from MEDIADIR/SPKNAME with tar. After a failure, the call can
+/// be repeated and does what is left.
 ///
-/// To repeat the call after a failure completes it. A line names its first word, up to a blank.
-/// Lines that begin with a number other than zero or are "0" name nothing, nor do empty ones. A
-/// file that does not exist is passed over; one that cannot be looked at is a failure. `spkName`
-/// must not be null, nor `osDir` unless the type is `code` or `zeb2`.
+/// The path in a line is its first word, which ends at a blank. Ignored are empty lines, lines that
+/// begin with a number other than zero, and "0". A file that does not exist is skipped. A file that
+/// cannot be examined is a failure. `spkName` must not be null, and `osDir` may be null only for
+/// the types `code` and `zeb2`.
 ///
 /// Returns
 ///    0  done;
-///   -1  failed: one of the two messages above; or "ErrWndExtractTar.Text" (the control file's path
-///       in the archive, MEDIADIR/SPKNAME) with "CheckTmpDir" (the temporary directory) appended;
-///       or, without a message, `mediaDir` or `installDir` is null, or `osDir` for the type `code`.
+///   -1  failed: one of the two messages above; or the control file could not be unpacked
+///       ("ErrWndExtractTar.Text": its path in the archive, MEDIADIR/SPKNAME; followed in the same
+///       text by "CheckTmpDir": the temporary directory); or `mediaDir` or `installDir` is null, or
+///       `osDir` for the type `code` (no message).
+///
+/// Writes: renames FILE to FILE.beforeSPK; unpacks the control file below /tmp and deletes it.
+/// System: runs compress and tar.
 KWINSTUTIL_EXPORT int TEVInsSaveFilesBeforeInstall(char* spkName, char* mediaDir, char* installDir,
                                                    const char* osDir, TEVINSType type,
                                                    TEVUnicodeString& message) noexcept;
 
-/// Puts back what was set aside: FILE.beforeSPK becomes FILE, in the place of the service pack's.
-/// The control file must lie unpacked in the temporary directory; after a failure it must be
-/// unpacked there again before the call is repeated.
+/// Puts back the files that were set aside: FILE.beforeSPK becomes FILE and replaces the service
+/// pack's. The control file must already be unpacked in the temporary directory. After a failure it
+/// must be unpacked there again before the call is repeated.
 ///
-/// A line names a file as it stands, blanks and numbers included; an empty line names none. A file
-/// that was not set aside is passed over. No argument may be null, but for `osDir` with `zeb2`.
+/// Deliberate: the path in a line is the whole line, with blanks and numbers. Empty lines are
+/// ignored. A file that was not set aside is skipped. No argument may be null, except `osDir` for
+/// the type `zeb2`.
 ///
 /// Returns
-///    0  done, or there is no unpacked control file, and so nothing to put back;
+///    0  done, or the unpacked control file does not exist, so that there is nothing to put back;
 ///   -1  failed: one of the two messages above.
+///
+/// Writes: renames FILE.beforeSPK to FILE; deletes the control file below /tmp.
 KWINSTUTIL_EXPORT int TEVInsRestoreFiles(char* installDir, char* spkName, const char* osDir,
                                          TEVINSType type, TEVUnicodeString& message) noexcept;
 
-/// Runs the programs INSTALLDIR/code/bin/WORD_SUFFIX, for each word of
-/// INSTALLDIR/control/CAFPost.list (a word of more than 255 characters is split there). One that
-/// does not exist is passed over, and one that fails stops nothing. What they print is appended to
-/// `logFile`. Without a list nothing is done; with one, LD_LIBRARYN32_PATH (to
-/// INSTALLDIR/code/bin) and TEVInstallPath (to INSTALLDIR) are set, and stay so. Paths and words go
-/// to the shell unquoted.
+/// Runs the post-installation programs of a service pack: INSTALLDIR/code/bin/WORD_SUFFIX for each
+/// word of INSTALLDIR/control/CAFPost.list. A word of more than 255 characters is split there. A
+/// program that does not exist is skipped. If a program fails, the next one is run all the same.
+/// What the programs print is appended to `logFile`. Paths and words go to the shell unquoted.
+///
+/// If the list exists, LD_LIBRARYN32_PATH is set to INSTALLDIR/code/bin and TEVInstallPath to
+/// INSTALLDIR, and both stay set.
 ///
 /// Returns
-///    n  the exit status that the shell tells of the last program that was run; a shell that cannot
-///       be started, or that a signal ended, counts as 0;
-///    0  none was run, or the list cannot be read;
-///   -1  an argument is null, or the environment cannot take `installDir` (at most 995 characters)
-///       or has no memory for an entry: nothing was run.
+///    n  the exit status of the last program that was run. A shell that cannot be started or is
+///       ended by a signal is treated as exit status 0;
+///    0  no program was run: the list does not exist, cannot be read, or names no program that
+///       exists;
+///   -1  no program was run: an argument is null, `installDir` has more than 995 characters, or the
+///       environment has no memory for an entry.
+///
+/// Writes: appends to LOGFILE; what the programs write.
+/// System: exports LD_LIBRARYN32_PATH and TEVInstallPath; runs programs of the tree.
 KWINSTUTIL_EXPORT int TEVInsSPK(char* suffix, char* installDir, char* logFile) noexcept;
 
 #pragma GCC diagnostic pop
