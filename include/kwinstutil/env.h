@@ -9,8 +9,8 @@
 /// Settings that the installed product and the programs of the installation read from the
 /// environment, and the Java runtime.
 
-// The entries, texts KEY=VALUE. The environment points to them, so a text written there by hand
-// changes it too. Empty until they are exported.
+// The entries of the environment: texts KEY=VALUE, empty until they are exported. The environment
+// points to them, so a program that writes into one of them changes the environment too.
 
 KWINSTUTIL_EXPORT extern char EnvMSPath[1024];
 KWINSTUTIL_EXPORT extern char EnvShWBPath[1024];
@@ -34,76 +34,96 @@ KWINSTUTIL_EXPORT extern char TimeoutEnv[128];
 /// The entry PORTAL_K6PANEL=1.
 KWINSTUTIL_EXPORT extern char* portal_k6panel;
 
-/// For the installer's use: the library neither reads nor writes them.
+/// For the installer. The library neither reads nor writes them.
 KWINSTUTIL_EXPORT extern int EnvJava;
 KWINSTUTIL_EXPORT extern int TCKBootInit;
 
-// Export. An entry, its key and "=" included, that does not fit its buffer is refused without a
-// message. A call that refuses something leaves the entries of what it refuses as they were. The
-// same status -1, without a message, is returned when the environment has no memory for an entry;
-// those before it are exported then.
+// Export. An entry that does not fit its buffer, with its key and "=", is refused without a
+// message. If the environment has no memory for an entry, the status is -1 too, without a message.
+// What is refused keeps its former entries.
 
-/// Exports TEVMetasearchPath, TEVSharedWorkbookPath and TEVW3PublishPath, as they are given. Each
-/// path that is not null must be absolute, without blanks and tabs, and writable, or its nearest
-/// existing ancestor must be. A path that is refused does not keep the others from being exported.
+/// Exports TEVMetasearchPath, TEVSharedWorkbookPath and TEVW3PublishPath, as they are given. A null
+/// path is skipped. Every other path must be absolute, without blanks and tabs, and writable; if it
+/// does not exist, its nearest existing ancestor must be writable. A path that is refused does not
+/// stop the others from being exported.
 ///
 /// Returns
-///    1  all were exported (none, when all are null); `*message` is untouched;
-///   -1  at least one was refused. For each of them in turn, unless `message` is null, the message
-///       is appended: "ErrWndSyntaxDir": the path, or "ErrWndNoWriteDir": the directory tested.
+///    1  all were exported (`*message` is untouched);
+///   -1  at least one was refused. For each of them, unless `message` is null, a message is
+///       appended ("ErrWndSyntaxDir": the path; "ErrWndNoWriteDir": the directory tested).
+///
+/// System: exports TEVMetasearchPath, TEVSharedWorkbookPath and TEVW3PublishPath.
 KWINSTUTIL_EXPORT int ExportDataDirectories(char* metasearchPath, char* sharedWorkbookPath,
                                             char* publishPath, TEVUnicodeString* message) noexcept;
 
-/// Exports JAVA_HOME, with an empty value when `javaHome` is null. Nothing is checked. `message` is
-/// not used.
+/// Exports JAVA_HOME. A null `javaHome` gives an empty value. Nothing is checked. `message` is
+/// ignored.
 ///
 /// Returns
 ///    1  exported;
 ///   -1  too long.
+///
+/// System: exports JAVA_HOME.
 KWINSTUTIL_EXPORT int ExportJavaHome(char* javaHome, TEVUnicodeString* message) noexcept;
 
-/// Exports what a previous-generation tree and a DRX tree beside the product need: PORTAL_K6PANEL=1
-/// and, with `installK6` 1, TEV_CUST, PORTAL_LIBK6 (libK623 when `k6LibraryChoice` is 1, else
-/// libK6243) and TEV_TO_INSTALL=YES, else TEV_TO_INSTALL=NO; with `installDrx` 1, DRX_CUST and
-/// DRX_TO_INSTALL=YES, else DRX_TO_INSTALL=NO. The directory of a tree that is not installed is not
-/// looked at. Leaves the directories that it checks open, see CheckDir.
+/// Exports what a tree of the previous generation (K6) and a DRX tree beside the product need.
+/// PORTAL_K6PANEL is always 1.
+///
+/// With `installK6` 1, TEV_TO_INSTALL is YES, TEV_CUST is `k6CustDir`, and PORTAL_LIBK6 is libK623
+/// if `k6LibraryChoice` is 1 and libK6243 otherwise. With any other `installK6`, TEV_TO_INSTALL is
+/// NO. With `installDrx` 1, DRX_TO_INSTALL is YES and DRX_CUST is `drxCustDir`. With any other
+/// `installDrx`, DRX_TO_INSTALL is NO. The directory of a tree that is not to be installed is
+/// ignored. Deliberate: the directories that are checked stay open, see CheckDir.
 ///
 /// Returns
-///    1  exported; `*message` is untouched;
-///   -1  nothing was exported: `message` is null, a directory is too long (no message), or is none
-///       or null ("ErrWndK6IsNotaDir": the directory; assigned, the second of two appended).
+///    1  exported (`*message` is untouched);
+///   -1  nothing was exported: `message` is null or a directory is too long (no message); or a
+///       directory is null or not a directory ("ErrWndK6IsNotaDir": the directory; assigned, and
+///       for the second of two appended).
+///
+/// System: exports PORTAL_K6PANEL, TEV_CUST, PORTAL_LIBK6, TEV_TO_INSTALL, DRX_CUST and
+/// DRX_TO_INSTALL.
 KWINSTUTIL_EXPORT int ExportK6(int installK6, char* k6CustDir, int k6LibraryChoice, int installDrx,
                                char* drxCustDir, TEVUnicodeString* message) noexcept;
 
-/// Exports TCK_Mode, TCK_ServerName, TCK_ServerPort and TCK_BootInit (1 when `bootInit` is 1, else
-/// 0). In every mode but "NoServer" the name must not be empty and, with `portAlreadyChecked` 0,
-/// the port must be free.
+/// Exports TCK_Mode, TCK_ServerName, TCK_ServerPort and TCK_BootInit (1 if `bootInit` is 1, 0
+/// otherwise). In every mode except "NoServer" the name must not be empty. In these modes, with
+/// `portAlreadyChecked` 0, the port must be free too.
 ///
 /// Returns
-///    1  exported; `*message` is untouched;
-///   -1  nothing was exported: a pointer is null or a text too long (no message), the name is empty
-///       ("ErrWndTCKServerName"; assigned), the port is taken ("ErrWndTCKPortNotFree": port, the
-///       next free one; assigned), or there is no free one (the message of GetFreePort).
+///    1  exported (`*message` is untouched);
+///   -1  nothing was exported: a pointer is null or a text is too long (no message); the name is
+///       empty ("ErrWndTCKServerName", no parameter; assigned); the port is taken
+///       ("ErrWndTCKPortNotFree": port, the next free one; assigned); or no port is free (the
+///       message of GetFreePort).
+///
+/// System: exports TCK_Mode, TCK_ServerName, TCK_ServerPort and TCK_BootInit; binds TCP ports and
+/// releases them.
 KWINSTUTIL_EXPORT int ExportTCK(char* mode, char* serverName, int port, int bootInit,
                                 TEVUnicodeString* message, int portAlreadyChecked) noexcept;
 
-/// Exports MORVEL_INFORMATION: NO when `information` is 0; else YES, with K7_ENV_NAME,
-/// K7_UNLOAD_PATH and K7_ENV_PATH where the argument is not null. `message` is not used.
+/// Exports MORVEL_INFORMATION: NO if `information` is 0, and YES otherwise. With YES it also
+/// exports K7_ENV_NAME, K7_UNLOAD_PATH and K7_ENV_PATH; a null argument is skipped. `message` is
+/// ignored.
 ///
 /// Returns
 ///    1  exported;
 ///   -1  nothing was exported: a text is too long.
+///
+/// System: exports MORVEL_INFORMATION, K7_ENV_NAME, K7_UNLOAD_PATH and K7_ENV_PATH.
 KWINSTUTIL_EXPORT int ExportMorvelInfo(int information, char* unloadPath, char* envPath,
                                        char* envName, TEVUnicodeString* message) noexcept;
 
 /// Exports SERVERS_TIMEOUT. `message` may be null.
 ///
 /// Returns
-///    1  exported;
+///    1  exported (`*message` is untouched);
 ///   -1  `minutes` is not from 2 to 35700 ("ErrWndTimeout": minutes; assigned).
+///
+/// System: exports SERVERS_TIMEOUT.
 KWINSTUTIL_EXPORT int ExportServersTimeout(int minutes, TEVUnicodeString* message) noexcept;
 
-/// Is `path` a directory that can be opened? It is left open.
+/// Is `path` a directory that can be opened? Deliberate: it stays open.
 ///
 /// Returns
 ///    1  yes;
@@ -112,42 +132,52 @@ KWINSTUTIL_EXPORT int CheckDir(char* path) noexcept;
 
 // Files of the environment.
 
-/// Makes the path of the environment file of a configuration: DIR/NAME.txt, or DIR/NAME.sh when the
-/// variable OLD_ENVIRONMENT_MODE is set and not empty. NAME is the first word of
-/// INSTALLDIR/CONFIGNAME.lp, at most 511 characters of it; DIR is that of INSTALLDIR/EnvDir.txt, at
-/// most 1023. `result` has at least 1540 bytes. The path's file need not exist.
+/// Makes the path of the environment file of a configuration: DIR/NAME.txt, or DIR/NAME.sh if the
+/// variable OLD_ENVIRONMENT_MODE is set and not empty. That file need not exist.
+///
+/// NAME is the first word of INSTALLDIR/CONFIGNAME.lp, at most 511 characters of it. DIR is the
+/// first word of INSTALLDIR/EnvDir.txt, at most 1023 characters of it. `result` has at least 1540
+/// bytes.
 ///
 /// Returns
 ///   1  made;
-///   0  an argument is null, or one of the two files is missing, cannot be read or has no word:
-///      `result` is untouched.
+///   0  an argument is null, or one of the two files does not exist, cannot be read or has no word
+///      (`result` is untouched).
+///
+/// System: reads OLD_ENVIRONMENT_MODE.
 extern "C" KWINSTUTIL_EXPORT int TEVInsEnvname(char* installDir, char* configName,
                                                char* result) noexcept;
 
 // Java.
 
-/// Looks for a Java home that passes TEVInsCheckJavaHome: in JAVA_HOME, J_HOME and JREPATH, where
-/// they are set and not empty, then that of the first java in PATH: its path up to its first
-/// "/bin/java". Each candidate that has a java takes at least a second. `result` has at least 1024
-/// bytes; a longer candidate is passed over.
+/// Looks for a Java home that TEVInsCheckJavaHome accepts. The candidates are JAVA_HOME, J_HOME and
+/// JREPATH, if they are set and not empty, and then the first java in PATH: its path up to the
+/// first "/bin/java". Each candidate that has a java takes at least one second. A candidate of more
+/// than 1023 characters is skipped. `result` has at least 1024 bytes.
 ///
 /// Returns
-///    1  found, in `result`;
-///   -1  `result` is null, or nothing was found: `result` is then "/usr", a suggestion that is not
+///    1  found, and copied into `result`;
+///   -1  `result` is null; or none was found, and `result` is "/usr", a suggestion that was not
 ///       checked.
+///
+/// System: reads JAVA_HOME, J_HOME, JREPATH and PATH; runs java -version.
 KWINSTUTIL_EXPORT int TEVInsGetJavaHome(char* result) noexcept;
 
-/// Runs JAVAHOME/bin/java -version through the shell, with the path unquoted, and looks for
-/// "1.3.1", "1.4." or "1.5.0" in the first 1024 bytes that it prints: no other version is accepted.
-/// Takes at least a second. JAVAHOME/bin is searched as a path list, so `javaHome` should have no
-/// ':'. `versionText` is assigned with those bytes as soon as the program has run, and `message` in
-/// every case but the null one.
+/// Checks the version of a Java home. JAVAHOME/bin/java -version is run through the shell, with the
+/// path unquoted. The first 1024 bytes that it prints must contain "1.3.1", "1.4." or "1.5.0"; no
+/// other version is accepted. Takes at least one second. JAVAHOME/bin is searched as a list of
+/// directories, so `javaHome` should not contain ':'.
+///
+/// `versionText` is assigned what was printed, as soon as the program has run. `message` is
+/// assigned unless `javaHome` is null.
 ///
 /// Returns
-///    1  accepted; `message` holds "ErrBadJavaVersionUNIX32_32" all the same;
-///   -1  there is no java ("ErrWndjreNotFound": JAVAHOME/bin), it could not be run
-///       ("ErrGetJavaVersion": the command), or `javaHome` is null (both strings are untouched);
-///   -3  another version, or nothing was printed ("ErrBadJavaVersionUNIX32_32").
+///    1  accepted (deliberate: `message` is "ErrBadJavaVersionUNIX32_32" all the same);
+///   -1  there is no java ("ErrWndjreNotFound": JAVAHOME/bin); it could not be run
+///       ("ErrGetJavaVersion": the command); or `javaHome` is null (both strings are untouched);
+///   -3  another version, or nothing was printed ("ErrBadJavaVersionUNIX32_32", no parameter).
+///
+/// System: runs JAVAHOME/bin/java -version.
 KWINSTUTIL_EXPORT int TEVInsCheckJavaHome(char* javaHome, TEVUnicodeString& versionText,
                                           TEVUnicodeString& message) noexcept;
 
