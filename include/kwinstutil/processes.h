@@ -8,13 +8,16 @@
 
 #include "kwinstutil/export.h"
 
-/// The programs that run from an installed tree: finds them, lists them and stops them. Construct,
-/// TEVInsCheckOrbixReboot when the ORB daemon may have been started at boot, TEVInsCheckTask,
-/// TEVInsGetListTask, TEVInsKillTask.
+/// \file
+/// The programs that run from an installed tree.
+
+/// Finds the programs that run from an installed tree, lists them and stops them. Construct, then
+/// call TEVInsCheckOrbixReboot if the ORB daemon may have been started at boot, TEVInsCheckTask,
+/// TEVInsGetListTask and TEVInsKillTask.
 ///
-/// The list holds at most 100 tasks and only grows; tasks that there is no memory for are left out.
-/// The process that made the object and its parent are never in it. A process may be listed twice:
-/// as a task of the tree and as the descendant of one.
+/// The list has at most 100 tasks and only grows. A task for which there is no memory is left out.
+/// The process that made the object, its parent and a process 0 are never in it. A process may be
+/// listed twice: as a task of the tree and as the descendant of one.
 class KWINSTUTIL_EXPORT TEVInsTaskList {
  public:
   TEVInsTaskList() noexcept;
@@ -22,37 +25,52 @@ class KWINSTUTIL_EXPORT TEVInsTaskList {
   TEVInsTaskList(const TEVInsTaskList&) = delete;
   TEVInsTaskList& operator=(const TEVInsTaskList&) = delete;
 
-  /// Looks in /etc/rc2.d for a symbolic link that has "S99orbixds" in its name, of at most 127
-  /// characters, and INSTALLDIR/code/command/InitOrbixDaemon in its target, when that script
-  /// exists. The last such link counts.
+  /// Was the ORB daemon of the tree started at boot? Looks in /etc/rc2.d for a symbolic link whose
+  /// name contains "S99orbixds" and whose target contains
+  /// INSTALLDIR/code/command/InitOrbixDaemon. A name of more than 127 characters is ignored. The
+  /// script must exist. The last such link is used.
   ///
-  /// Returns 1 when one was found, by this call or an earlier one of this object; else 0, also when
-  /// `installDir` is null, the script does not exist or there is no memory for its path.
+  /// Returns
+  ///   1  yes, in this call or an earlier one of this object;
+  ///   0  no. It is no too if `installDir` is null, the script does not exist, or there is no
+  ///      memory for its path.
+  ///
+  /// System: reads the links in /etc/rc2.d.
   int TEVInsCheckOrbixReboot(const char* installDir) noexcept;
 
-  /// Takes a snapshot of the processes and adds each one that has `installDir` and '/' in its
-  /// command line, but not `exclude` (which may be null), to the list, followed by all of its
-  /// descendants. Remembers the process of this snapshot that was started from the boot link, if
-  /// there is one. `installDir` must not be null.
+  /// Takes a snapshot of the processes and adds the tasks of the tree to the list, each followed by
+  /// all of its descendants. A process is a task of the tree if its command line contains
+  /// `installDir` followed by '/', but not `exclude`. The process that was started from the boot
+  /// link is remembered. `installDir` must not be null; `exclude` may be null.
   ///
   /// Returns the number of tasks in the list.
+  ///
+  /// System: runs ps -ef.
   int TEVInsCheckTask(const char* installDir, char* exclude) noexcept;
 
-  /// Stores the number of tasks in `*number`, and the list of their command lines in `*list`, which
-  /// is left alone when there are none. Either may be null. The list lives as long as the object.
+  /// Stores the number of tasks in `*number` and the list of their command lines in `*list`. Either
+  /// may be null. If there are no tasks, `*list` is untouched. The list lives as long as the
+  /// object.
   void TEVInsGetListTask(char*** list, int* number) noexcept;
 
-  /// Sends SIGTERM to the process that was started from the boot link, then to the tasks, from the
-  /// last to the first. A process 0 is not signalled. Waits for none, and tells no failures.
+  /// Sends SIGTERM to the process that was started from the boot link, and then to the tasks, from
+  /// the last to the first. It does not wait for their end. Failures are not reported.
+  ///
+  /// System: sends SIGTERM to processes.
   void TEVInsKillTask() noexcept;
 
-  /// Takes a snapshot with "ps -ef", in the place of the former one. A line of more than 1023
-  /// characters is taken as several, and one with a number that is no process id as none. Returns
-  /// the number of processes, 0 on failure.
+  /// Takes a new snapshot with "ps -ef". A line of more than 1023 characters is read in pieces of
+  /// 1023, and each piece is treated as a line. A line whose number is not a process id is ignored.
+  ///
+  /// Returns the number of processes, or 0 on failure.
+  ///
+  /// System: runs ps -ef.
   int TEVInsGetAllProcess() noexcept;
 
-  /// Adds the descendants of a process in the snapshot to the list, each child before its own.
-  /// Returns how many children were looked at until the list was full; 0 when there is none.
+  /// Adds the descendants of a process in the snapshot to the list. Each child comes before its own
+  /// children.
+  ///
+  /// Returns the number of children that were found before the list was full; 0 if there are none.
   int TEVInsGetProcessFils(long pid) noexcept;  // NOLINT(google-runtime-int)
 
  private:
