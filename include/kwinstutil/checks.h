@@ -64,8 +64,7 @@ KWINSTUTIL_EXPORT int TEVInsCheckMediaHFX(TEVINSMediaToc* media,
 ///
 /// Returns
 ///    0  yes;
-///   -1  no ("ErrEmptyMediaToc", no parameter); or `message` is null, and the medium was not
-///       examined.
+///   -1  no ("ErrEmptyMediaToc", no parameter); or `message` is null.
 KWINSTUTIL_EXPORT int TEVInsCheckMediaSMP(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
@@ -120,8 +119,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckInstallSPK(TEVINSType type, TEVINSInstToc* inst
 /// Returns
 ///   1  yes;
 ///   0  no, for one of these reasons:
-///      the directory does not exist ("ErrorNoFile": the path of OSUNIX; followed in the same text
-///      by "ErrNoPRESENTForAnyOS": gaLevel, installDir);
+///      the directory does not exist ("ErrorNoFile": the path of OSUNIX; then in the same text
+///      "ErrNoPRESENTForAnyOS": gaLevel, installDir);
 ///      OSUNIX cannot be read ("ErrWndOpenControlFile": its path, the system's error text);
 ///      a table reports a problem (see InitInstallToc);
 ///      a system has another level ("ErrWndGALevelCode": gaLevel, installDir, the level and the
@@ -193,10 +192,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckSPKLevel(int mediaLevel, int installedLevel, ch
 /// with a null `installDir`, it is looked for in "/". Every operating system that its OSUNIX lists
 /// is examined, if it has a control/PRESENT. A word of more than 47 characters in OSUNIX is split
 /// there. If there is no memory for the table of a system, the level of the system before it is
-/// used, or 0 for the first.
-///
-/// `message` may be null only when no table reports a problem and no system has a higher level or
-/// damaged files.
+/// used, or 0 for the first. `message` may be null only when no table reports a problem and no
+/// system has a higher level or damaged files.
 ///
 /// Returns
 ///   1  yes;
@@ -225,11 +222,9 @@ KWINSTUTIL_EXPORT int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installD
 KWINSTUTIL_EXPORT int TEVInsCheckUnloadCAF(char names[][48], int count, char* name) noexcept;
 
 /// Reads INSTALLDIR/control/SPKInterrupted.txt, which an interrupted service pack leaves: an
-/// integer and a word.
-///
-/// `*interruptedValue` becomes the integer: 0 if there is none, and the nearest int if it is too
-/// large. `*automaticCommit` becomes 1 if the word is AUTOMATIC_COMMIT, and 0 otherwise. It is 0
-/// too if there is no integer, or one that is too large.
+/// integer and a word. `*interruptedValue` becomes the integer: 0 if there is none, and the nearest
+/// int if it is too large. `*automaticCommit` becomes 1 if the word is AUTOMATIC_COMMIT, and 0
+/// otherwise. It is 0 too if there is no integer, or one that is too large.
 ///
 /// Returns
 ///   1  read;
@@ -266,19 +261,16 @@ KWINSTUTIL_EXPORT int TEVInsCheckInstallSPKCommitted(char* installDir, int spLev
 KWINSTUTIL_EXPORT int TEVInsCheckResult(TEVINSInstToc* installed, char* path, std::ostream& report,
                                         TEVUnicodeString* message, int zebMedia) noexcept;
 
-/// Does the same as TEVInsCheckResult.
-///
-/// Returns 0, -3 or -2, as TEVInsCheckResult does.
+/// Does the same as TEVInsCheckResult, with the same statuses 0, -3 and -2.
 ///
 /// Writes: the report, to the stream.
 KWINSTUTIL_EXPORT int TEVInsCheckIntegrityGA(TEVINSInstToc* installed, char* path,
                                              std::ostream& report, TEVUnicodeString* message,
                                              int zebMedia) noexcept;
 
-/// Does the same as TEVInsCheckResult, and appends the report to the file `reportFile`. If the file
-/// cannot be opened, the result is the same and there is no report.
+/// Does the same as TEVInsCheckResult, with the same statuses, and appends the report to the file
+/// `reportFile`. If the file cannot be opened, there is no report and the status is the same.
 ///
-/// Returns 0, -3 or -2, as TEVInsCheckResult does.
 ///
 /// Writes: appends to REPORTFILE, or creates it.
 KWINSTUTIL_EXPORT int TEVInsCheckIntegrityGA(TEVINSInstToc* installed, char* path, char* reportFile,
@@ -301,8 +293,7 @@ KWINSTUTIL_EXPORT int TEVInsCheckIntegrityGA(TEVINSInstToc* installed, char* pat
 ///      ("ErrHFXLevelold": the installed hot fix, hot fix);
 ///      the tree's service pack is damaged ("ErrHFXneedreinstallSPK": its level, hot fix).
 ///
-/// Writes: NUL in the current directory, if the files of a service pack are checked; it stays
-/// there.
+/// Writes: NUL in the current directory, if the files of a service pack are checked.
 KWINSTUTIL_EXPORT int TEVInsCheckHFXLevel(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                           char* installDir, TEVUnicodeString* message) noexcept;
 
