@@ -96,8 +96,9 @@ void CheckManifests(const std::string& p, const std::string& q) {
   const Result result = Check(p, q);
   Require(result.verdict != 2 || Lists(nullptr, {SPK, FSP}), "only a service pack damages itself");
   const auto replaced = [](char c) { return (c >= 0 && c < ' ' && c != '\n') || c == '\x7f'; };
-  if (std::any_of(p.begin(), p.end(), replaced) || std::any_of(q.begin(), q.end(), replaced))
+  if (std::any_of(p.begin(), p.end(), replaced) || std::any_of(q.begin(), q.end(), replaced)) {
     return;
+  }
   std::set<std::string_view> files;
   for (const std::string_view line : fuzz::Lines(result.report)) {
     if (fuzz::BeginsWith(line, "control/")) continue;

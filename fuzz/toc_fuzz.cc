@@ -77,8 +77,8 @@ void CheckLine(const std::string& line, const Answers& answers, bool bad) {
     const std::string name = line.substr(head.size(), line.find(':', head.size()) - head.size());
     good = !name.empty() && name.size() <= 47 && line.find('\0') == std::string::npos;
     const bool has_level = i % kKinds == SPK || i % kKinds == HFX;
-    if (has_level && !bad && fuzz::BeginsWith(line.substr(head.size() + name.size()), ":level=2")) {
-      Require(answers.service_pack_level + answers.hot_fix_level > 1, "a line has its level");
+    if (has_level && !bad && line == head + name + ":level=2") {
+      Require(answers.service_pack_level + answers.hot_fix_level == 2, "a line has its level");
     }
     if (!bad) Require(answers.names[i] == name + '|', "a line has its type, kind and name");
   }
