@@ -52,26 +52,27 @@ TEST_F(TocTest, OpensTreesThatAreNotThereYet) {
 }
 
 TEST_F(TocTest, AsksMediaForTheirContent) {
+  constexpr int kHas = 0, kSdkPack = 1, kEmpty = -1, kIsNot = 4;
   const struct {
     const char* table;
     int code_status, sdk_status, pack, hot_fix, sample;
   } kCases[] = {
-      {"", -1, -1, 4, 4, -1},
-      {"code:PRD:A", 0, -1, 4, 4, -1},
-      {"code:SLT:A", 0, -1, 4, 4, -1},
-      {"zeb2:PRD:A.zeb2", -1, 0, 4, 4, -1},
-      {"code:FWK:A\nsamples:PRD:A\ndocumentation:SMP:A", -1, -1, 4, 4, -1},
-      {"code:SPK:A\nzeb2:SPK:A", -1, -1, 0, 4, -1},
-      {"zeb2:SPK:A", -1, -1, 1, 4, -1},
-      {"code:HFX:A", -1, -1, 4, 0, -1},
-      {"samples:SMP:A", -1, -1, 4, 4, 0},
+      {"", kEmpty, kEmpty, kIsNot, kIsNot, kEmpty},
+      {"code:PRD:A", kHas, kEmpty, kIsNot, kIsNot, kEmpty},
+      {"code:SLT:A", kHas, kEmpty, kIsNot, kIsNot, kEmpty},
+      {"zeb2:PRD:A.zeb2", kEmpty, kHas, kIsNot, kIsNot, kEmpty},
+      {"code:FWK:A\nsamples:PRD:A\ndocumentation:SMP:A", kEmpty, kEmpty, kIsNot, kIsNot, kEmpty},
+      {"code:SPK:A\nzeb2:SPK:A", kEmpty, kEmpty, kHas, kIsNot, kEmpty},
+      {"zeb2:SPK:A", kEmpty, kEmpty, kSdkPack, kIsNot, kEmpty},
+      {"code:HFX:A", kEmpty, kEmpty, kIsNot, kHas, kEmpty},
+      {"samples:SMP:A", kEmpty, kEmpty, kIsNot, kIsNot, kHas},
   };
   for (const auto& c : kCases) {
     SCOPED_TRACE(c.table);
     const auto medium = Medium(c.table);
     const auto expect = [this](int status, int expected, const std::string& failure) {
       EXPECT_EQ(status, expected);
-      EXPECT_EQ(Told(), expected == 0 || expected == 1 ? kUntouched : failure);
+      EXPECT_EQ(Told(), expected == kHas || expected == kSdkPack ? kUntouched : failure);
     };
     const std::string empty = Message("ErrEmptyMediaToc");
     expect(TEVInsCheckMedia(code, medium.get(), &message_), c.code_status, empty);

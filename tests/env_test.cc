@@ -73,14 +73,16 @@ TEST_F(EnvTest, ExportsTheTreesBeside) {
 TEST_F(EnvTest, ExportsTheTckServer) {
   const Names names = {"TCK_Mode", "TCK_ServerName", "TCK_ServerPort", "TCK_BootInit"};
   const std::string name(127 - 15, 'x');
+  constexpr int kUnchecked = 0, kChecked = 1;
   const struct {
     std::string name;
     int port, checked;
     std::string told, exported;
-  } kCases[] = {{"", 2000, 1, Message("ErrWndTCKServerName"), "-;-;-;-;"},
-                {"host", 65536, 0, Message("ErrValuePortTooBig", "65536", "65535"), "-;-;-;-;"},
-                {name + "x", 2000, 1, kUntouched, "-;-;-;-;"},
-                {name, 2000, 1, kUntouched, "Mode;" + name + ";2000;1;"}};
+  } kCases[] = {
+      {"", 2000, kChecked, Message("ErrWndTCKServerName"), "-;-;-;-;"},
+      {"host", 65536, kUnchecked, Message("ErrValuePortTooBig", "65536", "65535"), "-;-;-;-;"},
+      {name + "x", 2000, kChecked, kUntouched, "-;-;-;-;"},
+      {name, 2000, kChecked, kUntouched, "Mode;" + name + ";2000;1;"}};
   for (const auto& c : kCases) {
     EXPECT_EQ(ExportTCK(CharPath("Mode"), CharPath(c.name), c.port, 1, &message_, c.checked),
               c.exported[0] == '-' ? -1 : 1);

@@ -67,12 +67,12 @@ TEST_F(PortsTest, SearchesTheFirstFreePort) {
 TEST_F(PortsTest, ReplacesTakenAndEqualRunPorts) {
   const struct {
     std::vector<int> taken, ports, result;
-  } kCases[] = {{{}, {2000}, {2000}},
-                {{2000}, {2000}, {2001}},
-                {{}, {2000, 2000}, {2001, 2000}},
-                {{2000, 2001}, {2000, 2001}, {2002, 2003}},
-                {{}, {2000, 2000, 2000}, {2001, 2002, 2000}},
-                {{2000}, {2000, 2001, 2002}, {2003, 2001, 2002}}};
+  } kCases[] = {{/*taken=*/{}, /*ports=*/{2000}, /*result=*/{2000}},
+                {/*taken=*/{2000}, /*ports=*/{2000}, /*result=*/{2001}},
+                {/*taken=*/{}, /*ports=*/{2000, 2000}, /*result=*/{2001, 2000}},
+                {/*taken=*/{2000, 2001}, /*ports=*/{2000, 2001}, /*result=*/{2002, 2003}},
+                {/*taken=*/{}, /*ports=*/{2000, 2000, 2000}, /*result=*/{2001, 2002, 2000}},
+                {/*taken=*/{2000}, /*ports=*/{2000, 2001, 2002}, /*result=*/{2003, 2001, 2002}}};
   for (const auto& c : kCases) {
     for (const int port : c.taken) Take(port);
     std::vector<int> p = c.ports;
@@ -105,15 +105,15 @@ TEST_F(PortsTest, ChecksAndExportsTheOrbDaemon) {
     int port, first, range;
     const char* key;
     int p1, p2;
-  } kCases[] = {{1023, 0, 0, "ErrBadOrbixPort1", 1023, 1023},
-                {49152, 0, 0, "ErrBadOrbixPort2", 49152, 49152},
-                {49151, 1023, 0, "ErrBadServerBase1", 1023, 1023},
-                {1024, 65486, 0, "ErrBadServerBase2", 65486, 65486},
-                {1024, 65485, 49, "ErrBadServerRange1", 49, 49},
-                {1024, 65485, 51, "ErrBadServerRange2", 51, 51},
-                {2000, 1024, 50, "ErrWndOrbixPortNotFree", 2000, 2001},
-                {49151, 65485, 50, "ErrSearchFreePort", 49151, 49151},
-                {1024, 1024, 50, "ErrWndOrbixServerBase", 1024, 1024}};
+  } kCases[] = {{/*port=*/1023, /*first=*/0, /*range=*/0, "ErrBadOrbixPort1", 1023, 1023},
+                {/*port=*/49152, /*first=*/0, /*range=*/0, "ErrBadOrbixPort2", 49152, 49152},
+                {/*port=*/49151, /*first=*/1023, /*range=*/0, "ErrBadServerBase1", 1023, 1023},
+                {/*port=*/1024, /*first=*/65486, /*range=*/0, "ErrBadServerBase2", 65486, 65486},
+                {/*port=*/1024, /*first=*/65485, /*range=*/49, "ErrBadServerRange1", 49, 49},
+                {/*port=*/1024, /*first=*/65485, /*range=*/51, "ErrBadServerRange2", 51, 51},
+                {/*port=*/2000, /*first=*/1024, /*range=*/50, "ErrWndOrbixPortNotFree", 2000, 2001},
+                {/*port=*/49151, /*first=*/65485, /*range=*/50, "ErrSearchFreePort", 49151, 49151},
+                {/*port=*/1024, /*first=*/1024, /*range=*/50, "ErrWndOrbixServerBase", 1024, 1024}};
   for (const auto& c : kCases) {
     EXPECT_EQ(TEVInsCheckOrbixValue(c.port, c.first, c.range, 0, &message_), 0);
     EXPECT_EQ(Told(), Message(c.key, Text(c.p1), Text(c.p2)));

@@ -140,7 +140,10 @@ TEST_F(TreeChecks, WhichServicePackMayFollow) {
   };
   const struct {
     int medium, tree, mode, committed, pending;
-  } kCases[] = {{2, 1, 0, 1, -1}, {2, 2, 0, 2, 1}, {2, 2, 1, 1, 3}, {2, 2, 2, 1, 1}};
+  } kCases[] = {{/*medium=*/2, /*tree=*/1, /*mode=*/0, /*committed=*/1, /*pending=*/-1},
+                {/*medium=*/2, /*tree=*/2, /*mode=*/0, /*committed=*/2, /*pending=*/1},
+                {/*medium=*/2, /*tree=*/2, /*mode=*/1, /*committed=*/1, /*pending=*/3},
+                {/*medium=*/2, /*tree=*/2, /*mode=*/2, /*committed=*/1, /*pending=*/1}};
   for (const auto& c : kCases) Expect(check(c.medium, c.tree, c.mode), c.committed);
   Write("control/SPK.list");
   for (const auto& c : kCases) {
