@@ -1,5 +1,6 @@
 #include <kwinstutil/report.h>
 
+#include <cstring>
 #include <ctime>
 
 #include "fixture.h"
@@ -49,6 +50,12 @@ TEST_F(LogTest, TellsWhatCannotBeOpened) {
   const std::string file = missing + "/kwinst.log";
   const std::string too_long = "/" + std::string(1020, 'x');
   TEVInstallLog log(nullptr);
+  void* members[3];
+  static_assert(sizeof(log) == sizeof(members));
+  std::memcpy(members, &log, sizeof(log));
+  EXPECT_EQ(members[0], log.GetLogFileName());
+  EXPECT_STREQ(static_cast<char*>(members[1]), "kwinst.log");
+  EXPECT_EQ(members[2], nullptr);
   EXPECT_EQ(log.OpenLogFile(CharPath(missing), message_), -1);
   EXPECT_EQ(Told(), Message("ErrorOpenLog", file));
   EXPECT_EQ(log.OpenLogFile(CharPath(too_long), message_), -1);

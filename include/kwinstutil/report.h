@@ -112,12 +112,14 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
  private:
   int OpenInHome(TEVUnicodeString& message);
   int Open(const std::string& file, TEVUnicodeString& message);
-  int OpenStream(const std::string& file, bool fits, TEVUnicodeString& message);
+  int OpenStream(const char* file, bool fits, TEVUnicodeString& message);
   void Write(const char* text);
 
-  char path_[1024] = "";         ///< what GetLogFileName returns
-  std::string name_;             ///< the constructor's name
-  std::FILE* stream_ = nullptr;  ///< null while no file is open
+  // An installer may know these three: their order and kind stay. The first two are owned, and null
+  // if the constructor had no memory for them.
+  char* path_;         ///< what GetLogFileName returns, in 1024 bytes
+  char* name_;         ///< the constructor's name
+  std::FILE* stream_;  ///< null while no file is open
 };
 
 #endif  // KWINSTUTIL_REPORT_H_

@@ -2,6 +2,8 @@
 #include <kb0core/TEVFile.h>
 #include <sys/stat.h>
 
+#include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 #include "kwinstutil/report.h"
@@ -13,6 +15,7 @@
 namespace {
 
 constexpr const char* kDefaultName = "kwinst.log";
+constexpr size_t kPathSize = 1024;
 constexpr const char* kRule = "==========================================================\n";
 
 /// Set by every constructor: the last constructed log decides for all.
@@ -34,12 +37,18 @@ bool SameFile(std::FILE* one, std::FILE* other) {
 
 }  // namespace
 
-TEVInstallLog::TEVInstallLog(char* name) noexcept : name_(name == nullptr ? kDefaultName : name) {
+TEVInstallLog::TEVInstallLog(char* name) noexcept
+    : path_(static_cast<char*>(std::calloc(kPathSize, 1))),
+      name_(strdup(name == nullptr ? kDefaultName : name)),
+      stream_(nullptr) {
   development_environment =
       TEVGetEnv("VRK_ODT_IN") != nullptr && TEVGetEnv("VRK_ODT_OUT") != nullptr;
 }
 
-TEVInstallLog::~TEVInstallLog() noexcept = default;
+TEVInstallLog::~TEVInstallLog() noexcept {
+  std::free(name_);
+  std::free(path_);
+}
 
 int TEVInstallLog::OpenLogFile(TEVUnicodeString& message) noexcept { return OpenInHome(message); }
 
@@ -55,7 +64,10 @@ int TEVInstallLog::OpenLogFile(TEVUnicodeString& header, TEVUnicodeString& messa
 }
 
 int TEVInstallLog::OpenLogFile(char* directory, TEVUnicodeString& message) noexcept {
-  return Open(directory == nullptr ? path_ : kwinst::JoinPath(directory, name_), message);
+  if (directory == nullptr || path_ == nullptr || name_ == nullptr) {
+    return OpenStream(path_, true, message);
+  }
+  return Open(kwinst::JoinPath(directory, name_), message);
 }
 
 int TEVInstallLog::OpenPathLogFile(TEVUnicodeString& message) noexcept {
@@ -128,6 +140,7 @@ int TEVInstallLog::OpenInHome(TEVUnicodeString& message) {
     message = frame.Build("ErrHOME", {}, "$HOME is not set");
     return -1;
   }
+  if (path_ == nullptr || name_ == nullptr) return OpenStream(path_, true, message);
   std::string file = home;
   if (file.back() != '/') file += '/';
   file += name_;
@@ -141,14 +154,14 @@ int TEVInstallLog::OpenInHome(TEVUnicodeString& message) {
 
 /// Opens `file` and makes it the log's path, if it fits there.
 int TEVInstallLog::Open(const std::string& file, TEVUnicodeString& message) {
-  return OpenStream(file, kwinst::CopyWhole(file, path_, sizeof(path_)), message);
+  return OpenStream(file.c_str(), kwinst::CopyWhole(file, path_, kPathSize), message);
 }
 
 /// Opens `file`, if it `fits` the log's path. A log that is open already is left open: callers open
 /// once.
-int TEVInstallLog::OpenStream(const std::string& file, bool fits, TEVUnicodeString& message) {
+int TEVInstallLog::OpenStream(const char* file, bool fits, TEVUnicodeString& message) {
   stream_ = nullptr;
-  if (fits && TEVFOpen(file.c_str(), "a+", &stream_) == 0) return 1;
+  if (fits && TEVFOpen(file, "a+", &stream_) == 0) return 1;
   const kwinst::MessageFrame frame;
   message = frame.Build("ErrorOpenLog", {file});
   return -1;
