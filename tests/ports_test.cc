@@ -52,6 +52,9 @@ TEST_F(PortsTest, SearchesTheFirstFreePort) {
   EXPECT_EQ(Told(), Message("ErrSearchFreePort", "2000", "2001"));
   EXPECT_EQ(GetFreePort(65535, &message_, 70000), -1);
   EXPECT_EQ(Told(), Message("ErrSearchFreePort", "65535", "70000"));
+  EXPECT_GT(GetFreePort(-2, &message_, 65535), 0);
+  EXPECT_EQ(GetFreePort(-2, &message_, -1), -1);
+  EXPECT_EQ(Told(), Message("ErrSearchFreePort", "-2", "-1"));
   rlimit files{};
   getrlimit(RLIMIT_NOFILE, &files);
   const rlimit none = {0, files.rlim_max};

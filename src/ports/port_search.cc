@@ -29,7 +29,7 @@ void StoreOverOrbixPort(int value) {
   std::memcpy(varOrbixPort, &big_endian, sizeof(big_endian));
 }
 
-sockaddr_in AnyAddress(unsigned int port) {
+sockaddr_in AnyAddress(int port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_ANY);
@@ -38,9 +38,9 @@ sockaddr_in AnyAddress(unsigned int port) {
 }
 
 /// Binds `socket` to the first port from `start` to `max` that is free. False when none is.
-bool BindFirstFree(int socket, unsigned int start, unsigned int max) {
-  const unsigned int last = std::min(max, static_cast<unsigned int>(kHighestPort));
-  for (unsigned int port = start; port <= last; ++port) {
+bool BindFirstFree(int socket, int start, int max) {
+  const int last = std::min(max, kHighestPort);
+  for (int port = std::max(start, 0); port <= last; ++port) {
     const sockaddr_in address = AnyAddress(port);
     if (bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address)) == 0) {
       return true;
@@ -139,7 +139,7 @@ int GetFreePort(int start, TEVUnicodeString* message, int max) noexcept {
     return -1;
   }
   // The socket stays open when nothing was found: callers have always seen it so.
-  if (!BindFirstFree(tried, static_cast<unsigned int>(start), static_cast<unsigned int>(max))) {
+  if (!BindFirstFree(tried, start, max)) {
     *message = frame.Build("ErrSearchFreePort", {start, max});
     return -1;
   }
