@@ -73,6 +73,18 @@ TEST_F(ServicesTest, FilesThatCannotBeOpened) {
     EXPECT_EQ(CheckEtcServices(0), -1);
   };
   expect_refusals(ENOENT);
+  for (const bool loop : {false, true}) {
+    fs::create_symlink(loop ? "inetd.conf" : "nowhere", services_);
+    fs::create_symlink("services", inetd_);
+    expect_refusals(loop ? ELOOP : ENOENT);
+    EXPECT_EQ(SatUpdateService(message_), -2);
+    EXPECT_TRUE(fs::remove(services_) && fs::remove(inetd_) && !Exists(Path("nowhere")));
+  }
+  chmod(Write("services", "x\n").c_str(), 0222);
+  AsNobody(
+      [&] { EXPECT_EQ(SatUpdateService(message_), 1) << "no need to read what is appended to"; });
+  EXPECT_EQ(Read(services_), "x\nmi-ray          7001/tcp   # Rendering slave\n");
+  fs::remove(services_);
   for (const std::string& file : {services_, inetd_}) ASSERT_EQ(mkfifo(file.c_str(), 0666), 0);
   expect_refusals(ENOTSUP);
   EXPECT_EQ(CheckNeedUpdateServices(CharPath(services_), CharPath("/i")), 1);
@@ -112,20 +124,21 @@ TEST_F(ServicesTest, KeepsModeAndOwner) {
   chmod(dir_.c_str(), 0777);
   if (owner == 1) AsNobody([this] { EXPECT_EQ(NewPorts(9), -1); });
   EXPECT_EQ(Read(services_), rewritten);
-  // A rewritten file takes a link's place; an appended one is reached through it.
-  fs::rename(services_, Path("real"));
-  fs::create_symlink("real", services_);
-  EXPECT_EQ(ports_() + NewPorts(0), 2);
-  EXPECT_FALSE(fs::is_symlink(services_));
-  const std::string real = Read(services_);
-  EXPECT_EQ(Read(Path("real")), real);
-  EXPECT_NE(real, rewritten);
-  // A link in the place of the new file leads to nothing that is written.
-  fs::create_symlink("real", services_ + ".tmp");
-  Rewrite(services_, new_ports_);
-  fs::create_hard_link(Write("inetd.conf"), inetd_ + ".tmp");
+  // A link stays one: the file that it leads to is replaced. What a link in the place of the new
+  // file or of the backup leads to is not.
+  const std::string other = Write("other", "x");
+  for (const bool is_inetd : {false, true}) {
+    const std::string link = is_inetd ? inetd_ : services_, real = Write("etc/real");
+    fs::remove(link);
+    fs::create_symlink("etc/real", link);
+    fs::create_symlink(other, real + ".tmp");
+    Rewrite(link, is_inetd ? demon_ : new_ports_);
+    EXPECT_TRUE(fs::is_symlink(link) && fs::is_regular_file(fs::symlink_status(real))) << link;
+    EXPECT_FALSE(Exists(real + ".tmp"));
+  }
+  EXPECT_EQ(Read(other), "x");
+  fs::create_hard_link(Path("etc/real"), Path("etc/real.tmp"));
   Rewrite(inetd_, demon_);
-  EXPECT_EQ(Read(Path("real")), real);
 }
 
 }  // namespace

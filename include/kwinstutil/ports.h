@@ -148,7 +148,8 @@ struct MetaSearchData {
 /// Checks that `port` and `snapshotsPort` are free, and exports every setting. Its variable is
 /// named as its field: MetaSearchLanguage, MetaSearchServer and so on. MetaSearchEnableProxy is YES
 /// or NO. With a null `data` nothing is checked, and all variables become empty. An entry has at
-/// most 127 bytes, with its key and "="; that of the proxy domains has at most 1023.
+/// most 127 bytes, with its key and "="; that of the proxy domains has at most 1023. A text may be
+/// a value that an earlier call exported.
 ///
 /// Returns
 ///    1  exported (`*message` is untouched);
@@ -174,9 +175,12 @@ KWINSTUTIL_EXPORT int TEVInsCheckMetasearch(MetaSearchData* data,
 // A file to which lines are added keeps its content whatever happens: if not all can be stored, it
 // is cut back to its former length. A file in which lines are replaced is rewritten: a new file
 // with the same mode and owner replaces it. If these cannot be kept, the file is treated as one
-// that cannot be written. If the path is a symbolic link, the new file replaces the link; the file
-// that it leads to stays as it was. Files are not locked against other writers.
+// that cannot be written. Files are not locked against other writers.
 //
+// If the path is a symbolic link, the link stays. FILE is then the file that it leads to, and
+// FILE.tmp lies beside that; the messages of a failed renaming, and of a file that could not be
+// written anew, name that FILE. A link that leads nowhere is treated as a file that cannot be
+// opened.
 //
 // No argument may be null, unless a function says so.
 
@@ -271,13 +275,14 @@ KWINSTUTIL_EXPORT int UpdateDemon(char* demonPath, TEVUnicodeString* message) no
 KWINSTUTIL_EXPORT int SatComputeRequired(char* mediaDir, TEVUnicodeString& message) noexcept;
 
 /// Appends the line of port 7001 to the services file, unless a line of it contains "mi-ray". If
-/// the file does not exist, it is created. `message` is ignored.
+/// the file does not exist, it is created. If the caller may write but not read it, the line is
+/// appended whatever the file contains. `message` is ignored.
 ///
 /// Returns
 ///    0  a line contains "mi-ray" already;
 ///    1  appended;
 ///   -1  the development mode is on and VRK_ODT_TMP is unset;
-///   -2  the file cannot be read, opened for appending or written.
+///   -2  reading failed, or the file cannot be opened for appending or written.
 ///
 /// Writes: appends to the services file, or creates it.
 /// System: changes /etc/services; in the development mode VRK_ODT_TMP/services.

@@ -30,28 +30,29 @@ InetdOutcome Written(bool written, const std::string& path, const MessageFrame& 
   return written ? InetdOutcome::kChanged : InetdOutcome::kFailed;
 }
 
-/// Writes `table` in the place of `path`, which is the backup meanwhile.
+/// Writes `table` in the place of the file, which is the backup meanwhile.
 InetdOutcome RewriteWithBackup(const std::string& path, const LineTable& table,
                                const MessageFrame& frame, TEVUnicodeString& message) {
-  const std::string backup = path + ".tmp";
-  DropLink(backup, path);
-  if (TEVRenameFile(path.c_str(), backup.c_str()) != 0) {
+  const std::optional<std::string> real = RealFile(path);
+  if (!real) return CannotOpen(path, std::strerror(errno), frame, message);
+  const std::string backup = *real + ".tmp";
+  DropLink(backup, *real);
+  if (TEVRenameFile(real->c_str(), backup.c_str()) != 0) {
     const char* error = std::strerror(errno);
-    message = frame.Build("ErrWndRenameServicesFile", {path, error});
+    message = frame.Build("ErrWndRenameServicesFile", {*real, error});
     return InetdOutcome::kFailed;
   }
   std::string error;
-  InputFile file = OpenSystemFile(path, "w", &error);
+  InputFile file = OpenSystemFile(*real, "w", &error);
   // The backup is not brought back here: it may be the only thing that can still be read.
-  if (file == nullptr) return CannotOpen(path, error, frame, message);
+  if (file == nullptr) return CannotOpen(*real, error, frame, message);
 
-  const bool written = table.WriteAndClose(std::move(file));
-  if (written) {
-    TEVDeleteFile(backup.c_str());
-  } else {
-    TEVRenameFile(backup.c_str(), path.c_str());
+  if (!table.WriteAndClose(std::move(file))) {
+    TEVRenameFile(backup.c_str(), real->c_str());
+    return Written(false, *real, frame, message);
   }
-  return Written(written, path, frame, message);
+  TEVDeleteFile(backup.c_str());
+  return Written(true, path, frame, message);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <kb0core/TEVFile.h>
 
+#include <cerrno>
 #include <fstream>
 #include <optional>
 #include <string>
@@ -34,17 +35,23 @@ int SatUpdateService(TEVUnicodeString& /*message*/) noexcept {
   const std::optional<std::string> path = kwinst::SystemFile("services");
   if (!path) return -1;
   bool found = false;
+  bool may_read = true;
   if (const kwinst::InputFile file = kwinst::OpenForReading(path->c_str()); file != nullptr) {
     const bool read = kwinst::ForEachPiece<kSlotSize>(file.get(), [&found](std::string_view piece) {
       found = piece.find(kService) != std::string_view::npos;
       return !found;
     });
     if (!read) return -2;
+  } else {
+    may_read = errno != EACCES;
   }
   if (found) return 0;
 
+  // Opening a link that leads nowhere would create a file there.
+  if (!kwinst::RealFile(*path)) return -2;
   std::string error;
   kwinst::InputFile file = kwinst::OpenSystemFile(*path, "a+", &error);
+  if (file == nullptr && !may_read) file = kwinst::OpenSystemFile(*path, "a", &error);
   if (file == nullptr) return -2;
   const char* line = "mi-ray          7001/tcp   # Rendering slave\n";
   return kwinst::AppendAndClose(std::move(file), *path, line) ? 1 : -2;

@@ -88,25 +88,31 @@ bool Fill(std::FILE* file, const Ports& ports, const Found& found, LineTable* ta
 /// Puts `table` in the place of the file, by way of a temporary one.
 int Replace(const std::string& path, const LineTable& table, const MessageFrame& frame,
             TEVUnicodeString* message) {
-  const std::string temporary = path + ".tmp";
+  const std::optional<std::string> real = kwinst::RealFile(path);
+  if (!real) {
+    const char* error = std::strerror(errno);
+    if (message != nullptr) *message = frame.Build("ErrWndOpenServicesFile", {path, error});
+    return -1;
+  }
+  const std::string temporary = *real + ".tmp";
   std::string error;
-  kwinst::DropLink(temporary, path);
+  kwinst::DropLink(temporary, *real);
   InputFile file = kwinst::OpenSystemFile(temporary, "w", &error);
   if (file == nullptr) {
     if (message != nullptr) *message = frame.Build("ErrWndOpenServicesFile", {"", error});
     return -1;
   }
   if (!table.WriteAndClose(std::move(file))) {
-    if (message != nullptr) *message = frame.Build("ErrWndWriteServicesFile", {path});
+    if (message != nullptr) *message = frame.Build("ErrWndWriteServicesFile", {*real});
     TEVDeleteFile(temporary.c_str());
     return -1;
   }
-  TEVDeleteFile(path.c_str());
-  if (TEVRenameFile(temporary.c_str(), path.c_str()) != 0) {
+  TEVDeleteFile(real->c_str());
+  if (TEVRenameFile(temporary.c_str(), real->c_str()) != 0) {
     const std::string text =
-        Format("setup could not rename file %s to %s\n", temporary.c_str(), path.c_str());
+        Format("setup could not rename file %s to %s\n", temporary.c_str(), real->c_str());
     if (message != nullptr) {
-      *message = frame.Build("KORenameServicesFile", {path}, text);
+      *message = frame.Build("KORenameServicesFile", {*real}, text);
     }
     // A success all the same: the new content is complete, under the temporary name.
     return 1;

@@ -1,11 +1,14 @@
 #include "ports/system_file.h"
 
+#include <fcntl.h>
 #include <kb0core/TEVEnvironment.h>
 #include <kb0core/TEVFile.h>
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "support/tree_paths.h"
 
@@ -13,8 +16,9 @@ namespace kwinst {
 
 namespace {
 
-/// EOF when it cannot be read.
+/// EOF when it cannot be read; a newline when that is not allowed.
 int LastCharacter(std::FILE* file) {
+  if ((fcntl(fileno(file), F_GETFL) & O_ACCMODE) == O_WRONLY) return '\n';
   return std::fseek(file, -1, SEEK_END) == 0 ? std::getc(file) : EOF;
 }
 
@@ -34,6 +38,17 @@ InputFile OpenSystemFile(const std::string& path, const char* mode, std::string*
   const int number = IsPipeOrDevice(path.c_str()) ? ENOTSUP : TEVFOpen(path.c_str(), mode, &file);
   if (number != 0) *error = std::strerror(number);
   return InputFile(file);
+}
+
+std::optional<std::string> RealFile(const std::string& path) {
+  struct stat info {};
+  if (lstat(path.c_str(), &info) != 0) {
+    return errno == ENOENT ? std::optional(path) : std::nullopt;
+  }
+  if (!S_ISLNK(info.st_mode)) return path;
+  const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
+                                                         &std::free);
+  return real == nullptr ? std::nullopt : std::optional<std::string>(real.get());
 }
 
 void DropLink(const std::string& copy, const std::string& path) {
