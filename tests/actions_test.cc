@@ -16,9 +16,16 @@ TEST_F(ActionsTest, TellsTheOutcomeOfEachCommand) {
   EXPECT_EQ(Told(), Message("ErrCmdFailed", "exit 3"));
   EXPECT_EQ(TEVInsUpdate(CharPath(from), CharPath(to), &message_), 1);
   EXPECT_EQ(Told(), Message("CmdSucessful", "cat " + from + " >> " + to));
-  std::filesystem::create_symlink("new", Path("link"));
-  EXPECT_EQ(TEVInsUpdate(CharPath(from), CharPath(Path("link")), &message_), 1);
+  CharPath link(Path("link")), loop(Path("loop"));
+  std::filesystem::create_symlink("new", link.str());
+  EXPECT_EQ(TEVInsUpdate(CharPath(dir_), link, &message_), -1);
+  EXPECT_FALSE(Exists(Path("new")));
+  EXPECT_EQ(TEVInsUpdate(CharPath(from), link, &message_), 1);
   EXPECT_EQ(Read(Path("new")), "from\n");
+  std::filesystem::create_symlink("loop", loop.str());
+  const auto fail = [&] { EXPECT_EQ(TEVInsUpdate(CharPath(from), loop, &message_), -1); };
+  EXPECT_NE(Captured(2, fail).find(loop.str()), std::string::npos) << "the shell says why";
+  EXPECT_EQ(Told(), Message("ErrCmdFailed", "cat " + from + " >> " + loop.str()));
   EXPECT_EQ(TEVInsUpdate(CharPath(no), CharPath(to), &message_), -1);
   EXPECT_EQ(Told(), Message("ErrFileNotExist", no));
   EXPECT_EQ(TEVInsCopyInstall(CharPath(from), CharPath(Path("copy")), &message_), 1);

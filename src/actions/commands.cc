@@ -2,6 +2,8 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <climits>
+#include <cstdlib>
 #include <string>
 
 #include "kwinstutil/actions.h"
@@ -28,20 +30,13 @@ bool WriteLine(const char* path, const char* text) {
 /// its former length, or removed if it is new. False on failure.
 bool AppendWhole(const std::string& command, const char* to) {
   struct stat before {};
-  const bool exists = lstat(to, &before) == 0;
-  // What cannot be looked at is not new, and could not be cut back.
-  if (!exists && errno != ENOENT) return false;
-  if (exists && stat(to, &before) != 0) {
-    if (errno != ENOENT) return false;
-    before.st_size = 0;  // a link that leads nowhere yet
-  }
+  const bool exists = stat(to, &before) == 0;
+  const bool is_new = !exists && errno == ENOENT;
   if (kwinst::RunShell(command) == 0) return true;
 
-  if (exists) {
-    kwinst::CutBack(to, before.st_size);
-  } else {
-    TEVDeleteFile(to);
-  }
+  if (exists) kwinst::CutBack(to, before.st_size);
+  // If `to` is a symbolic link, it stays, and the new file that it leads to is removed.
+  if (char file[PATH_MAX]; is_new && realpath(to, file) != nullptr) TEVDeleteFile(file);
   return false;
 }
 
