@@ -16,7 +16,7 @@ namespace {
 /// Removes the file that some checks leave in the current directory, unless it was there before.
 class ReportFile {
  public:
-  ReportFile() : was_there_(fs::exists(kReportFile)) {}
+  ReportFile() : was_there_(fs::exists(fs::symlink_status(kReportFile))) {}
   ~ReportFile() {
     std::error_code ignored;
     if (!was_there_) fs::remove(kReportFile, ignored);

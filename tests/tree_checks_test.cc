@@ -166,7 +166,17 @@ TEST_F(TreeChecks, TheCodeHasTheServicePackOfTheMedium) {
           {medium, tree + "2", 1}},
          check);
   List("P", "code/p");
-  Expect({{medium, tree + "2", 0, Message("ErrorMustReinstallSPKCode", "2", "AIX")}}, check);
+  const Case damaged = {medium, tree + "2", 0, Message("ErrorMustReinstallSPKCode", "2", "AIX")};
+  Write("NUL", std::string(100, 'x'));
+  Expect({damaged}, check);
+  EXPECT_EQ(Read("NUL"), "code/b: content has changed\ncode/p: content has changed\n");
+  std::filesystem::remove("NUL");
+  std::filesystem::create_symlink("new", "NUL");
+  Expect({damaged}, check);
+  EXPECT_FALSE(Exists("new")) << "through the link";
+  std::filesystem::remove("NUL");
+  mkfifo("NUL", 0666);  // would block
+  Expect({damaged}, check);
 }
 
 TEST_F(TreeChecks, ANameIsInAList) {

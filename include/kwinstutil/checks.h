@@ -207,7 +207,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckSPKLevel(int mediaLevel, int installedLevel, ch
 ///      a system has a higher level ("ErrorBadMedia_2": its level, system);
 ///      the service pack of a system is damaged ("ErrorMustReinstallSPKCode": its level, system).
 ///
-/// Writes: NUL in the current directory, for each system of the same level; it stays there.
+/// Writes: NUL in the current directory, for each system of the same level, and it stays there. If
+/// NUL is a symbolic link, a pipe or a device, it is left as it is.
 KWINSTUTIL_EXPORT int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
                                            TEVUnicodeString* message) noexcept;
 
@@ -271,7 +272,6 @@ KWINSTUTIL_EXPORT int TEVInsCheckIntegrityGA(TEVINSInstToc* installed, char* pat
 /// Does the same as TEVInsCheckResult, with the same statuses, and appends the report to the file
 /// `reportFile`. If the file cannot be opened, there is no report and the status is the same.
 ///
-///
 /// Writes: appends to REPORTFILE, or creates it.
 KWINSTUTIL_EXPORT int TEVInsCheckIntegrityGA(TEVINSInstToc* installed, char* path, char* reportFile,
                                              TEVUnicodeString* message, int zebMedia) noexcept;
@@ -293,7 +293,7 @@ KWINSTUTIL_EXPORT int TEVInsCheckIntegrityGA(TEVINSInstToc* installed, char* pat
 ///      ("ErrHFXLevelold": the installed hot fix, hot fix);
 ///      the tree's service pack is damaged ("ErrHFXneedreinstallSPK": its level, hot fix).
 ///
-/// Writes: NUL in the current directory, if the files of a service pack are checked.
+/// Writes: NUL as TEVInsCheckCodeLevel does, if the files of a service pack are checked.
 KWINSTUTIL_EXPORT int TEVInsCheckHFXLevel(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                           char* installDir, TEVUnicodeString* message) noexcept;
 

@@ -11,6 +11,7 @@ namespace kwinst {
 bool ServicePackIsPending(const std::string& systemDir);
 
 /// Are files of the service pack that `table` has in `systemDir` damaged? Never without a table.
+/// The report on the files is written to the file NUL in the current directory.
 bool ServicePackIsDamaged(TEVINSInstToc* table, std::string systemDir);
 
 }  // namespace kwinst
