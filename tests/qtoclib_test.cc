@@ -99,9 +99,9 @@ TEST_F(TocTest, ListsAndReportsHaveALimit) {
 }
 
 TEST_F(TocTest, InstalledTables) {
-  const std::string tree = MakeDir("tree");
+  const std::string tree = MakeDir("PRESENT");  // a directory like any other
   EXPECT_EQ(TEVINSInstToc(tree.c_str()).GetNbToc(), 0);
-  const std::string present = Write("tree/control/PRESENT", "zeb2:FIX:F\n");
+  const std::string present = Write("PRESENT/control/PRESENT", "zeb2:FIX:F\n");
   for (const std::string& path : {tree, present}) {
     EXPECT_EQ(TEVINSInstToc(path.c_str()).IsInstalled("F", zeb2), 0);
     EXPECT_EQ(TEVINSInstToc(path.c_str()).IsInstalled("F", code), -1);
@@ -139,7 +139,7 @@ TEST_F(TocTest, IntegrityTellsEachDamage) {
       {first, prog, "printf Content >code/bin/prog", "0\n" + changed},
       {last, "/etc/passwd\n0644 1 1\n" + prog, ":", no_path},
       {first, "code/../../x\n0644 1 1\n", ":", no_path},
-      {last, "code/lib\n" + wrong, ":", no_details + changed},
+      {last, "code/lib\n" + wrong, "echo >>code/lib", no_details + changed},
       {"code:SPK:S\ncode:SPK:S\n", "a\x1B[2J\x7F\n0644 1 1\n", ":", "2\na?[2J?: is missing\n"},
       {last, "x\n8 7 1\n", ":", no_details},
       {last, "x\n644 7x 1\n", ":", no_details},
