@@ -39,8 +39,8 @@ KWINSTUTIL_EXPORT extern int EnvJava;
 KWINSTUTIL_EXPORT extern int TCKBootInit;
 
 // Export. An entry that does not fit its buffer, with its key and "=", is refused without a
-// message. What is refused keeps its former entries. If the environment has no memory for an entry,
-// the status is -1 too, without a message; the entries before it are then exported.
+// message, and what is refused keeps its former entries. If the environment has no memory for an
+// entry, the status is -1 too, without a message; the entries before it are exported then.
 
 /// Exports TEVMetasearchPath, TEVSharedWorkbookPath and TEVW3PublishPath, as they are given. A null
 /// path is skipped. Every other path must be absolute, without blanks and tabs, and writable; if it

@@ -16,8 +16,8 @@
 /// TEVInsGetListTask and TEVInsKillTask.
 ///
 /// The list has at most 100 tasks and only grows. A task for which there is no memory is left out.
-/// The process that made the object, its parent and a process 0 are never in it. A process may be
-/// listed twice: as a task of the tree and as the descendant of one.
+/// The process that made the object and its parent are never in it. A process may be listed twice:
+/// as a task of the tree and as the descendant of one.
 class KWINSTUTIL_EXPORT TEVInsTaskList {
  public:
   TEVInsTaskList() noexcept;
@@ -40,8 +40,9 @@ class KWINSTUTIL_EXPORT TEVInsTaskList {
 
   /// Takes a snapshot of the processes and adds the tasks of the tree to the list, each followed by
   /// all of its descendants. A process is a task of the tree if its command line contains
-  /// `installDir` followed by '/', but not `exclude`. The process that was started from the boot
-  /// link is remembered. `installDir` must not be null; `exclude` may be null.
+  /// `installDir` followed by '/', but not `exclude`. If this snapshot has a process that was
+  /// started from the boot link, it is remembered. `installDir` must not be null; `exclude` may be
+  /// null.
   ///
   /// Returns the number of tasks in the list.
   ///
@@ -54,7 +55,8 @@ class KWINSTUTIL_EXPORT TEVInsTaskList {
   void TEVInsGetListTask(char*** list, int* number) noexcept;
 
   /// Sends SIGTERM to the process that was started from the boot link, and then to the tasks, from
-  /// the last to the first. It does not wait for their end. Failures are not reported.
+  /// the last to the first. A process 0 is not signalled. The call does not wait for their end.
+  /// Failures are not reported.
   ///
   /// System: sends SIGTERM to processes.
   void TEVInsKillTask() noexcept;

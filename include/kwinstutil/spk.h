@@ -45,7 +45,10 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
 
   /// Opens the new file. If it exists, it is emptied.
   ///
-  /// Returns 0, or -1 on failure.
+  /// Returns
+  ///    0  done;
+  ///   -1  failed, or it is the control file that InitSource has opened, also through a link. The
+  ///       control file stays as it is.
   ///
   /// Writes: empties or creates PATH.
   int InitDest(char* path) noexcept;
@@ -65,7 +68,8 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
   ///
   /// Returns
   ///    0  done;
-  ///   -1  a file cannot be opened, read or written. `to` may be incomplete.
+  ///   -1  a file cannot be opened, read or written: `to` may be incomplete; or `from` and `to` are
+  ///       the same file, also through links: it stays as it is.
   ///
   /// Writes: TO.
   static int FileCopy(char* from, char* to) noexcept;
@@ -95,11 +99,11 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
 // Files around a service pack. `spkName` is the pack. Its control file is control/SPKNAME in the
 // archive for the type `zeb2`, and OSDIR/control/SPKNAME for every other type. It is unpacked into
 // the directory TEVInsGetTempDir(). Each line has a path relative to `installDir`; a line of more
-// than 1023 characters is read in pieces of 1023, and each piece is treated as a line. Paths and
-// names go to the shell unquoted.
+// than 1023 characters is read in pieces of 1023, and each piece is treated as a line. A line that
+// starts with a zero byte ends the list. Paths and names go to the shell unquoted.
 //
-// Both functions delete the unpacked control file, unless they refuse a null argument. Its
-// directories stay.
+// Both functions delete the unpacked control file once they have read it, and also if they cannot
+// open it. Its directories stay. A call that ends before leaves the file.
 //
 // On failure `message` is assigned. Both functions have these messages:
 //   "ErrWndOpenControlFile.Text": the path of the unpacked control file, the system's error number;
@@ -121,8 +125,8 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
 ///    0  done;
 ///   -1  failed: one of the two messages above; or the control file could not be unpacked
 ///       ("ErrWndExtractTar.Text": its path in the archive, MEDIADIR/SPKNAME; followed in the same
-///       text by "CheckTmpDir": the temporary directory); or `mediaDir` or `installDir` is null, or
-///       `osDir` for the type `code` (no message).
+///       text by "CheckTmpDir": the temporary directory; what was unpacked stays); or `mediaDir` or
+///       `installDir` is null, or `osDir` for the type `code` (no message).
 ///
 /// Writes: renames FILE to FILE.beforeSPK; unpacks the control file below /tmp and deletes it.
 /// System: runs compress and tar.
