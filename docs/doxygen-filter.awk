@@ -1,11 +1,16 @@
 # Shows Doxygen a header as a reader sees it: indented lines of a comment are a table, and a "//"
-# comment between empty lines is the heading of the declarations that follow it.
+# comment between empty lines is the heading of the declarations that follow it. The fields "Writes:"
+# and "System:" become paragraphs with a heading.
 
 # Prints a line of documentation: as text, or as a line of a table, which Markdown takes for code.
 function doc(text,    is_row) {
   is_row = text ~ /^   / && text !~ /^ *- /
   if (is_row != in_table) print margin "///"
   in_table = is_row
+  if (match(text, /^ (Writes|System):/)) {
+    print margin "/// \\par " substr(text, 2, RLENGTH - 2)
+    text = substr(text, RLENGTH + 1)
+  }
   if (!is_row) gsub(/'%'/, "'\\%'", text)  # a lone one would be swallowed
   print margin "///" (is_row ? "    " : "") text
 }
