@@ -6,7 +6,7 @@
 #include "kwinstutil/export.h"
 
 /// \file
-/// Commands, file operations and setup programs, run after a copy.
+/// Shell commands, file operations and setup programs.
 ///
 /// `message` must not be null. It is assigned on success and on failure, and untouched when another
 /// argument is refused. Commands, paths and names go to the shell unquoted. What the shell prints
@@ -60,7 +60,7 @@ KWINSTUTIL_EXPORT int TEVInsCopyInstall(char* from, char* to, TEVUnicodeString* 
 /// Writes: PATH.
 KWINSTUTIL_EXPORT int TEVInsCreateFile(char* path, char* text, TEVUnicodeString* message) noexcept;
 
-// Setup programs of the product, run once after a copy.
+// Setup programs of the product, run once after a transfer.
 
 /// Runs `command` through the shell. A shell that cannot be started or is ended by a signal is
 /// treated as exit status 0.
@@ -83,10 +83,10 @@ KWINSTUTIL_EXPORT int TEVInsPalomirSetup(char* command, TEVUnicodeString* messag
 ///   0  no.
 KWINSTUTIL_EXPORT int TEVInsNeedQDNUpdate(char* installDir) noexcept;
 
-// Programs of the tree. They are run with INSTALLDIR/code/command/tevstart in the environment that
-// two files in `installDir` name: the first word of a ".lp" file is its name, the first line of
-// EnvDir.txt its directory. Of each at most 1023 characters are used. If one of the files cannot be
-// read, the program runs without an environment. An empty file gives an empty name.
+// Programs of the tree. INSTALLDIR/code/command/tevstart runs them in an environment. Its name is
+// the first word of a ".lp" file in `installDir`, its directory the first line of EnvDir.txt there.
+// At most 1023 characters of each are used. If one of the files cannot be read, the program runs
+// without an environment. An empty file gives an empty name.
 
 /// Updates the people data of the tree `installDir`, which must not be null, with DRXPeopleUpdate.
 /// The ".lp" file is PALOMIR_QDN.lp. `extra` is ignored.

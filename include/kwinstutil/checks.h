@@ -26,7 +26,7 @@
 
 // What the medium holds.
 
-/// Does the medium hold products or solutions of the content type?
+/// Does the medium hold products or solutions of `type`?
 ///
 /// Returns
 ///    0  yes;
@@ -45,10 +45,9 @@ KWINSTUTIL_EXPORT int TEVInsCheckMediaSAT(char* mediaDir, TEVUnicodeString* mess
 /// Does the medium hold a service pack?
 ///
 /// Returns
-///    0  a service pack of the code;
-///    1  a service pack of the SDK only; or there is no memory to look for one (no message);
-///    4  no service pack ("ErrorNoSPK", no parameter). If there is no memory to look for one of the
-///       code, it is not found.
+///    0  a service pack of the code (without memory to look for one, none is found);
+///    1  a service pack of the SDK only, or there is no memory to look for one (no message);
+///    4  no service pack ("ErrorNoSPK", no parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckMediaSPK(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
@@ -68,7 +67,7 @@ KWINSTUTIL_EXPORT int TEVInsCheckMediaHFX(TEVINSMediaToc* media,
 KWINSTUTIL_EXPORT int TEVInsCheckMediaSMP(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
-// What the tree already holds. A package is missing when the tree's table says so (-1).
+// What the tree holds. A package is missing if TEVINSInstToc::IsInstalled returns -1.
 
 /// Does the medium hold a product or solution of the type that the tree does not hold? Without a
 /// tree (null) nothing is missing. `message` must not be null.
@@ -88,21 +87,21 @@ KWINSTUTIL_EXPORT int TEVInsCheckInstall(TEVINSType type, TEVINSInstToc* install
 KWINSTUTIL_EXPORT int TEVInsCheckInstallSMP(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                             TEVUnicodeString* message) noexcept;
 
-/// Does the medium hold an SDK package that can be installed? The SDK tree `installed` does not
-/// hold it, and the code tree `installedCode` holds the code that it extends: the package with its
-/// name up to ".zeb2". Without an SDK tree (null) no SDK package is installed. Without a code tree
-/// (null) none can be installed.
+/// Does the medium hold an SDK package that can be installed? The SDK tree `installed` must not
+/// hold it. The code tree `installedCode` must hold its code: the package with its name up to
+/// ".zeb2". Without an SDK tree (null) no SDK package is installed. Without a code tree (null) none
+/// can be installed.
 ///
 /// Returns
 ///   1  yes;
-///   0  no: all SDK packages are installed ("ErrWndProductAllInstalled", no parameter), or the code
-///      of those that are missing is not ("ErrWndProductCodeNotInstalled", no parameter).
+///   0  no: all SDK packages are installed ("ErrWndProductAllInstalled", no parameter), or the
+///      missing ones lack their code ("ErrWndProductCodeNotInstalled", no parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckInstallZEB(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                             TEVINSInstToc* installedCode,
                                             TEVUnicodeString* message) noexcept;
 
-/// Does the medium hold a fix package that the tree does not hold, or not as many fix packages as
-/// the tree? Those of the tree that are counted are the ones of the code, whatever the type.
+/// Does the medium hold a fix package that the tree does not hold, or not the same number of them
+/// as the tree? Of the tree, the fix packages of the code are counted, whatever `type` is.
 ///
 /// Returns
 ///   1  yes;
@@ -119,8 +118,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckInstallSPK(TEVINSType type, TEVINSInstToc* inst
 /// Returns
 ///   1  yes;
 ///   0  no, for one of these reasons:
-///      the directory does not exist ("ErrorNoFile": the path of OSUNIX; then in the same text
-///      "ErrNoPRESENTForAnyOS": gaLevel, installDir);
+///      the directory does not exist ("ErrorNoFile": the path of OSUNIX; followed in the same
+///      text by "ErrNoPRESENTForAnyOS": gaLevel, installDir);
 ///      OSUNIX cannot be read ("ErrWndOpenControlFile": its path, the system's error text);
 ///      a table reports a problem (see InitInstallToc);
 ///      a system has another level ("ErrWndGALevelCode": gaLevel, installDir, the level and the
@@ -247,14 +246,13 @@ KWINSTUTIL_EXPORT int TEVInsCheckInstallSPKCommitted(char* installDir, int spLev
                                                      TEVUnicodeString* message) noexcept;
 
 /// Are the files of the tree as the manifests of its packages say? `path` is the system directory.
-/// Each missing or damaged file is reported to `report`. `message` must not be null; it is assigned
+/// Each missing or damaged file is written to `report`. `message` must not be null; it is assigned
 /// in every case.
 ///
 /// Returns
 ///    0  yes ("CheckIntegrityOK", no parameter);
-///   -3  no, files of a service pack are damaged: the parameter of the message is the installed
-///       service-pack level ("ErrIntegrityServicePack" if `zebMedia` is 0,
-///       "ErrIntegrityServicePackZEB" otherwise);
+///   -3  no, files of a service pack are damaged ("ErrIntegrityServicePack" if `zebMedia` is 0,
+///       "ErrIntegrityServicePackZEB" otherwise: the installed service-pack level);
 ///   -2  no, only other files are damaged; or `installed` is null ("ErrCheckMORVELIntegrity", no
 ///       parameter).
 ///

@@ -9,8 +9,8 @@
 /// Target directories, free space and the pointer files of a tree.
 ///
 /// Some functions shorten the caller's path: they remove one '/' from its end. "/" becomes the
-/// empty path. Where the nearest existing ancestor of a path is looked for, it may have at most
-/// 1023 characters.
+/// empty path. Where a nearest existing ancestor is looked for, that ancestor may have at most 1023
+/// characters.
 
 // Validation. Nothing is written to disk. `message` must not be null. It is assigned with each
 // failure that names a key, and untouched otherwise.
@@ -30,8 +30,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckExistDir(char* dir, TEVUnicodeString* message) 
 ///
 /// Returns
 ///    0  yes;
-///   -1  no. `examined` is untouched if an argument is null, `dir` is "/", a missing path below
-///       "//" or a relative path of which no part exists, or the tested directory has more than
+///   -1  no. `examined` is untouched if an argument is null; if `dir` is "/", a missing path below
+///       "//" or a relative path of which no part exists; or if the tested directory has more than
 ///       1023 characters.
 KWINSTUTIL_EXPORT int TEVInsCheckAccessDir(char* dir, char* examined) noexcept;
 
@@ -159,8 +159,8 @@ KWINSTUTIL_EXPORT void TEVInsGetTempDir(char* result) noexcept;
 /// System: reads HOME and the account "root".
 KWINSTUTIL_EXPORT int TEVInsIsRoot() noexcept;
 
-/// Runs `command` through the shell and captures the first `size` bytes that it prints in `output`.
-/// The rest of `output` is filled with zeros; if all `size` bytes are used, there is no terminator.
+/// Runs `command` through the shell. `output` receives the first `size` bytes that it prints. The
+/// rest of `output` is filled with zeros; if all `size` bytes are used, there is no terminator.
 /// With a null `output` nothing is captured. Takes at least one second. The exit status of the
 /// command is not reported. `command` must not be null.
 ///

@@ -8,7 +8,7 @@
 #include "kwinstutil/report.h"
 
 /// \file
-/// Archives of components, and text files by line.
+/// Archives of components, and lines of text files.
 
 // Archives. Paths and names go to the shell unquoted: do not take them from an untrusted source.
 
@@ -20,13 +20,13 @@
 /// appended to control/PRESENT. Both are in INSTALLDIR/OSDIR, or in INSTALLDIR if `osDir` is null.
 ///
 /// INSTALLDIR/ErrorTar.log receives what tar prints. It is deleted when tar was successful, and
-/// stays when tar failed. Files that were unpacked before a failure stay. Status -100 leaves the
-/// archive's checksum and the file-system usage in INSTALLDIR/TEVInsErrorTransfer.log, if that can
-/// be written.
+/// stays when tar failed. Files that were unpacked before a failure stay. With status -100,
+/// INSTALLDIR/TEVInsErrorTransfer.log receives the archive's checksum and the file-system usage, if
+/// it can be written.
 ///
 /// `message` is assigned when unpacking failed ("ErrCommandInterrupted": the command run).
-/// Otherwise what tar printed is appended to it, without newlines, and then, if the table could not
-/// be appended, the message of TEVInsUpdate.
+/// Otherwise what tar printed is appended to it, without newlines. If the table could not be
+/// appended, the message of TEVInsUpdate follows.
 ///
 /// Returns
 ///      0  transferred;
@@ -59,11 +59,11 @@ KWINSTUTIL_EXPORT void WriteLogErrorTransfer(char* dir, char* archive) noexcept;
 KWINSTUTIL_EXPORT void TEVInsTransferLogInfo(char* dir, const char* componentName, TEVINSType type,
                                              TEVInstallLog* log) noexcept;
 
-// Text files by line. `message` is ignored and may be null.
+// Lines of text files. `message` is ignored and may be null.
 
-/// Removes lines from `file`: those that begin with `text` if `atStart` is not zero, those that
-/// contain it anywhere if it is zero. A line of more than 2047 characters is read in pieces of
-/// 2047, and each piece is treated as a line.
+/// Removes lines from `file`: those that begin with `text`, or, if `atStart` is zero, those that
+/// contain `text` anywhere. A line of more than 2047 characters is read in pieces of 2047, and each
+/// piece is treated as a line.
 ///
 /// The other lines are written to FILE.tmpPID, which then replaces FILE. The new file has the mode
 /// of the old one, and its owner if the process may set it. If `file` is a symbolic link, the new
@@ -79,9 +79,9 @@ KWINSTUTIL_EXPORT void TEVInsTransferLogInfo(char* dir, const char* componentNam
 KWINSTUTIL_EXPORT int TEVInsSuppressLine(char* file, char* text, TEVUnicodeString* message,
                                          int atStart) noexcept;
 
-/// Adds `line` and a newline to the end of `file`. If the last line of the file has no newline, it
-/// is continued. `line` is a printf format without arguments: "%%" gives '%', and any other
-/// conversion is written as it is.
+/// Adds `line` and a newline to the end of `file`. `line` continues a last line that has no
+/// newline. `line` is a printf format without arguments: "%%" gives '%', and any other conversion
+/// is written as it is.
 ///
 /// Returns
 ///    1  done;

@@ -12,20 +12,20 @@
 /// 4 German, 8 Italian, 16 Japanese, 32 Simplified Chinese, 64 Korean. 127 is all of them.
 /// `installDir` is the tree, and `osDir` the system directory in it.
 
-/// Records the choice in INSTALLDIR/OSDIR/NLS.txt: one line for each set bit, in the order above,
+/// Writes `languages` to INSTALLDIR/OSDIR/NLS.txt: one line for each set bit, in the order above,
 /// and an empty line. An earlier file is replaced. `installDir` must not be null; without an
 /// `osDir` the file is INSTALLDIR/NLS.txt. `message` is assigned: "CreateFile_OK" or
 /// "CreateFile_KO", both with the path.
 ///
-/// Returns 0, also when the file could not be written. Only the message shows the failure.
+/// Returns 0, even if the file could not be written. Only the message shows the failure.
 ///
 /// Writes: INSTALLDIR/OSDIR/NLS.txt.
 KWINSTUTIL_EXPORT int TEVInsCreateNLSFile(char* installDir, const char* osDir, int languages,
                                           TEVUnicodeString& message) noexcept;
 
-/// Reads the choice from INSTALLDIR/OSDIR/NLS.txt. `installDir` must not be null; without an
-/// `osDir` the file is INSTALLDIR/NLS.txt. Lines other than the seven names are ignored. A line of
-/// more than 1023 characters is read in pieces of 1023, and each piece is treated as a line.
+/// Reads the mask from INSTALLDIR/OSDIR/NLS.txt. `installDir` must not be null; without an `osDir`
+/// the file is INSTALLDIR/NLS.txt. Lines other than the seven names are ignored. A line of more
+/// than 1023 characters is read in pieces of 1023, and each piece is treated as a line.
 ///
 /// Returns the mask, or 127 (everything) when the file does not exist or cannot be read.
 KWINSTUTIL_EXPORT int TEVInsInitChosenLang(char* installDir, const char* osDir) noexcept;

@@ -8,11 +8,11 @@
 /// \file
 /// Free ports, the ORB daemon, the meta-search, and the system's services and inetd files.
 
-// Free ports. A port of the product is legal from 1024 to 65535. Nothing is written to disk.
+// Free ports. Legal ports of the product are 1024 to 65535. Nothing is written to disk.
 
 /// Resets the values that the process remembers for a group of ports. No search uses them.
 ///
-///   100       all values become 0, except one, which stays, and two: 8080 and 8082;
+///   100       all values become 0, except one that stays and two that become 8080 and 8082;
 ///   200, 300  the values of that group become 0;
 ///   400       the values of that group become 0, except the second one, which stays;
 ///   other     nothing changes.
@@ -134,7 +134,7 @@ struct MetaSearchData {
   int port;
   const char* mailServer;
   int mailPort;
-  int enableProxy;  ///< 0, or another value for yes
+  int enableProxy;  ///< any value but 0 means yes
   const char* proxyHost;
   const char* proxyLogin;
   const char* proxyPassword;
@@ -155,8 +155,8 @@ struct MetaSearchData {
 ///    1  exported (`*message` is untouched);
 ///   -1  a port is taken ("ErrWndOrbixPortNotFree": port, the next free one; assigned); a port
 ///       cannot be tested (the message of GetFreePort, or none if `message` is null); or an entry
-///       is too long, or the environment has no memory for it (no message). Settings that an
-///       earlier call exported are then empty.
+///       is too long, or the environment has no memory for it (no message). After -1, settings
+///       that an earlier call exported are empty.
 ///
 /// System: exports the fourteen MetaSearch variables; binds TCP ports and releases them.
 KWINSTUTIL_EXPORT int TEVInsCheckMetasearch(MetaSearchData* data,
@@ -232,8 +232,8 @@ KWINSTUTIL_EXPORT int UpdatePorts(int bbPort, int runPort, int brokerPort, char*
 ///    1  too, if the renaming failed ("KORenameServicesFile": the file). FILE.tmp then holds all of
 ///       the new content, and FILE may be gone;
 ///   -1  failed. The file is as it was, and there is no new FILE.tmp:
-///       the file cannot be opened or first read ("ErrWndOpenServicesFile": the file, the system's
-///       error text), or FILE.tmp cannot be opened (the same: empty, the error text);
+///       the file cannot be opened or read ("ErrWndOpenServicesFile": the file, the system's error
+///       text), or FILE.tmp cannot be opened (the same: empty, the error text);
 ///       there is no memory ("ErrWndAllocServicesFile": empty, the bytes needed);
 ///       it cannot be read a second time or be stored ("ErrWndWriteServicesFile": the file).
 ///
@@ -244,24 +244,24 @@ KWINSTUTIL_EXPORT int UpdateNewPorts(int bbPort, int runPort, int brokerPort, ch
 /// Registers the daemon program `demonPath` for the service "morvelk7run" in the inetd file, which
 /// must exist. The new line replaces every line of that service; if there is none, it is added.
 ///
-/// To replace lines, FILE is renamed to its backup FILE.tmp, FILE is written anew, and the backup
+/// To replace lines, FILE is renamed to its backup FILE.tmp, a new FILE is written, and the backup
 /// is deleted. If the process is killed in between, the backup must be renamed back before the next
-/// call: that call would treat what is left of FILE as all of it.
-/// A new line of more than 1023 characters cannot replace another one: this is treated as a file
-/// that cannot be written. It can be added, but CheckNeedUpdateServices does not recognise it, and
-/// a later call cannot replace it. `message` is assigned, unless there is no memory.
+/// call: that call would treat what is left of FILE as all of it. A new line of more than 1023
+/// characters cannot replace another one: this is treated as a file that cannot be written. It can
+/// be added, but CheckNeedUpdateServices does not recognise it, and a later call cannot replace it.
+/// `message` is assigned, unless there is no memory.
 ///
 /// Returns
 ///    1  done ("OKWriteServicesFile": the file);
 ///   -1  failed, and the file is as it was:
 ///       the development mode is on and VRK_ODT_TMP is unset ("ErrVRK_ODT_TMP", no parameter);
-///       the file cannot be opened or first read ("ErrWndOpenServicesFile": the file, the system's
-///       error text) or renamed to its backup ("ErrWndRenameServicesFile": the same);
+///       the file cannot be opened or read ("ErrWndOpenServicesFile": the file, the system's error
+///       text) or renamed to its backup ("ErrWndRenameServicesFile": the same);
 ///       it cannot be read a second time or written ("ErrWndWriteServicesFile": the file);
 ///       there is no memory (no message);
 ///   -1  too, if the backup was made, but the file cannot be created ("ErrWndOpenServicesFile": as
-///       above) or the backup not be renamed back ("ErrWndWriteServicesFile": the file). FILE.tmp
-///       then holds the former content.
+///       above) or the backup cannot be renamed back ("ErrWndWriteServicesFile": the file).
+///       FILE.tmp then holds the former content.
 ///
 /// Writes: the inetd file; its backup FILE.tmp.
 /// System: changes /etc/inetd.conf; in the development mode VRK_ODT_TMP/inetd.conf.
@@ -269,7 +269,7 @@ KWINSTUTIL_EXPORT int UpdateDemon(char* demonPath, TEVUnicodeString* message) no
 
 // The rendering satellite: a rendering slave that inetd starts as the service "mi-ray".
 
-/// Returns the disk space in megabytes that the satellite's medium asks for: the kilobytes at the
+/// Returns the disk space in megabytes that the satellite's medium requires: the kilobytes at the
 /// beginning of MEDIADIR/LFSFS, divided by 1024 and rounded down. Returns 0 if the file has no such
 /// number or cannot be read. `message` is ignored.
 KWINSTUTIL_EXPORT int SatComputeRequired(char* mediaDir, TEVUnicodeString& message) noexcept;
@@ -288,9 +288,9 @@ KWINSTUTIL_EXPORT int SatComputeRequired(char* mediaDir, TEVUnicodeString& messa
 /// System: changes /etc/services; in the development mode VRK_ODT_TMP/services.
 KWINSTUTIL_EXPORT int SatUpdateService(TEVUnicodeString& message) noexcept;
 
-/// Registers SATDIR/ray.sh for the service "mi-ray" in the inetd file, as UpdateDemon registers its
-/// program. Deliberate: an entry that is there already is recognised only as the last line, without
-/// a newline. Anywhere else it is replaced by the same line. `message` is assigned as there.
+/// Registers SATDIR/ray.sh for the service "mi-ray" in the inetd file and assigns `message`, as
+/// UpdateDemon does. Deliberate: an entry that is there already is recognised only as the last
+/// line, without a newline. Anywhere else it is replaced by the same line.
 ///
 /// Returns
 ///    0  the entry is there already (`message` is untouched);
