@@ -5,9 +5,9 @@
 #include <string>
 
 /// \file
-/// Files of answers: ini files of options, `name = value` a line, in sections that mean nothing.
+/// Files of answers: ini files with lines `name = value`. Their sections have no meaning.
 
-/// By name, without the dashes. An option without a value is "yes" or "no".
+/// By name, without the dashes. The value of a flag is "yes" or "no".
 using OptionValues = std::map<std::string, std::string>;
 
 /// The answers of a file that are options of the command. Throws a UsageError when the file cannot
@@ -16,7 +16,7 @@ OptionValues ReadAnswers(const std::string& path, const std::string& command);
 
 /// Writes a file with these values of the command's options, and with all other options as
 /// comments. Only its owner may read it, for it may hold a password. Throws a Refusal, and leaves
-/// what was there, when it cannot be written or a value cannot stand in a line.
+/// what was there, when it cannot be written or a value could not be read back.
 void SaveAnswers(const std::string& path, const std::string& command, const OptionValues& values);
 
 #endif  // KWBATCH_ANSWERS_H_

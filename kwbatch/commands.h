@@ -4,10 +4,10 @@
 #include "options.h"
 
 /// \file
-/// The commands. Each lies in the file of its name, and throws a Refusal when it cannot be done.
+/// The commands. Each is in the file of its name, and throws a Refusal when it cannot be done.
 
-/// "install": a medium of products, SDK packages or samples, every package of it that the target
-/// does not have yet.
+/// "install": installs each package of the medium that the target does not have yet: products, SDK
+/// packages or samples.
 void Install(const Options& options);
 
 /// "check": says whether a medium of any kind may be installed, and what it would change.
@@ -17,14 +17,14 @@ void Check(const Options& options);
 void Verify(const Options& options);
 
 /// "service-pack": sets aside the files that a service pack replaces, installs it and runs its
-/// post-install programs. It is pending then.
+/// post-install programs. It is then pending.
 void ServicePack(const Options& options);
 
-/// "commit": ends the pending state of the target's service packs, which cannot be undone then.
+/// "commit": ends the pending state of the target's service packs. They can no longer be undone.
 void Commit(const Options& options);
 
 /// "undo-service-pack": takes the latest service pack out of the target, which is then as it was
-/// before. An undo that was interrupted is completed by another.
+/// before. A second call completes an interrupted undo.
 void UndoServicePack(const Options& options);
 
 /// "hot-fix": installs a hot fix.

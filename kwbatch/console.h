@@ -3,22 +3,22 @@
 
 #include <string>
 
-/// From now on nothing reaches standard output, not from programs that are run either, but by Show.
+/// From now on only Show writes to standard output. The output of programs is discarded too.
 void BeQuiet();
 
 /// Prints a library message or a line of our own, with a newline at its end.
 void Say(const std::string& text);
 
-/// The same for what the user has asked for, quiet or not.
+/// Like Say, even after BeQuiet: for what the user asked for.
 void Show(const std::string& text);
 
 /// False when something that was printed is lost, on a full disk for example.
 bool AllIsPrinted();
 
-/// The same on standard error, in red on a terminal.
+/// Like Say, but on standard error, in red on a terminal.
 void Complain(const std::string& text);
 
-/// How far a number of steps has come: a bar on a terminal, a line for each step elsewhere.
+/// Shows the progress of some steps: a bar on a terminal, a line for each step elsewhere.
 class Progress {
  public:
   explicit Progress(size_t steps);
@@ -26,7 +26,7 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  /// The next step begins.
+  /// Shows the next step.
   void Begin(const std::string& step);
 
  private:

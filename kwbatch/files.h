@@ -11,19 +11,19 @@
 bool Exists(const std::string& path);
 
 /// Is there an entry of this name? Links are not followed. Throws a Refusal when it cannot be
-/// looked at.
+/// examined.
 bool IsThere(const std::string& path);
 
-/// Deletes a file that may be missing. Throws a Refusal when it stays.
+/// Deletes a file, if it exists. Throws a Refusal when it stays.
 void Delete(const std::string& path);
 
-/// Makes a file of this text in the place of what was there. Throws a Refusal.
+/// Makes a file of this text, in place of an earlier one. Throws a Refusal.
 void Write(const std::string& path, const std::string& text);
 
-/// Adds `text` to the end of a file, which is made when missing. False when it cannot be stored.
+/// Adds `text` to the end of a file, which is created if missing. False when it cannot be stored.
 bool AppendToFile(const std::string& path, const std::string& text);
 
-/// Makes a file of this text and a newline in the place of what was there. Throws a Refusal in the
+/// Makes a file of this text and a newline, in place of earlier content. Throws a Refusal in the
 /// library's words.
 void WriteLine(std::string path, std::string text);
 

@@ -5,13 +5,13 @@
 
 /// \file
 /// What kwbatch must know of the library's formats, because no public function tells it: the names
-/// of files on a medium, in a tree and in the system, and the bits of a language mask. This stands
-/// here and nowhere else. docs/formats.md describes the files.
+/// of files on a medium, in a tree and in the system, and the bits of a language mask. Each is
+/// defined only here. docs/formats.md describes the files.
 
 // On a medium.
 constexpr char kMediumTable[] = "TOC";
 constexpr char kSatelliteArchive[] = "LumaforgeSatellite.Z";
-constexpr char kSdkSuffix[] = ".zeb2";  ///< an SDK package has its code package's name with this
+constexpr char kSdkSuffix[] = ".zeb2";  ///< an SDK package's name is its code package's plus this
 
 /// The path of a component's archive in the directory of a medium, compressed or not; empty when
 /// there is none.
@@ -25,10 +25,10 @@ constexpr size_t kMostSystems = 4;
 constexpr size_t kSystemNameLength = 15;
 
 // In a tree.
-constexpr char kCodePointer[] = "CodeDir.txt";  ///< of an SDK tree
-constexpr char kSdkPointer[] = "ZEBDir.txt";    ///< of the code that it belongs to
+constexpr char kCodePointer[] = "CodeDir.txt";  ///< in an SDK tree: the path of its code
+constexpr char kSdkPointer[] = "ZEBDir.txt";    ///< in the code tree: the path of its SDK
 constexpr char kTarErrors[] = "ErrorTar.log";   ///< what tar printed in a failed transfer
-constexpr char kTransferErrors[] = "TEVInsErrorTransfer.log";  ///< the side log of one
+constexpr char kTransferErrors[] = "TEVInsErrorTransfer.log";  ///< its side log
 
 // In a system directory of a tree.
 constexpr char kControl[] = "control";
@@ -66,7 +66,7 @@ constexpr char kRewritten[] = ".tmp";  ///< suffix of one of the two while it is
 /// The path of a system file: below /etc, or in the directory of UseSystemFilesIn.
 std::string SystemFile(const std::string& name);
 
-/// From now on the library takes the system files and the log from `dir`: its development mode.
+/// Turns on the library's development mode: system files and log are in `dir` from now on.
 void UseSystemFilesIn(const std::string& dir);
 
 #endif  // KWBATCH_FORMATS_H_

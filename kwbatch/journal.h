@@ -8,33 +8,33 @@
 
 #include "refusal.h"
 
-/// What kwbatch knows of the uncommitted service pack of a system directory: which it is, how far
-/// it has come, and what there was before. There is at most one, in the file control/SPK.journal.
+/// What kwbatch knows of the uncommitted service pack of a system directory: its name, its phase,
+/// and what was there before it. There is at most one, in the file control/SPK.journal.
 struct Journal {
   enum class Phase {
-    kInstalling,  ///< begun, and not come to its end
+    kInstalling,  ///< begun, and not finished
     kPending,     ///< installed, and not committed
-    kRepairing,   ///< a committed pack is being set over damaged files
+    kRepairing,   ///< a committed pack is installed again over damaged files
     kUndoing,     ///< being taken out
     kCommitting,  ///< its saved files are being deleted
   };
 
-  /// Reads the journal of a system directory; none when there is no file. Throws a Refusal for one
+  /// Reads the journal of a system directory; no value without a file. Throws a Refusal for one
   /// that cannot be read or understood.
   static std::optional<Journal> Read(const std::string& system_dir);
 
-  /// The refusal of anything but what brings the pack to an end.
+  /// The refusal of any other work: it says how to finish the pack.
   Refusal NotFinished(const std::string& system_dir) const;
 
-  /// Writes the journal, the whole of it or nothing. Throws a Refusal.
+  /// Writes the whole journal, or changes nothing. Throws a Refusal.
   void Write(const std::string& system_dir) const;
 
   Phase phase = Phase::kInstalling;
   std::string pack;                          ///< its name
-  int64_t table_size = 0;                    ///< of control/PRESENT before
+  int64_t table_size = 0;                    ///< of control/PRESENT before the pack
   std::vector<std::string> saved_files;      ///< that the pack replaces
-  std::vector<std::string> new_files;        ///< that were not there
-  std::vector<std::string> new_directories;  ///< likewise, the inner ones last
+  std::vector<std::string> new_files;        ///< that the pack adds
+  std::vector<std::string> new_directories;  ///< likewise, inner ones last
   std::vector<std::string> table_lines;      ///< that the pack adds to control/PRESENT
 };
 

@@ -11,7 +11,7 @@
 /// \file
 /// The languages of an installation, as the bits of a language mask.
 
-/// The languages that the user chose; without a value, none were chosen. Throws a UsageError for an
+/// The languages that the user chose; no value if there was no choice. Throws a UsageError for an
 /// unknown name.
 std::optional<int> ChosenLanguages(const Request& request);
 
@@ -19,13 +19,12 @@ std::optional<int> ChosenLanguages(const Request& request);
 /// record of them.
 int InstalledLanguages(const Medium& medium, std::string target);
 
-/// Records the languages of the medium's system, before anything is left out, and returns them.
-/// Languages that were recorded before are kept: the files of the others are gone. Throws a
-/// Refusal.
+/// Records the languages of the medium's system and returns them. Called before any transfer. An
+/// earlier record is kept: the files of other languages are gone. Throws a Refusal.
 int RecordLanguages(const Medium& medium, std::string target, std::optional<int> chosen, Log& log);
 
 /// Removes what is left of languages that are not in the mask: the library's own removal reports no
-/// failures. Throws a Refusal when one stays.
+/// failures. Throws a Refusal when one cannot be removed.
 void RemoveOtherLanguages(const std::string& system_dir, int languages);
 
 #endif  // KWBATCH_LANGUAGES_H_

@@ -6,9 +6,8 @@
 #include <functional>
 #include <string>
 
-/// The installation log, opened, and closed with its trailer on every way out. What is written and
-/// the file does not take is shown instead, quiet or not, once the library has told of it on
-/// standard error.
+/// The open installation log. The destructor writes its trailer and closes it. If the file cannot
+/// take a text, the library reports that on standard error, and the text is passed to Show.
 class Log {
  public:
   /// Opens the file at `path`, or the usual one when that is empty. Throws a Refusal when it cannot
@@ -20,13 +19,13 @@ class Log {
 
   void Write(const std::string& text);
 
-  /// Without this, the trailer tells a failure.
+  /// Without this, the trailer says "failed".
   void Succeeded();
 
-  /// Takes in what a failed transfer has left in `target`: the output of tar, and the side log.
+  /// Moves the output of tar and the side log of a failed transfer from `target` to the log.
   void TakeErrors(std::string target);
 
-  /// For those that append to the file themselves.
+  /// For code that appends to the file itself.
   char* FileName() { return log_.GetLogFileName(); }
 
  private:
@@ -34,7 +33,7 @@ class Log {
   void OpenFile(const std::string& path, const std::string& header);
   void Keep(const std::function<void()>& write);
 
-  std::string name_;  ///< of the file in its directory, when the user names one
+  std::string name_;  ///< of the file in its directory; empty for the usual log
   TEVInstallLog log_;
   TEVUnicodeString trailer_ = " failed";
 };

@@ -16,8 +16,8 @@ constexpr bool IsUpdate(MediumKind kind) { return kind > MediumKind::kSamples; }
 struct Medium {
   MediumKind kind;
   std::string os;   ///< the system's name, and its directory in a code tree
-  bool of_several;  ///< it is one of the systems of a medium that has several
-  std::string dir;  ///< where its table and archives lie
+  bool of_several;  ///< the OSUNIX of the medium names this system
+  std::string dir;  ///< where its table and archives are
   std::unique_ptr<TEVINSMediaToc> toc;
 };
 
@@ -28,15 +28,15 @@ struct Content {
   std::vector<TEVINSPkg> kinds;
 };
 
-/// Does what comes from the medium go into an SDK tree?
+/// Is this a medium for an SDK tree?
 bool IsSdk(const Medium& medium);
 
 /// The names of the operating systems that the file OSUNIX of a medium or a tree lists; none
 /// without that file. Throws a Refusal.
 std::vector<std::string> SystemsOf(const std::string& dir);
 
-/// Opens the medium at a path in the form of MediumPath: a directory with a table, or with the file
-/// OSUNIX and a directory with a table for each system that it names. With `os`, only that system.
+/// Opens the medium at a path that MediumPath gave: a directory with a table, or with the file
+/// OSUNIX and, for each system named there, a directory with a table. With `os`, only that system.
 /// Throws a Refusal.
 std::vector<Medium> OpenMedium(const std::string& dir, const std::string& os);
 

@@ -2,9 +2,8 @@
 #define KWBATCH_NAMES_H_
 
 /// \file
-/// The names of commands, of the words behind them and of options. Each is spelt here and nowhere
-/// else: the tables and the code that asks take these constants, so a misspelt name does not
-/// compile.
+/// The names of commands, of the words after them and of options. Each is spelt only here: the
+/// tables and the other code use these constants, so a misspelt name does not compile.
 
 struct CommandName {
   const char* text;

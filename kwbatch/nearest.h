@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-/// "; did you mean ...?" with the candidate that is next to the word and `prefix` before it, or
-/// nothing when none is near.
+/// "; did you mean ...?" with `prefix` and the candidate closest to the word; empty when none is
+/// close.
 std::string DidYouMean(const std::string& prefix, const std::string& word,
                        const std::vector<std::string>& candidates);
 

@@ -23,7 +23,7 @@ struct OptionGroup {
   bool IsFor(const std::string& command) const;
 };
 
-/// All of them, in the order of the help.
+/// All groups, in the order of the help.
 const std::vector<OptionGroup>& OptionGroups();
 
 #endif  // KWBATCH_OPTION_TABLE_H_

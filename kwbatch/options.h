@@ -19,11 +19,11 @@ struct Command {
   const char* examples;  ///< command lines
 };
 
-/// A command line: its command, the words behind it, and its options by name, without the dashes.
+/// A command line: its command, the words after it, and its options by name, without the dashes.
 class Options {
  public:
-  /// Without a value when the help or the version was asked for, which is printed then. What the
-  /// command line leaves open is looked up in the file of answers. Throws a UsageError.
+  /// Prints the help or the version if asked to, and returns no value then. Options that the
+  /// command line does not give are taken from the file of answers. Throws a UsageError.
   static std::optional<Options> Parse(int count, char** arguments,
                                       const std::vector<Command>& commands);
 
@@ -33,10 +33,10 @@ class Options {
   /// The value of an option; empty when it was not given.
   std::string Text(OptionName name) const;
 
-  /// The number that an option has for its value, or `otherwise`. Throws a UsageError.
+  /// The number that an option gives, or `otherwise`. Throws a UsageError.
   int Number(OptionName name, int otherwise) const;
 
-  /// The word behind the command that stands for this name; the command must take one.
+  /// The word with this name after the command, which must take such a word.
   const std::string& Word(WordName name) const { return words_.at(name.text); }
 
   void RunCommand() const { command_->run(*this); }
@@ -44,8 +44,8 @@ class Options {
  private:
   explicit Options(const Command* command) : command_(command) {}
 
-  /// Takes the values, a flag's "no" left out. Throws a UsageError for one that is no number where
-  /// it must be, or means nothing without another option.
+  /// Takes the values, except a flag's "no". Throws a UsageError if one must be a number and is
+  /// not, or needs another option that is not given.
   void Take(const std::map<std::string, std::string>& values);
 
   const Command* command_;

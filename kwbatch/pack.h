@@ -10,7 +10,7 @@
 #include "medium.h"
 #include "request.h"
 
-/// A service pack that goes on or comes off a system directory of a tree.
+/// A service pack to put into or take out of a system directory of a tree.
 struct Pack {
   std::string system_dir;
   std::string os;  ///< the system's name
@@ -20,19 +20,18 @@ struct Pack {
   /// The path of a file of the system directory.
   std::string In(const std::string& file) const { return system_dir + "/" + file; }
 
-  /// Begins the next phase of its journal. Throws a Refusal.
+  /// Sets and writes the phase of its journal. Throws a Refusal.
   void Enter(Journal::Phase phase);
 };
 
-/// The one system of the medium of a hot fix or else a service pack, once the library says that it
-/// may be installed. Throws a Refusal.
+/// The one medium of `media`: a hot fix if `hot_fix`, otherwise a service pack. Throws a Refusal,
+/// also when the library does not allow it.
 Medium InstallableUpdate(std::vector<Medium> media, const Request& request, bool hot_fix);
 
-/// The package of the medium that has an archive: the service pack or hot fix itself. Throws a
-/// Refusal.
+/// The name of the service pack or hot fix, which must have an archive. Throws a Refusal.
 std::string UpdateName(const Medium& medium);
 
-/// The pack that a medium puts into a system directory: a new one, or one that is taken up again.
+/// The pack that a medium puts into a system directory: a new one, or one that is put there again.
 /// Throws a Refusal.
 Pack PackToInstall(const Medium& medium, const std::string& target);
 

@@ -7,7 +7,7 @@
 #include "medium.h"
 
 /// What the archive of the service pack `name` will do to the system directory. Throws a Refusal
-/// for an archive whose files could not be taken out again. Changes nothing.
+/// for an archive whose installation could not be undone. Changes nothing.
 Journal JournalOf(const Medium& medium, const std::string& name, const std::string& system_dir);
 
 #endif  // KWBATCH_PACK_ARCHIVE_H_

@@ -26,21 +26,21 @@ void DeleteSaved(const Pack& pack);
 /// Takes the pack's lines out of the tree's table, which keeps its mode and owner.
 void PruneTable(const Pack& pack);
 
-/// Marks the pack as interrupted, as it is until it is wholly installed.
+/// Marks the pack as interrupted until it is wholly installed.
 void MarkInterrupted(const Pack& pack);
 
 /// Records the pack as pending.
 void RecordPending(const Pack& pack);
 
-/// Deletes both marks, and the journal as the last step.
+/// Deletes the mark, the record and, last, the journal.
 void DeleteRecords(const Pack& pack);
 
 /// Deletes what an interrupted step may have left beside the tree's table, and the messages of a
 /// transfer.
 void DeleteLeftovers(const Pack& pack);
 
-/// While it exists, the pack may be unpacked: at its end, each directory that was there has its
-/// mode and owner again, whatever the archive says.
+/// Remembers the mode and owner of each existing directory of the pack. The destructor restores
+/// them after the unpacking, whatever the archive says.
 class DirectoryModes {
  public:
   explicit DirectoryModes(const Pack& pack);

@@ -17,7 +17,7 @@ void RequirePlainName(const std::string& what, const std::string& name);
 /// The full path of a medium. Throws a Refusal.
 std::string MediumPath(const std::string& medium);
 
-/// The path of a target: absolute, without blanks and doubled separators. Throws a Refusal.
+/// The path of a target: absolute, without blanks and repeated slashes. Throws a Refusal.
 std::string TargetPath(const std::string& target);
 
 #endif  // KWBATCH_PATHS_H_

@@ -20,16 +20,16 @@ struct Component {
 struct Plan {
   Request request;                    ///< with the path of the code tree that was found
   std::optional<int> languages;       ///< language mask; without it, what the target has, or all
-  std::vector<Medium> media;          ///< of which something is to be installed
-  std::vector<Component> components;  ///< of all of them, in the order of installation
+  std::vector<Medium> media;          ///< that have something to install
+  std::vector<Component> components;  ///< of all media, in the order of installation
   Ports ports;                        ///< to be registered
 };
 
-/// Asks the library about everything that could keep the installation from its end. Throws a
-/// Refusal. Writes nothing and exports nothing.
+/// Asks the library about everything that could stop the installation. Throws a Refusal. Writes
+/// nothing and exports nothing.
 Plan MakePlan(const Request& request, std::vector<Medium> media);
 
-/// The systems that the target has, and those of the media. Throws a Refusal when they are too
+/// The systems that the target has, and those of the media. Throws a Refusal when there are too
 /// many.
 std::vector<std::string> AllSystems(const std::vector<Medium>& media, const std::string& target);
 

@@ -22,9 +22,9 @@ struct PortWishes {
 
 PortWishes PortWishesOf(const Options& options);
 
-/// Takes the wanted ports, each or else the next free one; says which were replaced. None when
-/// nothing is to be registered: it is not wanted, or all are registered already and no option names
-/// others. Throws a Refusal.
+/// Chooses each wanted port, or the next free one; says which were replaced. All are 0 when nothing
+/// is to be registered: the user does not want it, or all are registered and no option names a
+/// port. Throws a Refusal.
 Ports ChoosePorts(const PortWishes& wishes);
 
 /// Registers the ports, and the daemon of the system directory, in the system's files; says and

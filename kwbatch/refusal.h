@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 /// \file
-/// The ways in which a command can end early. Each kind has its exit status, which main() gives.
+/// The ways in which a command can end early. Each kind has its exit status, which main() returns.
 
 /// Exit status 2: the command line or the file of answers is wrong.
 struct UsageError : std::runtime_error {

@@ -9,7 +9,7 @@
 /// What a command is asked to do. A text is empty when the user did not give it.
 struct Request {
   std::string medium;     ///< full path
-  std::string target;     ///< in the form of TargetPath
+  std::string target;     ///< as TargetPath returns it
   std::string code_tree;  ///< the code that an SDK belongs to
   std::string os;         ///< the only operating system; without it, all
   std::string log;        ///< path of the log; without it, the usual one
@@ -19,8 +19,7 @@ struct Request {
   PortWishes ports;
 };
 
-/// Reads the command line once, at the command's door. Throws a Refusal for a path that cannot be
-/// used.
+/// Reads the options once, when a command begins. Throws a Refusal for a path that cannot be used.
 Request RequestOf(const Options& options);
 
 #endif  // KWBATCH_REQUEST_H_

@@ -5,7 +5,7 @@
 
 #include "log.h"
 
-/// Runs the product's setup programs in a system directory, where it has any. A failure is reported
+/// Runs the product's setup programs in a system directory, if it has any. A failure is reported
 /// and logged, and changes nothing else.
 void RunSetup(std::string system_dir, Log& log);
 

@@ -6,9 +6,9 @@
 #include "log.h"
 #include "medium.h"
 
-/// Transfers the archive of the component `name` into the target, logs it, and says what tar had to
-/// say all the same. Throws a Refusal; the log then has the archive's checksum and the file
-/// systems.
+/// Transfers the archive of the component `name` into the target, logs it, and says what a
+/// successful tar printed. Throws a Refusal; the log then has the archive's checksum and the
+/// file-system usage.
 void Transfer(const Medium& medium, std::string name, std::string target, int languages, Log& log);
 
 #endif  // KWBATCH_TRANSFER_H_

@@ -21,7 +21,7 @@ std::vector<std::string> SystemDirs(const std::string& target, const std::string
 /// The name of an operating system that is installed in the target, or an empty text.
 std::string InstalledSystem(const std::string& target);
 
-/// Opens the table of a system directory; null when there is nothing. Throws a Refusal.
+/// Opens the table of a system directory; null if nothing is installed. Throws a Refusal.
 std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir);
 
 /// Throws a Refusal unless something is installed in a target or a system directory.

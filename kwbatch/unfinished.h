@@ -6,8 +6,8 @@
 #include "medium.h"
 
 /// \file
-/// The record of an installation that has not come to its end: a file in the system directory of
-/// the medium. While it exists, the same command takes the installation up again.
+/// The record of an unfinished installation: a file in the system directory of the medium. While it
+/// exists, the same command continues the installation.
 
 bool IsUnfinished(const Medium& medium, const std::string& target);
 
