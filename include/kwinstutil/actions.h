@@ -26,7 +26,7 @@
 KWINSTUTIL_EXPORT int TEVInsCommande(char* command, TEVUnicodeString* message) noexcept;
 
 /// Appends the file `from` to the file `to` with cat. If `to` does not exist, it is created. A
-/// failure leaves `to` as it was: a new file is removed again. Symbolic links are followed and stay.
+/// failure leaves `to` as it was: a new file is removed. Symbolic links are followed and stay.
 ///
 /// Returns
 ///     1  done ("CmdSucessful", spelled so: the command run);

@@ -145,11 +145,10 @@ struct MetaSearchData {
   const char* time;  ///< of the schedule
 };
 
-/// Checks that `port` and `snapshotsPort` are free, and exports every setting. Its variable is
-/// named as its field: MetaSearchLanguage, MetaSearchServer and so on. MetaSearchEnableProxy is YES
-/// or NO. With a null `data` nothing is checked, and all variables become empty. An entry has at
-/// most 127 bytes, with its key and "="; that of the proxy domains has at most 1023. A text may be
-/// a value that an earlier call exported.
+/// Checks that `port` and `snapshotsPort` are free, and exports every setting in a variable named
+/// after its field: MetaSearchLanguage, MetaSearchServer and so on. MetaSearchEnableProxy is YES or
+/// NO. With a null `data` nothing is checked, and all variables become empty. An entry has at most
+/// 127 bytes (proxy domains: 1023), with its key and "=". A text may be a value of an earlier call.
 ///
 /// Returns
 ///    1  exported (`*message` is untouched);
@@ -166,7 +165,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckMetasearch(MetaSearchData* data,
 //
 // The services file is /etc/services and the inetd file is /etc/inetd.conf. In the development mode
 // (VRK_ODT_IN and VRK_ODT_OUT are both set, to anything) they are VRK_ODT_TMP/services and
-// VRK_ODT_TMP/inetd.conf. A function that gets the path of a file uses that path in both modes.
+// VRK_ODT_TMP/inetd.conf. A function that gets the path of a file uses that path in both modes. No
+// argument may be null, unless a function says so.
 //
 // A line belongs to a service if it begins with the name of the service, even if that is only the
 // beginning of a longer name. A line of more than 1023 characters is read in pieces of 1023, and
@@ -177,12 +177,9 @@ KWINSTUTIL_EXPORT int TEVInsCheckMetasearch(MetaSearchData* data,
 // with the same mode and owner replaces it. If these cannot be kept, the file is treated as one
 // that cannot be written. Files are not locked against other writers.
 //
-// If the path is a symbolic link, the link stays. FILE is then the file that it leads to, and
-// FILE.tmp lies beside that; the messages of a failed renaming, and of a file that could not be
-// written anew, name that FILE. A link that leads nowhere is treated as a file that cannot be
-// opened.
-//
-// No argument may be null, unless a function says so.
+// If the path is a symbolic link, the link stays, and FILE is the file that it leads to. FILE.tmp
+// is beside that FILE, which is named in the messages of a failed renaming or rewriting. A link
+// that leads nowhere is treated as a file that cannot be opened.
 
 // Are the entries there? Nothing is written to disk.
 
@@ -221,11 +218,9 @@ KWINSTUTIL_EXPORT int UpdatePorts(int bbPort, int runPort, int brokerPort, char*
 /// Registers each port in `servicesFile`, which must exist. The new line replaces every line that
 /// the service has; if it has none, the line is added. If none of the three services has a line,
 /// the new lines are appended and the rest of the file is untouched. Otherwise the file is
-/// rewritten, even if nothing in it changes.
-///
-/// To rewrite it, the new content is written to FILE.tmp, FILE is deleted, and FILE.tmp is renamed
-/// to FILE. If the process is killed in between, FILE.tmp holds all of the new content. `message`
-/// is assigned unless it is null.
+/// rewritten, even if nothing in it changes: the new content is written to FILE.tmp, FILE is
+/// deleted, and FILE.tmp is renamed to FILE. If the process is killed in between, FILE.tmp holds
+/// all of the new content. `message` is assigned unless it is null.
 ///
 /// Returns
 ///    1  done ("OKWriteServicesFile": the file);
@@ -274,8 +269,8 @@ KWINSTUTIL_EXPORT int UpdateDemon(char* demonPath, TEVUnicodeString* message) no
 /// number or cannot be read. `message` is ignored.
 KWINSTUTIL_EXPORT int SatComputeRequired(char* mediaDir, TEVUnicodeString& message) noexcept;
 
-/// Appends the line of port 7001 to the services file, unless a line of it contains "mi-ray". If
-/// the file does not exist, it is created. If the caller may write but not read it, the line is
+/// Appends the line of port 7001 to the services file, unless one of its lines contains "mi-ray".
+/// If the file does not exist, it is created. If the caller may write but not read it, the line is
 /// appended whatever the file contains. `message` is ignored.
 ///
 /// Returns
