@@ -34,7 +34,7 @@ KWINSTUTIL_EXPORT extern char TimeoutEnv[128];
 /// The entry PORTAL_K6PANEL=1.
 KWINSTUTIL_EXPORT extern char* portal_k6panel;
 
-/// For the installer. The library neither reads nor writes them.
+/// For installers only: the library does not use them.
 KWINSTUTIL_EXPORT extern int EnvJava;
 KWINSTUTIL_EXPORT extern int TCKBootInit;
 

@@ -17,11 +17,11 @@
 #include "kwinstutil/export.h"
 
 /// \file
-/// Service packs: the table and the files of a tree around them, and their programs.
+/// Service packs: their lines in the table, the files that they replace, their programs.
 
 /// Removes the lines of a service pack from a control file (control/PRESENT) and writes the other
 /// lines to a new file. Construct, then call InitSource, InitDest, Remove and IsLineRemoved. The
-/// caller moves the new file into the place of the old one. An object serves once. No argument may
+/// caller moves the new file into the place of the old one. Use an object once. No argument may
 /// be null.
 ///
 /// A line is TYPE:KIND:NAME, then anything. Each field is cut at 47 characters and at its first
@@ -107,7 +107,7 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
 //
 // On failure `message` is assigned. Both functions have these messages:
 //   "ErrWndOpenControlFile.Text": the path of the unpacked control file, the system's error number;
-//   "ErrWndRenameFile.Text": the path of a file, the name that it could not be given.
+//   "ErrWndRenameFile.Text": the path of a file, the new name that it did not get.
 // If reading the control file fails after it was opened, this is treated as its end. What was
 // renamed before a failure stays renamed: each file exists under one of its two names.
 
