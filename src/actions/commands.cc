@@ -65,7 +65,7 @@ int TEVInsUpdate(char* from, char* to, TEVUnicodeString* message) noexcept {
     *message = frame.Build("ErrCmdFailed", {command});
     return -1;
   }
-  // This function's success key has one "s": catalogs have always had both spellings.
+  // Deliberate: the key of this function has one "s". Catalogs have both spellings.
   *message = frame.Build("CmdSucessful", {command});
   return 1;
 }

@@ -15,8 +15,8 @@ namespace {
 
 constexpr int kLineSize = 1024;
 
-/// The end of a start command: the environment named by `lpFile` and EnvDir.txt, or nothing when
-/// one of them cannot be read.
+/// The options for the environment that `lpFile` and EnvDir.txt name. Empty if one of these files
+/// cannot be read.
 std::string EnvironmentOptions(const char* installDir, const std::string& lpFile) {
   char name[kLineSize];
   char directory[kLineSize];
@@ -67,7 +67,7 @@ int TEVInsQDNUpdate(char* installDir, TEVUnicodeString* message, char* /*extra*/
   const std::string command =
       StartCommand(installDir, "DRXPeopleUpdate", "-p -m", "PALOMIR_QDN.lp") + ' ';
   const char* text = command.c_str();
-  // The status as the shell gives it, not divided as in TEVInsPalomirSetup.
+  // Deliberate: this is the status of system(3) itself, not the exit status in it.
   const int status = kwinst::RunShell(command);
   if (status != 0) {
     *message = frame.Build("ErrDRXPeopleUpdateFailed", {text, status},

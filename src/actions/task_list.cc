@@ -36,7 +36,7 @@ bool LinksTo(const char* name, const char* part) {
   return Contains(target, part);
 }
 
-/// A copy in 1024 bytes, or null without the memory for it.
+/// A copy of `text`, or null if there is no memory for it.
 std::unique_ptr<char[]> Copy(const char (&text)[1024]) {
   std::unique_ptr<char[]> copy(new (std::nothrow) char[sizeof text]);
   if (copy != nullptr) std::memcpy(copy.get(), text, sizeof text);
@@ -128,7 +128,7 @@ int TEVInsTaskList::TEVInsGetAllProcess() noexcept {
     // NOLINTNEXTLINE(cert-err34-c): ps prints no number that does not fit.
     const int values = std::sscanf(line, "%*s %ld %ld %*d %*s %*s %*s %1023[^\n]", &record.pid,
                                    &record.ppid, record.command);
-    // The pieces of a line that was too long may have any number in the place of an id.
+    // A line that is too long comes in pieces, which may have any number in the place of an id.
     if (values == 3 && record.pid >= 0 && record.pid <= INT_MAX) ++record_count_;
     return true;
   });
@@ -136,7 +136,7 @@ int TEVInsTaskList::TEVInsGetAllProcess() noexcept {
   return static_cast<int>(record_count_);
 }
 
-// At most 100 deep: each level has added a task.
+// The recursion is at most 100 levels deep: each level has added a task.
 // NOLINTNEXTLINE(google-runtime-int, misc-no-recursion)
 int TEVInsTaskList::TEVInsGetProcessFils(long pid) noexcept {
   int children = 0;

@@ -11,10 +11,10 @@ using kwinst::MessageFrame;
 
 namespace {
 
-/// Refuses a hot fix, `wanted`, because of the one that is installed. Without both names there is
-/// no message.
-void TellInstalledHotFix(const char* present, const char* wanted, const MessageFrame& frame,
-                         TEVUnicodeString* message) {
+/// Reports that the hot fix `wanted` is refused because `present` is installed. If one of the names
+/// is missing, no message is made.
+void ReportInstalledHotFix(const char* present, const char* wanted, const MessageFrame& frame,
+                           TEVUnicodeString* message) {
   if (present == nullptr || wanted == nullptr) return;
   if (kwinst::SameText(present, wanted)) {
     *message = frame.Build("ErrHFXAlreadyInstalled", {wanted},
@@ -49,14 +49,14 @@ int TEVInsCheckHFXLevel(TEVINSInstToc* installed, TEVINSMediaToc* media, char* i
   }
   if (kwinst::ServicePackIsPending(installDir)) {
     if (name == nullptr) return -1;
-    // The text has always said "ifx".
+    // Deliberate: the text says "ifx".
     const std::string text = Format(
         "You need to commit Service Pack level %d before installing hot ifx %s\n", level, name);
     *message = frame.Build("ErrHFXCommitSPK", {level, name}, text);
     return -1;
   }
   if (installed->GetHFXLevel() != 0) {
-    TellInstalledHotFix(installed->GetHFXName(), name, frame, message);
+    ReportInstalledHotFix(installed->GetHFXName(), name, frame, message);
     return -1;
   }
   if (level == 0 || !kwinst::ServicePackIsDamaged(installed, installDir)) return 1;

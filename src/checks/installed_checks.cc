@@ -13,8 +13,8 @@ using kwinst::NameList;
 
 namespace {
 
-/// Is one of the packages told by the tree to be not installed (exactly -1)? Without a tree nothing
-/// is asked, and nothing counts as missing.
+/// Does the tree report one of the packages as not installed (exactly -1)? Without a tree no
+/// package is missing.
 bool AnyMissing(const NameList& packages, TEVINSInstToc* installed, TEVINSType type) {
   if (installed == nullptr) return false;
   for (int i = 0; i < packages.size(); ++i) {
@@ -31,10 +31,10 @@ int CountInstalled(const TEVINSInstToc* installed, TEVINSPkg pkg, TEVINSType typ
   return list.GetNbName();
 }
 
-/// What became of the SDK packages of a medium.
+/// How many SDK packages of a medium are installed, and how many can be installed.
 struct SdkTally {
   int installed = 0;    ///< in the SDK tree already
-  int installable = 0;  ///< not there, while the code that they extend is
+  int installable = 0;  ///< not in the SDK tree, but the code tree has the code
 };
 
 SdkTally CountSdk(const NameList& packages, TEVINSInstToc* installed,
@@ -63,7 +63,7 @@ int TEVInsCheckInstall(TEVINSType type, TEVINSInstToc* installed, TEVINSMediaToc
   const NameList solutions(media, SLT, type, 1);
   if (AnyMissing(products, installed, type) || AnyMissing(solutions, installed, type)) return 1;
 
-  // Not tested for null: callers of this check have always had to pass a string.
+  // Deliberate: `message` is not tested for null. The header says that it must not be null.
   *message = frame.Build("ErrWndProductAllInstalled");
   return 0;
 }
@@ -102,7 +102,7 @@ int TEVInsCheckInstallSPK(TEVINSType type, TEVINSInstToc* installed, TEVINSMedia
                           TEVUnicodeString* message) noexcept {
   const MessageFrame frame;
   const NameList packages(media, FSP, type, 0);
-  // The installed fix packages of the code are counted, whatever type is asked for.
+  // Deliberate: the installed fix packages of the code are counted, whatever `type` is.
   const int installed_count = CountInstalled(installed, FSP, code, 0);
   const bool missing = AnyMissing(packages, installed, type);
   if (missing || packages.size() != installed_count) return 1;
@@ -115,7 +115,7 @@ int TEVInsCheckInstallCode(char* installDir, const char* gaLevel,
                            TEVUnicodeString* message) noexcept {
   const MessageFrame frame;
   const std::string list = kwinst::JoinPath(installDir, kwinst::kSystemList);
-  // It is the directory that is tested, and the list that is told to be missing.
+  // Deliberate: the directory is tested, but the list is reported as missing.
   if (!kwinst::Exists(installDir)) {
     if (message == nullptr) return 0;
     *message = frame.Build("ErrorNoFile", {list});
@@ -133,7 +133,7 @@ int TEVInsCheckInstallCode(char* installDir, const char* gaLevel,
     }
     return false;
   };
-  // What stopped the walk has made its message.
+  // If the walk ends early, the message has been made already.
   if (!kwinst::ForEachInstalledSystem(installDir, frame, message, has_level)) return 0;
   if (found) return 1;
 
@@ -147,6 +147,6 @@ int TEVInsCheckZEBDir(char* treeDir, char* zebDir) noexcept {
   if (!kwinst::Exists(path)) return 0;
   char line[kwinst::kPathSize];
   if (kwinst::ReadFirstLine(path.c_str(), line, sizeof(line))) std::strcpy(zebDir, line);
-  // 1 also for a file that cannot be read.
+  // Deliberate: the answer is 1 even if the file cannot be read.
   return 1;
 }

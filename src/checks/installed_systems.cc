@@ -12,7 +12,7 @@ namespace kwinst {
 
 namespace {
 
-/// Checks one system of the list; one without a control/PRESENT passes.
+/// Checks one system of the list. A system without a control/PRESENT is ignored.
 bool CheckSystem(const std::string& codeDir, const char* system, TEVUnicodeString* message,
                  const SystemCheck& check) {
   std::string present = ControlFile(JoinPath(codeDir, system), kPresent);

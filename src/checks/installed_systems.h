@@ -11,19 +11,19 @@
 
 namespace kwinst {
 
-/// Are two levels or operating systems the same? One that is missing equals only a missing one.
+/// Are two levels or operating systems equal? A missing value (null) equals only a missing value.
 bool SameText(const char* one, const char* other);
 
-/// What is to be done with one installed system: its name in the list, and its table, which is null
-/// when there was no memory for it. False ends the walk.
+/// Checks one installed system. Takes its name in the list and its table, which is null if there is
+/// no memory for it. Returns false to end the walk.
 using SystemCheck = std::function<bool(const char* system, TEVINSInstToc* table)>;
 
-/// Walks through the operating systems that CODEDIR/OSUNIX lists and that have a control/PRESENT,
-/// in the order of the list. Words of more than 47 characters are split there.
+/// Calls `check` for each operating system that CODEDIR/OSUNIX lists and that has a
+/// control/PRESENT, in the order of the list. A word of more than 47 characters is split there.
 ///
-/// Returns true at the end of the list. Returns false when `check` did, when the list cannot be
-/// read ("ErrWndOpenControlFile": its path, the system's error text; unless `message` is null), or
-/// when a table reports a problem (the message of InitInstallToc, which does not test the pointer).
+/// Returns true at the end of the list. Returns false if `check` returns false, if the list cannot
+/// be read ("ErrWndOpenControlFile": its path, the system's error text; unless `message` is null),
+/// or if a table reports a problem (the message of InitInstallToc; `message` must not be null).
 bool ForEachInstalledSystem(const std::string& codeDir, const MessageFrame& frame,
                             TEVUnicodeString* message, const SystemCheck& check);
 

@@ -14,7 +14,7 @@ using kwinst::SameText;
 
 namespace {
 
-/// Are the two tables for the same operating system, and of the same general-availability level?
+/// Do the two tables have the same operating system and the same general-availability level?
 bool SameSystemAndLevel(TEVINSInstToc* installed, TEVINSMediaToc* media, const MessageFrame& frame,
                         TEVUnicodeString* message) {
   if (!SameText(media->GetOS(), installed->GetOS())) {
@@ -34,7 +34,7 @@ int TEVInsCheckPrereq(TEVINSInstToc* installed, TEVINSMediaToc* media,
                       TEVUnicodeString* message) noexcept {
   if (message == nullptr) return -1;
   const MessageFrame frame;
-  // A missing table is compatible here, and only here.
+  // Deliberate: only this check accepts a missing table.
   if (installed == nullptr || media == nullptr) return 1;
   return SameSystemAndLevel(installed, media, frame, message) ? 1 : 0;
 }
@@ -104,7 +104,7 @@ int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
     return 0;
   }
   const int media_level = media == nullptr ? 0 : media->GetSPKLevel(1);
-  int level = 0;  // of the system before, while a table is missing
+  int level = 0;  // stays that of the system before if there is no memory for a table
   const auto check = [&](const char* system, TEVINSInstToc* table) {
     if (table != nullptr) level = table->GetSPKLevel(1);
     const char* os = table != nullptr ? table->GetOS() : nullptr;
@@ -114,7 +114,7 @@ int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installDir,
       }
       return false;
     }
-    // From here on the message is not tested for null: callers have always seen it so.
+    // Deliberate: `message` is not tested for null from here on. The header says when it may be.
     if (level > media_level) {
       *message = frame.Build("ErrorBadMedia_2", {level, os});
       return false;

@@ -33,7 +33,7 @@ int TEVInsCheckMediaSPK(TEVINSMediaToc* media, TEVUnicodeString* message) noexce
   if (!code_packs.empty()) return 0;
 
   const NameList sdk_packs(media, SPK, zeb2, 0);
-  // Without memory for the second list, callers have always been told 1.
+  // Deliberate: without memory for the second list the answer is 1.
   if (!sdk_packs.empty() || sdk_packs.absent()) return 1;
 
   if (message != nullptr) *message = frame.Build("ErrorNoSPK");
@@ -43,7 +43,7 @@ int TEVInsCheckMediaSPK(TEVINSMediaToc* media, TEVUnicodeString* message) noexce
 int TEVInsCheckMediaHFX(TEVINSMediaToc* media, TEVUnicodeString* message) noexcept {
   const MessageFrame frame;
   const NameList hot_fixes(media, HFX, code, 0);
-  // Without memory for the list, callers have always been told 0.
+  // Deliberate: without memory for the list the answer is 0.
   if (!hot_fixes.empty() || hot_fixes.absent()) return 0;
 
   if (message != nullptr) *message = frame.Build("ErrorNoHFX", {}, "This is not a HFX media");

@@ -10,8 +10,8 @@ namespace kwinst {
 /// Is the service pack in `systemDir` installed, but not committed?
 bool ServicePackIsPending(const std::string& systemDir);
 
-/// Are files of the service pack that `table` has in `systemDir` damaged? Never without a table.
-/// The report on the files is written to the file NUL in the current directory.
+/// Are files in `systemDir` damaged that belong to a service pack of `table`? Without a table the
+/// answer is no. Writes the report on the files to the file NUL in the current directory.
 bool ServicePackIsDamaged(TEVINSInstToc* table, std::string systemDir);
 
 }  // namespace kwinst

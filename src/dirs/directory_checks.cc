@@ -14,8 +14,8 @@ namespace {
 
 constexpr unsigned int kEnvironmentKilobytes = 8;
 
-/// May `dir`, or its nearest existing ancestor, be written? Puts the one that decides into
-/// `examined`, and tells a refusal.
+/// May `dir` be written, or its nearest existing ancestor if `dir` does not exist? Copies the path
+/// that was tested into `examined`. A refusal is reported in `message`.
 bool MayWrite(const char* dir, char (&examined)[kPathSize], const MessageFrame& frame,
               TEVUnicodeString* message) {
   std::string copy = dir;
@@ -57,7 +57,7 @@ int TEVInsCheckEmptyDir(const char* dir, const char* productSubDir,
     *message = frame.Build("ErrWndFileAlreadyExist", {dir});
     return -2;
   }
-  // The directory stays open from here on: callers have always seen it so.
+  // Deliberate: the header promises that it stays open.
   if (IsEmpty(directory)) return MayWrite(dir, examined, frame, message) ? 1 : -1;
 
   if (productSubDir == nullptr) return -2;

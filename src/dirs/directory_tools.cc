@@ -16,10 +16,10 @@
 
 namespace {
 
-/// Deletes the entry `name` of `dir`, which is open as `directory`, with what is in it. False when
-/// it cannot be examined; what cannot be deleted stays.
+/// Deletes the entry `name` of `dir`, which is open as `directory`, and everything in it. What
+/// cannot be deleted stays. Returns false if the entry cannot be examined.
 bool DeleteEntry(const char* dir, DIR* directory, const char* name, int removeDirectories) {
-  // Only what this leaves has to be examined.
+  // An entry that is deleted here need not be examined.
   if (unlinkat(dirfd(directory), name, 0) == 0) return true;
 
   const size_t size = std::strlen(dir) + std::strlen(name) + 2;
@@ -54,7 +54,7 @@ int TEVInsDeleteDir(char* dir, int removeDirectories) noexcept {
   DIR* directory = dir == nullptr ? nullptr : opendir(dir);
   if (directory == nullptr) return -1;
 
-  errno = 0;  // readdir gives null at the end too, and only then leaves errno alone
+  errno = 0;  // readdir returns null at the end and on an error; only an error sets errno
   while (const dirent* entry = readdir(directory)) {
     const char* name = entry->d_name;
     const bool is_dot = std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0;
@@ -64,7 +64,7 @@ int TEVInsDeleteDir(char* dir, int removeDirectories) noexcept {
     }
     errno = 0;
   }
-  // Deliberate: a directory that fails in the middle of its reading stays open.
+  // Deliberate: the header promises that it stays open.
   if (errno != 0) return -1;
 
   closedir(directory);

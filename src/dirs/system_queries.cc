@@ -73,7 +73,7 @@ void TEVInsReadOSFile(const char* dir, int index, char* result) noexcept {
     return number < index;
   };
   const std::string path = kwinst::JoinPath(dir, kwinst::kSystemList);
-  // A word has less than 16 characters.
+  // A word of more than 15 characters is split.
   if (kwinst::ForEachWord<16>(path.c_str(), find)) std::strcpy(result, found.c_str());
 }
 
@@ -93,7 +93,7 @@ int executeCmd(char* command, char* output, int size) noexcept {
   const kwinst::ShellOutput pipe = kwinst::OpenShell(command);
   if (pipe == nullptr) return -1;
   sleep(1);
-  // Whatever comes: the rest of the buffer is zeros.
+  // The result is not needed: the rest of the buffer holds zeros.
   if (output != nullptr) std::ignore = std::fread(output, 1, room, pipe.get());
   return 0;
 }

@@ -25,7 +25,7 @@ std::string UnpackingCommand(const Archive& archive, const char* installDir,
   return Format(format, installDir, archive.path.c_str(), errorFile.c_str());
 }
 
-/// Appends what a tar that went well printed all the same to `message`, and deletes it.
+/// Appends what a successful tar has printed to `message`, and deletes the file with it.
 void TakeWarnings(const std::string& errorFile, TEVUnicodeString& message) {
   TEVFileInfo info;
   if (TEVGetFileInfo(errorFile.c_str(), &info) == 0 && info.size > 0) {
@@ -41,8 +41,8 @@ void TakeWarnings(const std::string& errorFile, TEVUnicodeString& message) {
   TEVDeleteFile(errorFile.c_str());
 }
 
-/// Appends the component's table of contents to the tree's. Tells a failure at the end of
-/// `message`.
+/// Appends the component's table of contents to that of the tree. A failure is reported at the end
+/// of `message`.
 bool AddToPresent(const char* componentName, const std::string& systemDir,
                   TEVUnicodeString& message) {
   std::string toc =

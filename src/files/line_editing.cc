@@ -17,7 +17,7 @@ bool Matches(string_view line, string_view text, bool atStart) {
   return atStart ? kwinst::BeginsWith(line, text) : line.find(text) != string_view::npos;
 }
 
-/// Copies the lines without `text`. False when a read or a write failed.
+/// Copies the lines without `text`. Returns false if a read or a write fails.
 bool CopyOtherLines(std::FILE* from, std::FILE* to, string_view text, bool atStart) {
   bool written = true;
   const bool read = kwinst::ForEachPiece<2048>(from, [&](string_view line) {
@@ -28,7 +28,7 @@ bool CopyOtherLines(std::FILE* from, std::FILE* to, string_view text, bool atSta
   return read && written;
 }
 
-/// Writes the lines of `file` without `text` to a new file. False when that fails.
+/// Writes the lines of `file` without `text` to a new file. Returns false if that fails.
 bool WriteOtherLines(const char* file, const std::string& newFile, string_view text, bool atStart) {
   const kwinst::InputFile from = kwinst::OpenForReading(file);
   std::FILE* to = nullptr;
@@ -40,8 +40,8 @@ bool WriteOtherLines(const char* file, const std::string& newFile, string_view t
   return TEVFClose(to) == 0 && copied;
 }
 
-/// What printf makes of `format` when it has no arguments to read: other conversions than "%%"
-/// stay.
+/// The text that printf would print for `format` without arguments: "%%" becomes "%", and other
+/// conversions stay as they are.
 std::string WithoutArguments(const char* format) {
   std::string text;
   for (const char* at = format; *at != '\0'; ++at) {
@@ -59,8 +59,8 @@ int TEVInsSuppressLine(char* file, char* text, TEVUnicodeString* /*message*/,
   const std::string new_file = kwinst::Format("%s.tmp%d", file, static_cast<int>(getpid()));
   if (!WriteOtherLines(file, new_file, text, atStart != 0)) return -1;
 
-  // A file of which nothing would be left stays as it was, with the new one beside it; so it does
-  // when the new one cannot be looked at.
+  // If no line would be left, the file stays as it was, and the new file stays beside it. The same
+  // happens if the new file cannot be examined.
   TEVFileInfo info;
   if (TEVGetFileInfo(new_file.c_str(), &info) != 0 || info.size == 0) return 1;
   return TEVRenameFile(new_file.c_str(), file) == 0 ? 1 : -1;

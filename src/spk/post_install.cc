@@ -15,7 +15,7 @@ namespace {
 char library_path[1024];
 char install_path[1024];
 
-/// Sets both variables; neither when one does not fit.
+/// Sets both variables, or neither if one of them does not fit.
 bool SetEnvironment(const char* installDir) {
   return kwinst::Publish({{library_path, Format("LD_LIBRARYN32_PATH=%s/code/bin", installDir)},
                           {install_path, Format("TEVInstallPath=%s", installDir)}});

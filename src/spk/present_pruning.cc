@@ -11,19 +11,19 @@
 
 namespace {
 
-int line_removed = 0;  ///< never goes back
+int line_removed = 0;  ///< 1 after a line was removed; never reset
 
 constexpr size_t kFieldSize = 47;
 
-/// Are the texts the same, up to a zero byte in the field?
+/// Is `field` equal to `text`? The field ends at its first zero byte.
 bool Names(std::string_view field, std::string_view text) {
   return field.substr(0, field.find('\0')) == text;
 }
 
-/// What a line begins with: up to three fields of up to 47 characters.
+/// The beginning of a line: up to three fields of up to 47 characters.
 struct Head {
   std::string_view fields[3];
-  size_t length = 0;      ///< in the line, with the characters that part the fields
+  size_t length = 0;      ///< in the line, separators included
   bool complete = false;  ///< all three fields are there
 
   bool IsOf(const char* service_pack, TEVINSType type) const {
@@ -32,8 +32,8 @@ struct Head {
   }
 };
 
-/// Finds the head of a line. When it has all three fields, the characters that part them become
-/// ':', which they are not behind a field that is too long.
+/// Finds the head of a line. The character behind a field is its separator, even if the field is
+/// too long and goes on with it. If all three fields are there, the two separators become ':'.
 Head FindHead(std::string& line) {
   const std::string_view text = line;
   Head head;
@@ -50,20 +50,20 @@ Head FindHead(std::string& line) {
   return head;
 }
 
-// Where a stream keeps the identity of its file: the class has its two streams and nothing else.
+// A stream keeps the identity of its file here: the class has no other members than its streams.
 const int kDevice = std::ios_base::xalloc();
 const int kNumber = std::ios_base::xalloc();
 
-/// Notes which file `stream` was opened on.
-void NoteFile(std::ios_base& stream, const char* path) {
+/// Stores the identity of the file `path`, which `stream` was opened on, in the stream.
+void StoreIdentity(std::ios_base& stream, const char* path) {
   struct stat info {};
   if (stat(path, &info) != 0) return;
   stream.iword(kDevice) = static_cast<long>(info.st_dev);  // NOLINT(google-runtime-int)
   stream.iword(kNumber) = static_cast<long>(info.st_ino);  // NOLINT(google-runtime-int)
 }
 
-/// Is `path` the file that was noted, be it through a link?
-bool IsNotedFile(std::ios_base& stream, const char* path) {
+/// Is `path` the file whose identity `stream` has? Links are followed.
+bool IsFileOf(std::ios_base& stream, const char* path) {
   struct stat info {};
   return stat(path, &info) == 0 && static_cast<dev_t>(stream.iword(kDevice)) == info.st_dev &&
          static_cast<ino_t>(stream.iword(kNumber)) == info.st_ino;
@@ -78,13 +78,13 @@ TEVInsResetPresent::~TEVInsResetPresent() noexcept = default;
 int TEVInsResetPresent::InitSource(char* path) noexcept {
   source_.open(path);
   if (!source_.good()) return -1;
-  NoteFile(source_, path);
+  StoreIdentity(source_, path);
   return 0;
 }
 
 int TEVInsResetPresent::InitDest(char* path) noexcept {
-  // To open the control file itself would empty it.
-  if (source_.is_open() && IsNotedFile(source_, path)) return -1;
+  // Opening the control file itself for writing would empty it.
+  if (source_.is_open() && IsFileOf(source_, path)) return -1;
   dest_.open(path);
   return dest_.good() ? 0 : -1;
 }
@@ -123,8 +123,8 @@ int TEVInsResetPresent::IsLineToRemove(char* name, std::strstream& line, TEVINST
 int TEVInsResetPresent::FileCopy(char* from, char* to) noexcept {
   std::ifstream source(from);
   if (!source.good()) return -1;
-  NoteFile(source, from);
-  if (IsNotedFile(source, to)) return -1;
+  StoreIdentity(source, from);
+  if (IsFileOf(source, to)) return -1;
   std::ofstream dest(to);
   if (!dest.good()) return -1;
   char block[1 << 16];

@@ -25,13 +25,13 @@ std::string TempDir() {
   return path;
 }
 
-/// Does this error number say that a path does not exist? What cannot be examined may be there.
+/// Does this error number say that a path does not exist? After any other error it may exist.
 bool MeansMissing(int error) {
   return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG || error == ELOOP;
 }
 
-/// May `path` be there? Links are not followed: one that leads nowhere is there. To pass over what
-/// cannot be examined would leave it to the service pack.
+/// May `path` exist? Links are not followed: a dangling link exists. A file that cannot be examined
+/// may exist. If it were ignored, the service pack would overwrite it.
 bool MayExist(const std::string& path) {
   TEVFileInfo info;
   return TEVGetFileInfo(path.c_str(), &info) == 0 || !MeansMissing(errno);
@@ -62,7 +62,7 @@ std::string UnpackingCommand(const std::string& archive, const std::string& memb
   return Format(format, TempDir().c_str(), path.c_str(), member.c_str());
 }
 
-/// The file name in a line, for saving: its first word. Empty when it names none.
+/// The file name in a line when files are saved: its first word. Empty if the line names no file.
 std::string FirstWord(char* line) {
   if (std::strtol(line, nullptr, 10) != 0) return "";
   kwinst::CutNewline(line);
@@ -71,21 +71,21 @@ std::string FirstWord(char* line) {
   return std::string(line, std::strcspn(line, " "));
 }
 
-/// The file name in a line, for restoring: all of it, numbers and blanks included. Saving reads the
-/// same line differently, on purpose.
+/// The file name in a line when files are restored: all of it, numbers and blanks included.
+/// Deliberate: saving reads the same line differently.
 std::string WholeLine(char* line) {
   kwinst::CutNewline(line);
   return line;
 }
 
-/// What is renamed, and to what.
+/// The old and the new path of a file.
 struct Renaming {
   std::string from;
   std::string to;
 };
 
-/// Renames what each line of the control file says. `renaming(line)` tells it; files that do not
-/// exist are passed over. Deletes the control file in the end. Returns 0, or -1 with `message`
+/// Renames the file that each line of the control file names, as `renaming(line)` says. A file that
+/// does not exist is ignored. Deletes the control file at the end. Returns 0, or -1 with `message`
 /// assigned.
 template <typename Function>
 int RenameListedFiles(const ControlFile& control, TEVUnicodeString& message, Function renaming) {
@@ -99,14 +99,14 @@ int RenameListedFiles(const ControlFile& control, TEVUnicodeString& message, Fun
   }
   int status = 0;
   kwinst::ForEachLine<1024>(file.get(), [&](char* line) {
-    if (line[0] == '\0') return false;  // an empty read
+    if (line[0] == '\0') return false;  // a zero byte at the start of a line ends the list
     const auto [from, to] = renaming(line);
     if (!MayExist(from) || TEVRenameFile(from.c_str(), to.c_str()) == 0) return true;
     message = frame.Build("ErrWndRenameFile.Text", {from, to});
     status = -1;
     return false;
   });
-  // A read that fails ends the list as its end does.
+  // A read error is treated as the end of the list.
   TEVDeleteFile(control.path().c_str());
   return status;
 }

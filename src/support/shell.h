@@ -14,10 +14,10 @@ struct PipeCloser {
   void operator()(std::FILE* pipe) const { pclose(pipe); }
 };
 
-/// The output of a shell command that runs; closing it waits for the command's end.
+/// The output of a running shell command. Closing it waits until the command has ended.
 using ShellOutput = std::unique_ptr<std::FILE, PipeCloser>;
 
-/// Starts `command` through the system shell. Null when that fails.
+/// Starts `command` through the system shell. Returns null if that fails.
 ShellOutput OpenShell(const std::string& command);
 
 }  // namespace kwinst

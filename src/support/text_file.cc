@@ -9,7 +9,7 @@ namespace kwinst {
 
 namespace {
 
-/// Not isspace(): what parts the words must not depend on the caller's locale.
+/// Not isspace(): the words must not depend on the caller's locale.
 bool IsBlank(int c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 }  // namespace
@@ -41,7 +41,7 @@ bool CopyOwnerAndMode(const struct stat& origin, std::FILE* file) {
 void CutBack(const char* path, off_t length) {
   struct stat now {};
   if (stat(path, &now) != 0 || !S_ISREG(now.st_mode) || now.st_size <= length) return;
-  // Nothing is left to be done for a file that cannot be cut back.
+  // If the file cannot be cut back, nothing more can be done.
   [[maybe_unused]] const int cut = truncate(path, length);
 }
 

@@ -13,7 +13,7 @@
 
 namespace kwinst {
 
-/// Closes a file and leaves errno alone: it tells why the reading failed.
+/// Closes a file and keeps errno, which says why reading has failed.
 struct FileCloser {
   void operator()(std::FILE* file) const {
     const int error = errno;
@@ -22,28 +22,29 @@ struct FileCloser {
   }
 };
 
-/// A file that is read and closed on every way out. What was written is closed by hand instead,
-/// because that may fail.
+/// A file that is read. It is closed when it goes out of scope. A file that is written is closed by
+/// hand instead, because that may fail.
 using InputFile = std::unique_ptr<std::FILE, FileCloser>;
 
-/// Is `path` something else than a file or a directory? A pipe might have to be waited for, and a
-/// device might never end.
+/// Does `path` exist, and is it neither a regular file nor a directory? Opening a pipe may block,
+/// and a device may never end.
 bool IsPipeOrDevice(const char* path);
 
-/// Opens a file for reading. Null, with errno set, when that fails, or it is a pipe or a device.
+/// Opens a file for reading. Returns null, with errno set, if that fails, and if the file is a pipe
+/// or a device.
 InputFile OpenForReading(const char* path);
 
-/// Gives `file`, which is open and regular, the owner and the mode of another one. False when one
-/// of the two cannot be given; the mode is given all the same when the owner cannot.
+/// Gives the open file `file` the owner and the mode of `origin`. Returns false if `file` is not a
+/// regular file, or if one of the two cannot be set. The mode is set even if the owner cannot be.
 bool CopyOwnerAndMode(const struct stat& origin, std::FILE* file);
 
-/// Cuts the regular file `path` back to `length` bytes after a failed append. One that is not
-/// longer stays as it is; so does one that cannot be cut back.
+/// Cuts the regular file `path` back to `length` bytes after a failed append. A file that is not
+/// longer, or that cannot be cut back, stays as it is.
 void CutBack(const char* path, off_t length);
 
-/// Calls `use(line)` with each line of a text, its newline included, as a C string in a buffer of
-/// `Size` bytes: a longer line comes in pieces. Stops at the end, at a read failure, or when `use`
-/// returns false.
+/// Calls `use(line)` with each line of a file, its newline included, as a C string of at most
+/// `Size` - 1 characters. A longer line comes in pieces. Stops at the end, on a read error, or when
+/// `use` returns false.
 template <int Size, typename Use>
 void ForEachLine(std::FILE* file, Use use) {
   char line[Size];
@@ -52,27 +53,26 @@ void ForEachLine(std::FILE* file, Use use) {
   }
 }
 
-/// Reads a file in lines, their newlines included, or in pieces of `size` characters of longer
-/// ones. Zero bytes are characters like any others. The file itself is read ahead.
+/// Reads a file line by line, newlines included. A line of more than `size` characters comes in
+/// pieces. A zero byte is an ordinary character. The file is read ahead of the lines.
 class PieceReader {
  public:
-  /// `size` is at most that of the buffer.
+  /// `size` must not be larger than the buffer.
   PieceReader(std::FILE* file, size_t size) : file_(file), size_(size) {}
 
-  /// The next piece, valid until the next call; empty at the end of the file or when it cannot be
-  /// read.
+  /// The next line or piece, valid until the next call. Empty at the end and on a read error.
   std::string_view Next();
 
  private:
   std::FILE* file_;
   size_t size_;
   char buffer_[1 << 14];
-  std::string_view unread_;  ///< in the buffer
+  std::string_view unread_;  ///< the part of the buffer that Next has not returned
 };
 
-/// Calls `use(piece)` with each line of a file, its newline included, until it returns false; a
-/// line of more than `Size` - 1 characters comes in pieces. False when the file cannot be read;
-/// errno then tells why.
+/// Calls `use(piece)` with each line of a file, its newline included, until `use` returns false. A
+/// line of more than `Size` - 1 characters comes in pieces. Returns false, with errno set, if the
+/// file cannot be read.
 template <size_t Size, typename Use>
 bool ForEachPiece(std::FILE* file, Use use) {
   PieceReader reader(file, Size - 1);
@@ -87,13 +87,13 @@ bool BeginsWith(std::string_view text, std::string_view prefix);
 /// Cuts a line at its newline.
 void CutNewline(char* line);
 
-/// Reads the next word, which white space ends, or the first `size` - 1 characters of a longer one;
-/// its rest is then the next word. False at the end, and when the file cannot be read.
+/// Reads the next word, which ends at white space. A word of more than `size` - 1 characters is
+/// split there: its rest is the next word. Returns false at the end and on a read error.
 bool ReadWord(std::FILE* file, char* word, size_t size);
 
 /// Calls `use(word)` with each word of the file `path` as a C string of at most `Size` - 1
-/// characters: a longer word comes in pieces. Stops at the end, or when `use` returns false. False,
-/// with errno set, when the file cannot be opened or read, as a directory cannot.
+/// characters. A longer word comes in pieces. Stops at the end, or when `use` returns false.
+/// Returns false, with errno set, if the file cannot be opened or read. A directory cannot be read.
 template <size_t Size, typename Use>
 bool ForEachWord(const char* path, Use use) {
   const InputFile file = OpenForReading(path);
@@ -106,12 +106,12 @@ bool ForEachWord(const char* path, Use use) {
 }
 
 /// Reads the first line of the file `path`, without its newline and at most `size` - 1 characters
-/// of it, into `line`. An empty file has an empty line. False, with errno set and `line` empty,
-/// when the file cannot be opened or read, as a directory cannot.
+/// of it, into `line`. An empty file gives an empty line. Returns false, with errno set and `line`
+/// empty, if the file cannot be opened or read. A directory cannot be read.
 bool ReadFirstLine(const char* path, char* line, int size);
 
-/// Reads the first word of the file `path`, at most `size` - 1 characters of it, into `word`, which
-/// is empty when the file has none. False, with errno set and `word` empty, as for ReadFirstLine.
+/// Reads the first word of the file `path`, at most `size` - 1 characters of it, into `word`. If
+/// the file has no words, `word` is empty. Fails as ReadFirstLine does, with `word` empty.
 bool ReadFirstWord(const std::string& path, char* word, size_t size);
 
 }  // namespace kwinst

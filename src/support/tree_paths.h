@@ -6,7 +6,7 @@
 
 namespace kwinst {
 
-constexpr size_t kPathSize = 1024;  ///< of the buffers in which paths are handed out
+constexpr size_t kPathSize = 1024;  ///< of the buffers for paths that callers pass
 
 // Files in the top directory of a tree.
 constexpr const char* kSystemList = "OSUNIX";  ///< the tree's operating systems
@@ -25,7 +25,7 @@ constexpr const char* kPendingPack = "SPK.list";
 constexpr const char* kInterruption = "SPKInterrupted.txt";
 constexpr const char* kPostInstallList = "CAFPost.list";
 
-// What is appended to names.
+// Suffixes of file names.
 constexpr const char* kSavedFile = ".beforeSPK";
 constexpr const char* kComponentTable = ".toc";
 constexpr const char* kEnvironmentName = ".lp";
@@ -34,7 +34,7 @@ constexpr const char* kEnvironmentName = ".lp";
 bool Exists(const char* path);
 inline bool Exists(const std::string& path) { return Exists(path.c_str()); }
 
-/// DIR/NAME. Nothing is normalised: a `dir` that ends in '/' gives two of them.
+/// DIR/NAME. Nothing is normalised: if `dir` ends in '/', the result has two of them.
 std::string JoinPath(const std::string& dir, const std::string& name);
 
 /// The system directory INSTALLDIR/OSDIR, or INSTALLDIR itself when `osDir` is null.
@@ -49,7 +49,7 @@ struct Archive {
   bool compressed;
 };
 
-/// The compressed archive PLAIN.Z when it exists, otherwise the archive `plain`.
+/// The compressed archive PLAIN.Z if it exists, otherwise the archive `plain`.
 Archive FindArchive(const std::string& plain);
 
 }  // namespace kwinst

@@ -7,11 +7,11 @@ namespace kwinst {
 
 /// The names of a medium's packages of one kind and type.
 ///
-/// The list lies in zeroed memory of 212996 bytes, as tables of contents fill it. Without that
-/// memory it is absent, and counts as empty.
+/// The list is a zeroed block of 212996 bytes, which the table of contents fills. If there is no
+/// memory for it, the list is absent and is treated as empty.
 class NameList {
  public:
-  /// Asks `media`, with the `flag` of TEVINSToc::GetPackage; a null one has no packages.
+  /// Passes `flag` to TEVINSToc::GetPackage. A null `media` has no packages.
   NameList(const TEVINSMediaToc* media, TEVINSPkg pkg, TEVINSType type, int flag);
   ~NameList();
   NameList(const NameList&) = delete;

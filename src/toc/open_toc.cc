@@ -6,7 +6,7 @@
 
 namespace {
 
-/// What a table had to tell while it was opened, or null for nothing.
+/// The problems that a table has reported while it was opened, or null if there are none.
 const char* OpeningProblem() {
   char* text = nullptr;
   TEVINSToc::sGetInfoMsg(text);
@@ -35,7 +35,7 @@ int InitMediaToc(char* mediaPath, TEVINSMediaToc** toc, TEVUnicodeString* messag
 }
 
 int InitInstallToc(char* installPath, TEVINSInstToc** toc, TEVUnicodeString* message) noexcept {
-  // Whether the path exists is the table's affair: a new tree has no table yet.
+  // The path is not tested here: a new tree has no table yet.
   TEVINSToc::sResetInfoMsg();
   *toc = new (std::nothrow) TEVINSInstToc(installPath);
 
