@@ -11,15 +11,18 @@ struct TEVDirectoryEntry {
   char name[256];  ///< without its directory; room for the longest name of the system
 };
 
-/// Opens `path` for reading and stores the handle in `*directory`. 0, or -1 when `path` is no
-/// directory that can be read.
+/// Opens `path` for reading and stores the handle in `*directory`. Returns 0, or -1 if `path` is
+/// not a directory that can be read.
 KB0CORE_EXPORT int TEVOpenDirectory(const char* path, TEVDirectory* directory);
 
-/// Reads the next entry, "." and ".." among them. Returns 0 when `entry` was filled. Otherwise
-/// returns -1, with `*end` set to 1 when there are no more entries and left as it is on an error.
+/// Reads the next entry; "." and ".." are entries too.
+///
+/// Returns
+///    0  `entry` was filled;
+///   -1  there are no more entries (`*end` becomes 1), or an error (`*end` is untouched).
 KB0CORE_EXPORT int TEVReadDirectory(TEVDirectory directory, TEVDirectoryEntry* entry, int* end);
 
-/// Closes the directory. 0, or -1 on failure.
+/// Closes the directory. Returns 0, or -1 on failure.
 KB0CORE_EXPORT int TEVCloseDirectory(TEVDirectory directory);
 
 #endif  // KB0CORE_TEVDIRECTORY_H_

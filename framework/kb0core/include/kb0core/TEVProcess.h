@@ -3,11 +3,15 @@
 
 #include "kb0core/export.h"
 
-/// Runs the program `path` without a shell, with this process's environment and the null-ended
-/// `arguments`, the first of which is the program's name. Stores its process id in `*processId`
-/// unless that is null. With `wait` non-zero, waits for its end and stores the exit status in
-/// `*exitStatus` unless that is null: 0 to 255, or -1 when a signal ended the program. Without,
-/// `*exitStatus` is left as it is. Returns 0, or -1 when the program could not be started.
+/// Runs the program `path` without a shell, in the environment of this process. The first of the
+/// `arguments` is the program's name, and a null pointer follows the last.
+///
+/// If `processId` is not null, `*processId` receives the process id. If `wait` is not 0, the call
+/// waits for the end of the program, and `*exitStatus` receives its exit status, unless
+/// `exitStatus` is null: 0 to 255, or -1 if a signal ended the program. If `wait` is 0,
+/// `*exitStatus` is untouched.
+///
+/// Returns 0, or -1 if the program could not be started.
 KB0CORE_EXPORT int TEVStartProcess(const char* path, char* const arguments[], int wait,
                                    int* processId, int* exitStatus);
 

@@ -5,11 +5,11 @@
 
 #include "kb0core/export.h"
 
-/// A plain string for names that programs use among themselves: catalog names and message keys.
+/// A plain string for names that only programs use: names of catalogs and keys of messages.
 class KB0CORE_EXPORT TEVString {
  public:
   /// A null pointer gives an empty string.
-  // Converts on purpose: names are written as literals where a TEVString is asked for.
+  // Deliberate: not explicit, so that callers can pass literals.
   TEVString(const char* text);  // NOLINT(google-explicit-constructor)
 
   const char* ConvertToChar() const;

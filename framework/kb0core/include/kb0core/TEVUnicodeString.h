@@ -5,7 +5,7 @@
 
 #include "kb0core/export.h"
 
-/// One character of a TEVUnicodeString that takes a single byte.
+/// A character of a TEVUnicodeString that has one byte.
 class KB0CORE_EXPORT TEVUnicodeChar {
  public:
   explicit TEVUnicodeChar(char value) : value_(value) {}
@@ -17,13 +17,13 @@ class KB0CORE_EXPORT TEVUnicodeChar {
 
 /// A text that people read: a message, a path, a number.
 ///
-/// The text is UTF-8, but nothing checks it: UNIX paths are bytes, so any bytes that go in come out
-/// of ConvertToChar() unchanged. Positions and lengths count bytes, from 0.
+/// The text is UTF-8, but this is not checked. UNIX paths may have any bytes, and ConvertToChar()
+/// returns them unchanged. Positions and lengths count bytes, and positions begin at 0.
 class KB0CORE_EXPORT TEVUnicodeString {
  public:
   TEVUnicodeString() = default;
   /// A null pointer gives an empty string.
-  // Converts on purpose: callers pass paths and literals where a text is asked for.
+  // Deliberate: not explicit, so that callers can pass paths and literals.
   TEVUnicodeString(const char* text);  // NOLINT(google-explicit-constructor)
 
   TEVUnicodeString(const TEVUnicodeString&) = default;
@@ -36,22 +36,24 @@ class KB0CORE_EXPORT TEVUnicodeString {
 
   void Append(const TEVUnicodeString& text);
 
-  /// The text as a C string, valid until the string changes or dies. Never null.
+  /// The text as a C string, valid until this string is changed or destroyed. Never null.
   const char* ConvertToChar() const;
 
-  /// The text from `position` on, at most `length` bytes of it; empty when `position` lies outside.
+  /// At most `length` bytes of the text from `position` on. Empty if `position` is outside the
+  /// text.
   TEVUnicodeString SubString(int position, int length) const;
 
   /// The position of the first `text` at or after `from`, or -1.
   int SearchSubString(const TEVUnicodeString& text, int from = 0) const;
 
-  /// Removes `length` bytes from `position` on, or as many as there are.
+  /// Removes `length` bytes from `position` on, or all that are there if there are fewer.
   void Remove(int position, int length);
 
-  /// Removes every `character` from the end.
+  /// Removes `character` from the end as often as it is there.
   void Strip(TEVUnicodeChar character);
 
-  /// Becomes `number`, printed with `format`, which has one conversion for an int, such as "%d".
+  /// Replaces the text by `number`, printed with `format`. The format has one conversion for an
+  /// int, such as "%d".
   void BuildFromNum(int number, const char* format);
 
  private:

@@ -8,9 +8,9 @@
 
 /// A list of package names in one block of memory.
 ///
-/// All-zero bytes are a valid empty list: callers allocate a zeroed block of the size of this
-/// structure and release it without running a destructor. So it is plain, of fixed capacity, and
-/// owns nothing.
+/// A block of zero bytes is a valid empty list. Callers allocate a zeroed block of the size of this
+/// structure and release it without calling a destructor. So the structure is plain, has a fixed
+/// capacity, and owns nothing.
 struct QTOCLIB_EXPORT TEVINSStockName {
   static constexpr int kCapacity = 4096;  ///< names that the list can hold
   static constexpr int kNameSize = 52;    ///< bytes of one name, its terminator included
@@ -18,11 +18,11 @@ struct QTOCLIB_EXPORT TEVINSStockName {
   /// The number of names in the list.
   int GetNbName() const;
 
-  /// The name at index `i`, from 0, or null when there is none.
+  /// The name at index `i`, which begins at 0. Null if there is none.
   char* GetName(int i);
 
-  /// Adds a name of at most kNameSize - 1 characters. False, and the list as it was, when the name
-  /// is longer or the list is full.
+  /// Adds a name of at most kNameSize - 1 characters. Returns true. If the name is longer or the
+  /// list is full, returns false and leaves the list as it was.
   bool Add(const char* name);
 
   int count;                         ///< names in use
@@ -34,13 +34,13 @@ static_assert(sizeof(TEVINSStockName) == 212996, "callers allocate exactly this 
 /// The names of installed packages.
 class QTOCLIB_EXPORT TEVINSStockNameInst {
  public:
-  /// Makes an empty list with room for `nbEntries` names; it grows when more are added.
+  /// Makes an empty list with room for `nbEntries` names. It grows if more are added.
   explicit TEVINSStockNameInst(int nbEntries);
 
   /// The number of names in the list.
   int GetNbName() const;
 
-  /// The name at index `i`, from 0, or null when there is none.
+  /// The name at index `i`, which begins at 0. Null if there is none.
   const char* GetName(int i) const;
 
   void Add(const char* name);

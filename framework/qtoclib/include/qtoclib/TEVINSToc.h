@@ -17,46 +17,47 @@
 ///     code:PRD:Modeler
 ///     code:SPK:SP2:level=2
 ///
-/// Blank lines and lines that start with `#` count for nothing. The keys are `os`, `ga` and, for
-/// service packs and hot fixes, `level` (at least 1, and 1 when it is not given); other fields are
-/// ignored. A name has 1 to 47 characters.
+/// Blank lines and lines that start with `#` are ignored. The keys are `os`, `ga` and, for service
+/// packs and hot fixes, `level`: at least 1, and 1 if it is not given. Other fields are ignored. A
+/// name has 1 to 47 characters.
 ///
-/// Opening a table never fails. What cannot be read (the file, or single lines of it) is told in
-/// the information text, which the whole process shares, and the other lines count. Of many bad
-/// lines, twenty are told one by one.
+/// Opening a table never fails. A file or a line that cannot be read is reported in the information
+/// text, and the other lines are used. The whole process has one information text. If there are
+/// many bad lines, twenty are reported one by one.
 class QTOCLIB_EXPORT TEVINSToc {
  public:
   TEVINSToc(const TEVINSToc&) = delete;
   TEVINSToc& operator=(const TEVINSToc&) = delete;
 
-  /// Empties the information text, before a table is opened.
+  /// Empties the information text. Call it before a table is opened.
   static void sResetInfoMsg();
-  /// Points `text` to the information text, valid until it changes, or leaves `text` as it is when
-  /// there is none.
+  /// Points `text` to the information text, which is valid until it changes. If it is empty, `text`
+  /// is untouched.
   static void sGetInfoMsg(char*& text);
   /// Discards the information text.
   static void sClearInfoMsg();
 
-  /// Adds the names of the packages of that kind and type to `list`, in the order of the file. What
-  /// finds no room in it is told in the information text. `flag` changes nothing.
+  /// Adds the names of the packages of that kind and type to `list`, in the order of the file. If
+  /// the list is full, the information text says how many names were left out. `flag` is ignored.
   void GetPackage(TEVINSPkg pkg, TEVINSType type, TEVINSStockName* list, int flag) const;
 
   /// The number of packages in the table.
   int GetNbToc() const;
 
-  /// The general-availability level: the `ga` of the last line that has one, or null.
+  /// The general-availability level: the `ga` of the last line that has one. Null if none has.
   const char* GetGALevel() const;
 
-  /// The operating system: the `os` of the last line that has one, or null.
+  /// The operating system: the `os` of the last line that has one. Null if none has.
   const char* GetOS() const;
 
-  /// The highest level of the service packs in the table, or 0. The argument changes nothing.
+  /// The highest level of the service packs in the table. 0 if there are none. The argument is
+  /// ignored.
   int GetSPKLevel(int unused) const;
 
-  /// The name of the last hot fix in the table, or null.
+  /// The name of the last hot fix in the table. Null if there is none.
   const char* GetHFXName() const;
 
-  /// The level of the last hot fix in the table, or 0.
+  /// The level of the last hot fix in the table. 0 if there is none.
   int GetHFXLevel() const;
 
  protected:
@@ -81,30 +82,36 @@ class QTOCLIB_EXPORT TEVINSMediaToc : public TEVINSToc {
 /// The table of an installed tree.
 class QTOCLIB_EXPORT TEVINSInstToc : public TEVINSToc {
  public:
-  /// Opens the table file `path`. When `path` is a directory, its `control/PRESENT` is meant; a
-  /// directory without that file is a new tree, with an empty table.
+  /// Opens the table file `path`. If `path` is a directory, the file is its `control/PRESENT`. A
+  /// directory without that file is a new tree with an empty table.
   explicit TEVINSInstToc(const char* path);
 
-  /// As GetPackage, for a list without a limit.
+  /// Does the same as GetPackage. This list has no limit.
   void GetPackageInst(TEVINSPkg pkg, TEVINSType type, TEVINSStockNameInst* list, int flag) const;
 
-  /// 0 when a package of that name and type, of any kind, is in the table, -1 when not.
+  /// Is a package of that name and type in the table, whatever its kind? Returns 0 for yes, -1 for
+  /// no.
   int IsInstalled(const char* name, TEVINSType type) const;
 
   /// Compares the files of the tree with the packages' manifests.
   ///
-  /// `path` is the system directory. A package may have a manifest `control/NAME` in it, with two
-  /// lines for each of its files: the path relative to the system directory, then
-  /// `MODE SIZE CRC`: the octal mode (its low twelve bits count), the decimal size, and the decimal
-  /// CRC that cksum(1) prints. A file is held against the last package in the table that lists it.
+  /// `path` is the system directory. A package may have a manifest `control/NAME` there. It has two
+  /// lines for each file of the package: the path relative to the system directory, and its
+  /// `MODE SIZE CRC`. MODE is octal; only its low twelve bits are compared. SIZE is decimal. CRC is
+  /// the decimal number that cksum(1) prints. If several packages list a file, the last of them in
+  /// the table is used.
   ///
-  /// Each missing or damaged file is reported to `out` in a line of its own. So is a manifest that
-  /// cannot be read or understood, or that names a path outside the system directory: it counts as
-  /// a damaged file of its package, as does one that lists nothing. A `path` that is no directory
-  /// is damaged as a whole.
+  /// Each missing or damaged file is reported to `out` in a line of its own. A manifest is treated
+  /// as a damaged file of its package if it cannot be read or understood, lists nothing, or names a
+  /// path outside the system directory. If `path` is not a directory, `path` itself is reported.
   ///
-  /// Returns 1 when nothing is wrong, 2 when at least one wrong file was last listed by a service
-  /// pack (kinds SPK and FSP), and 0 otherwise. The two integers change nothing.
+  /// Returns
+  ///   1  nothing is missing or damaged;
+  ///   2  at least one of them was last listed by a service pack (kinds SPK and FSP);
+  ///   0  only other files are missing or damaged, or `path` is null or not a
+  ///      directory.
+  ///
+  /// The two integers are ignored.
   int CheckIntegrity(std::ostream& out, const char* path, int unused1, int unused2) const;
 };
 

@@ -4,7 +4,7 @@
 /// Content type of a package.
 enum TEVINSType {
   code = 0,           ///< the product's code
-  zeb2 = 1,           ///< the SDK part; its names end in ".zeb2"
+  zeb2 = 1,           ///< the SDK; names of packages end in ".zeb2"
   documentation = 2,  ///< documentation
   unknownM = 3,       ///< no meaning of its own
   unknownQ = 4,       ///< no meaning of its own
@@ -25,11 +25,11 @@ enum TEVINSPkg {
   SMP = 9,  ///< samples
 };
 
-/// Where the kinds begin in kTEVINSNames.
+/// The index of the first kind in kTEVINSNames.
 inline constexpr int kTEVINSFirstKind = 6;
 
-/// The words that stand for the types and kinds in every table of contents: type `t` is entry `t`,
-/// kind `p` is entry kTEVINSFirstKind + `p`.
+/// The words for the types and kinds in every table of contents. The word for type `t` has the
+/// index `t`, the word for kind `p` the index kTEVINSFirstKind + `p`.
 inline constexpr const char* const kTEVINSNames[16] = {
     "code", "zeb2", "documentation", "unknownM", "unknownQ", "samples",  // types
     "FWK",  "GRP",  "PRD",           "PDO",      "SLT",      "FIX",
