@@ -1,0 +1,57 @@
+#!/usr/bin/env bash
+# package.sh: builds the preset "package", and makes a .tar.gz and Debian packages of it in
+# build/package. The same commit gives the same bytes: every date in them is that of the commit.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+dir=build/package
+build=$dir/build
+
+say() { printf '== %s\n' "$*"; }
+
+# make_tarball: what an installation lays out, in a fixed order, of no user.
+make_tarball() {
+  local name
+  name=kwinstutil-$(sed -n 's/^CMAKE_PROJECT_VERSION:[A-Z]*=//p' "$build/CMakeCache.txt")-$(uname -m)
+  rm -rf "$build/tarball"
+  cmake --install "$build" --strip --prefix "$build/tarball/$name" >/dev/null
+  tar -C "$build/tarball" --sort=name --owner=0 --group=0 --numeric-owner \
+    --mtime="@$SOURCE_DATE_EPOCH" -cf - "$name" | gzip -9n >"$dir/$name.tar.gz"
+}
+
+# repack FILE: CPack's Installed-Size depends on the file system (Debian counts KiB, and one for each
+# directory and link), and its scripts call ldconfig, which the package's trigger does.
+repack() {
+  local content=$1.content size
+  dpkg-deb --raw-extract "$1" "$content"
+  rm -f "$content"/DEBIAN/post{inst,rm}
+  size=$(find "$content" -name DEBIAN -prune -o -type f -printf '%s\n' -o -printf '1\n' |
+    awk '{ size += int(($1 + 1023) / 1024) } END { print size }')
+  sed -i "s/^Installed-Size: .*/Installed-Size: $size/" "$content/DEBIAN/control"
+  dpkg-deb --root-owner-group -Zxz --build "$content" "$1" >/dev/null
+  rm -rf "$content"
+}
+
+SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct 2>/dev/null || echo 1767225600)}
+export SOURCE_DATE_EPOCH
+umask 022
+# Debian's CXXFLAGS, CPPFLAGS and LDFLAGS, with all hardening; with them the compiler leaves no path
+# of this machine in what it makes.
+flags=$(DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --export=sh)
+eval "$flags"
+say 'Configuring package'
+cmake --preset package >/dev/null
+say 'Building package'
+cmake --build --preset package -- --quiet
+say 'Packing'
+rm -rf "$dir"/*.{tar.gz,deb,content}
+make_tarball
+cpack --config "$build/CPackConfig.cmake" >"$dir/cpack.log" 2>&1 || {
+  cat "$dir/cpack.log" >&2
+  exit 1
+}
+for deb in "$dir"/*.deb; do repack "$deb"; done
+if command -v lintian >/dev/null; then
+  say 'Lintian'
+  lintian --fail-on error "$dir"/*.deb
+fi
+(cd "$dir" && sha256sum -- *.tar.gz *.deb)
