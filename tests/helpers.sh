@@ -13,6 +13,13 @@ media=$work/media
 system=$work/tree/aix_a
 trap 'rm -rf "$work"' EXIT
 
+# A program that is to run kwbatch, for example one that checks its memory.
+if [[ -n ${KWBATCH_WRAPPER-} ]]; then
+  printf '#!/bin/sh\nexec %q %q "$@"\n' "$KWBATCH_WRAPPER" "$kwbatch" >"$work/wrapped"
+  kwbatch=$work/wrapped
+  chmod +x "$kwbatch"
+fi
+
 fail() {
   printf 'FAILED: %s\n' "$*" >&2
   [[ ! -f $work/output ]] || sed 's/^/  | /' "$work/output" >&2
