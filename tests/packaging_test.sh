@@ -27,25 +27,41 @@ check_no_fixed_paths() {
   fail "paths of this machine in the installed files: $found"
 }
 
-check_cmake_package() {
-  cmake -S "$source/kwbatch" -B "$work/kwbatch" -G "$(cached CMAKE_GENERATOR)" \
+# build_with_cmake DIRECTORY TARGET: a project that looks for the library's package.
+build_with_cmake() {
+  cmake -S "$source/$1" -B "$work/$2" -G "$(cached CMAKE_GENERATOR)" \
     -DCMAKE_PREFIX_PATH="$work/copy" -DCMAKE_CXX_COMPILER="$compiler" \
     -DCMAKE_CXX_FLAGS="${flags[*]}" >/dev/null
-  expect_exit 0 cmake --build "$work/kwbatch"
+  expect_exit 0 cmake --build "$work/$2" --target "$2"
+}
+
+# expect_answer PROGRAM: the example's program says whether /opt/suite is fit.
+expect_answer() {
+  "$1" >"$work/output" || true
+  grep -qE '^(3|-1) ' "$work/output" || fail "the answer of $1"
+}
+
+check_example() {
+  # shellcheck disable=SC2016
+  sed -n '/^```cpp$/,/^```$/{/^```/!p}' "$source/README.md" |
+    diff - "$source/examples/program/program.cc" || fail 'README.md and examples/program differ'
+}
+
+check_cmake_package() {
+  build_with_cmake kwbatch kwbatch
   kwbatch=$work/kwbatch/kwbatch
   new_scratch
   expect_refusal "$work/none" check "$work/none" "$work/tree"
+  build_with_cmake examples/program program
+  expect_answer "$work/program/program"
 }
 
-# The program that the README shows.
 check_pkg_config() {
   local options
-  # shellcheck disable=SC2016
-  sed -n '/^```cpp$/,/^```$/{/^```/!p}' "$source/README.md" >"$work/program.cc"
   read -ra options <<<"$(PKG_CONFIG_PATH=$libdir/pkgconfig pkg-config --cflags --libs kwinstutil)"
-  "$compiler" -std=c++17 "${flags[@]}" "$work/program.cc" -o "$work/program" "${options[@]}"
-  LD_LIBRARY_PATH=$libdir "$work/program" >"$work/output" || true
-  grep -qE '^(3|-1) ' "$work/output" || fail 'the README program'
+  "$compiler" -std=c++17 "${flags[@]}" "$source/examples/program/program.cc" \
+    -o "$work/with_pkg_config" "${options[@]}"
+  LD_LIBRARY_PATH=$libdir expect_answer "$work/with_pkg_config"
 }
 
 # declared_names HEADERS MACRO: the functions and variables that the macro exports, and the
@@ -135,6 +151,7 @@ TEXT
 install_copy
 check_no_fixed_paths
 check_exported_symbols
+check_example
 check_pkg_config
 check_loaded_by_hand
 check_cmake_package
