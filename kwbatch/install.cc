@@ -89,8 +89,9 @@ void Summarize(const std::vector<Medium>& media, const std::string& target) {
   }
 }
 
-/// The steps behind the transfer. A second run does those that a first one did not come to.
-void Finish(const Plan& plan, Log& log) {
+/// The steps behind the transfer. A second run does those that a first one did not come to. False
+/// when a setup program has failed.
+bool Finish(const Plan& plan, Log& log) {
   const std::string& target = plan.request.target;
   const bool products = plan.media.front().kind == MediumKind::kProducts;
   if (products) RegisterPorts(plan.ports, SystemDir(plan.media.front(), target), log);
@@ -100,10 +101,12 @@ void Finish(const Plan& plan, Log& log) {
   for (const char* name : {kTarErrors, kTransferErrors}) {
     TEVDeleteFile((target + "/" + name).c_str());
   }
+  bool set_up = true;
   for (const Medium& medium : plan.media) {
-    if (products) RunSetup(SystemDir(medium, target), log);
+    if (products) set_up = RunSetup(SystemDir(medium, target), log) && set_up;
     EndInstallation(medium, target);
   }
+  return set_up;
 }
 
 }  // namespace
@@ -128,8 +131,9 @@ void Install(const Options& options) {
   for (const auto& [medium, mask] : languages) {
     RemoveOtherLanguages(SystemDir(*medium, request.target), mask);
   }
-  Finish(plan, log);
+  const bool set_up = Finish(plan, log);
   log.Succeeded();
   Summarize(plan.media, request.target);
   Say(std::string("The log is ") + log.FileName());
+  if (!set_up) throw Refusal("A setup program has failed: see the log.\n", kProgramFailed);
 }

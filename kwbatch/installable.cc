@@ -33,6 +33,26 @@ void Require(bool passed, const TEVUnicodeString& message) {
   if (!passed) throw Refused(message);
 }
 
+/// Has the target, whose table this is, all that would be installed from the medium?
+bool HasAll(const TEVINSInstToc* installed, const Medium& medium) {
+  const Content content = ContentOf(medium.kind);
+  for (const TEVINSPkg kind : content.kinds) {
+    for (const std::string& name : PackagesOf(*medium.toc, content.type, kind)) {
+      if (installed == nullptr || installed->IsInstalled(name.c_str(), content.type) != 0) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+/// Throws the message of a check that also fails when everything is installed, unless it passed.
+void RequireNew(bool passed, const TEVUnicodeString& message, const TEVINSInstToc* installed,
+                const Medium& medium) {
+  if (!passed && HasAll(installed, medium)) throw NothingToDo(message.ConvertToChar());
+  Require(passed, message);
+}
+
 bool HasOnlyDirectories(const std::string& target) {
   std::error_code error;
   for (const auto& entry : fs::recursive_directory_iterator(target, error)) {
@@ -70,7 +90,7 @@ void RequireProducts(const Medium& medium, const std::string& target) {
   }
   Require(TEVInsCheckPrereq(installed.get(), medium.toc.get(), &message) == 1, message);
   if (TEVInsCheckInstall(code, installed.get(), medium.toc.get(), &message) == 0) {
-    throw NothingToInstall(message.ConvertToChar());
+    throw NothingToDo(message.ConvertToChar());
   }
 }
 
@@ -84,9 +104,9 @@ void RequireSdk(const Medium& medium, const std::string& target, std::string cod
   if (installed != nullptr) {
     Require(TEVInsCheckPrereqGA(installed.get(), medium.toc.get(), &message) == 1, message);
   }
-  Require(
+  RequireNew(
       TEVInsCheckInstallZEB(installed.get(), medium.toc.get(), installed_code.get(), &message) == 1,
-      message);
+      message, installed.get(), medium);
 }
 
 /// The table of the system that the medium is for, which must be there.
@@ -106,7 +126,7 @@ void RequireSamples(const Medium& medium, std::string target) {
   const auto installed = RequireInstalled(medium, target);
   Require(TEVInsCheckPrereqGASP(installed.get(), medium.toc.get(), &message) == 1, message);
   if (TEVInsCheckInstallSMP(installed.get(), medium.toc.get(), &message) == 0) {
-    throw NothingToInstall(message.ConvertToChar());
+    throw NothingToDo(message.ConvertToChar());
   }
 }
 
@@ -127,7 +147,7 @@ void RequirePackLevel(const Medium& medium, TEVINSInstToc* installed, std::strin
   const TEVINSType type = IsSdk(medium) ? zeb2 : code;
   message = ("Service pack level " + std::to_string(level) + " is already installed.\n").c_str();
   TEVInsCheckInstallSPK(type, installed, medium.toc.get(), &message);
-  throw NothingToInstall(message.ConvertToChar());
+  throw NothingToDo(message.ConvertToChar());
 }
 
 void RequireServicePack(const Medium& medium, const std::string& target) {
@@ -154,8 +174,9 @@ void RequireHotFix(const Medium& medium, const std::string& target) {
   TEVUnicodeString message;
   const auto installed = RequireInstalled(medium, target);
   std::string system_dir = SystemDir(medium, target);
-  Require(TEVInsCheckHFXLevel(installed.get(), medium.toc.get(), system_dir.data(), &message) == 1,
-          message);
+  RequireNew(
+      TEVInsCheckHFXLevel(installed.get(), medium.toc.get(), system_dir.data(), &message) == 1,
+      message, installed.get(), medium);
 }
 
 }  // namespace

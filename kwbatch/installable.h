@@ -6,7 +6,7 @@
 #include "medium.h"
 
 /// Asks the library whether the medium may be installed on the target. `code_tree` is the code that
-/// an SDK belongs to. Throws a Refusal in the library's words, or a NothingToInstall when the
+/// an SDK belongs to. Throws a Refusal in the library's own words, a NothingToDo when the
 /// target has everything. Writes nothing to the trees.
 void RequireInstallable(const Medium& medium, const std::string& target,
                         const std::string& code_tree);

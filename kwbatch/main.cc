@@ -66,6 +66,15 @@ const std::vector<Command>& Commands() {
   return commands;
 }
 
+void Run(const Options& options) {
+  try {
+    options.RunCommand();
+  } catch (const NothingToDo& reason) {
+    if (!options.Has(option::kIfNeeded)) throw;
+    Say(reason.what());
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -73,15 +82,18 @@ int main(int argc, char** argv) {
     if (const auto options = Options::Parse(argc, argv, Commands())) {
       if (options->Has(option::kQuiet)) BeQuiet();
       if (options->Has(option::kScratch)) UseScratch(options->Text(option::kScratch));
-      options->RunCommand();
+      Run(*options);
     }
     // Whoever reads the output or the log must not take a part of it for the whole.
-    return AllIsPrinted() && AllIsLogged() ? 0 : 1;
+    return AllIsPrinted() && AllIsLogged() ? kDone : kRefused;
   } catch (const UsageError& error) {
     Complain(std::string("kwbatch: ") + error.what() + "\nSee kwbatch --help.");
-    return 2;
+    return kWrongUsage;
+  } catch (const Refusal& refusal) {
+    Complain(refusal.what());
+    return refusal.status;
   } catch (const std::exception& error) {
     Complain(error.what());
-    return 1;
+    return kRefused;
   }
 }

@@ -43,6 +43,7 @@ constexpr OptionName kQuiet{"quiet"};
 constexpr OptionName kLog{"log"};
 constexpr OptionName kOs{"os"};
 constexpr OptionName kCode{"code"};
+constexpr OptionName kIfNeeded{"if-needed"};
 constexpr OptionName kLanguages{"languages"};
 constexpr OptionName kFonts{"fonts"};
 constexpr OptionName kSatellite{"satellite"};

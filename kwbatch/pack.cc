@@ -76,6 +76,8 @@ std::vector<Pack> UncommittedPacks(const Request& request) {
       Delete(JournalPath(dir) + ".new");
     }
   }
-  if (packs.empty()) throw Refusal("No service pack in " + target + " is waiting for a commit.\n");
+  if (packs.empty()) {
+    throw NothingToDo("No service pack in " + target + " is waiting for a commit.\n");
+  }
   return packs;
 }

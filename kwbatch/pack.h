@@ -35,7 +35,7 @@ std::string UpdateName(const Medium& medium);
 /// Throws a Refusal.
 Pack PackToInstall(const Medium& medium, const std::string& target);
 
-/// The uncommitted packs of a target. Throws a Refusal when there is none.
+/// The uncommitted packs of a target. Throws a NothingToDo when there is none.
 std::vector<Pack> UncommittedPacks(const Request& request);
 
 #endif  // KWBATCH_PACK_H_

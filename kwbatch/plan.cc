@@ -57,13 +57,13 @@ std::vector<Medium> Installable(std::vector<Medium> media, const Request& reques
     try {
       RequireInstallable(medium, request.target, request.code_tree);
       installable.push_back(std::move(medium));
-    } catch (const NothingToInstall& refusal) {
+    } catch (const NothingToDo& refusal) {
       reason = refusal.what();
       // Everything is there, but the last steps are missing.
       if (IsUnfinished(medium, request.target)) installable.push_back(std::move(medium));
     }
   }
-  if (installable.empty()) throw Refusal(reason);
+  if (installable.empty()) throw NothingToDo(reason);
   return installable;
 }
 

@@ -4,23 +4,29 @@
 #include <kb0core/TEVUnicodeString.h>
 
 #include <stdexcept>
+#include <string>
 
 /// \file
-/// The ways in which a command can end early. Each kind has its exit status, which main() returns.
+/// The ways in which a command can end early, each with its exit status.
 
-/// Exit status 2: the command line or the file of answers is wrong.
+enum ExitStatus { kDone, kRefused, kWrongUsage, kNothingToDo, kProgramFailed };
+
+/// The command line or the file of answers is wrong: kWrongUsage.
 struct UsageError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Exit status 1: the command cannot be done. what() is the text for the user, with its newline.
+/// The command cannot be done, or not wholly. what() is the text for the user, with its newline.
 struct Refusal : std::runtime_error {
-  using std::runtime_error::runtime_error;
+  explicit Refusal(const std::string& text, ExitStatus ended = kRefused)
+      : std::runtime_error(text), status(ended) {}
+
+  ExitStatus status;
 };
 
-/// The refusal of a medium that has nothing more to install.
-struct NothingToInstall : Refusal {
-  using Refusal::Refusal;
+/// What the command is to bring about is there already.
+struct NothingToDo : Refusal {
+  explicit NothingToDo(const std::string& text) : Refusal(text, kNothingToDo) {}
 };
 
 /// A refusal in the library's own words.

@@ -18,15 +18,14 @@ namespace {
 
 using Phase = Journal::Phase;
 
-/// Runs the pack's post-install programs, whose output goes to the log.
-void RunPostInstall(const Pack& pack, Log& log) {
+/// Runs the pack's post-install programs, whose output goes to the log. False when one has failed.
+bool RunPostInstall(const Pack& pack, Log& log) {
   std::string suffix = pack.journal.pack;
   std::string system_dir = pack.system_dir;
-  if (TEVInsSPK(suffix.data(), system_dir.data(), log.FileName()) != 0) {
-    Complain("A post-install program has failed: see the log.");
-  }
+  const bool done = TEVInsSPK(suffix.data(), system_dir.data(), log.FileName()) == 0;
   // The list has served its purpose.
   Delete(pack.In(kPackPrograms));
+  return done;
 }
 
 }  // namespace
@@ -50,7 +49,7 @@ void ServicePack(const Options& options) {
     const DirectoryModes kept(pack);
     Transfer(medium, pack.journal.pack, request.target, languages, log);
   }
-  RunPostInstall(pack, log);
+  const bool set_up = RunPostInstall(pack, log);
   DeleteLeftovers(pack);
   Delete(pack.In(kInterruptedPack));
   if (repair) {
@@ -61,4 +60,5 @@ void ServicePack(const Options& options) {
   log.Succeeded();
   Say("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
       (repair ? "." : ", and waits for a commit."));
+  if (!set_up) throw Refusal("A post-install program has failed: see the log.\n", kProgramFailed);
 }

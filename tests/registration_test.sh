@@ -10,7 +10,10 @@ mkdir "$work/satellite" "$work/parts"
 echo '#!/bin/sh' >"$work/parts/ray.sh"
 tar -C "$work/parts" -cf - ray.sh | compress -f >"$work/satellite/LumaforgeSatellite.Z"
 echo 2048 >"$work/satellite/LFSFS"
-run 0 install "$media/ga" "$work/tree" --os solaris_a --satellite "$work/satellite" --run-port 20061
+# A setup program that fails does not keep the installation from its end.
+mkdir -p "$work/tree/solaris_a/"{control,code/bin}
+touch "$work/tree/solaris_a/"{control/Q8M.prd,code/bin/DRXPeopleUpdate}
+run 4 install "$media/ga" "$work/tree" --os solaris_a --satellite "$work/satellite" --run-port 20061
 grep -q '^morvelk7run      20061/tcp   #' "$work/scratch/services" || fail 'no new run port'
 grep -q '^mi-ray ' "$work/scratch/inetd.conf" || fail 'no satellite'
 

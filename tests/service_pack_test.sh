@@ -15,13 +15,14 @@ expect_refusal 'tevstart -run TEVSoftwareMgt' service-pack "$media/sp2" "$work/t
 expect_check 1 'Commit' hf1 tree
 run 0 undo-service-pack "$work/tree"
 expect_content before tree
-run 1 undo-service-pack "$work/tree"
+run 3 undo-service-pack "$work/tree"
 run 0 service-pack "$media/sp1" "$work/tree"
 run 0 commit "$work/tree"
-expect_refusal 'waiting for a commit' undo-service-pack "$work/tree"
-run 1 commit "$work/tree"
+run 3 undo-service-pack "$work/tree"
+expect_text 'waiting for a commit'
+run 3 commit "$work/tree"
 content tree >"$work/committed"
-expect_check 1 'already installed' sp1 tree
+expect_check 3 'already installed' sp1 tree
 run 0 service-pack "$media/sp2" "$work/tree"
 run 0 undo-service-pack "$work/tree"
 expect_content committed tree
@@ -54,8 +55,8 @@ run 1 service-pack "$media/hf1" "$work/tree"
 expect_check 0 'may be installed' hf1 tree
 run 0 hot-fix "$media/hf1" "$work/tree"
 run 0 verify "$work/tree"
-expect_check 1 'already installed' hf1 tree
+expect_check 3 'already installed' hf1 tree
 expect_check 1 'HF1' hf2 tree
 run 0 service-pack "$media/sp2" "$work/tree"
-expect_check 1 'already installed' sp2 tree
+expect_check 3 'already installed' sp2 tree
 expect_check 1 'level 2' sp1 tree

@@ -9,7 +9,8 @@ expect_check 0 'may be installed' ga new
 expect_check 1 'Nothing is installed' sp1 new
 run 0 install "$media/ga" "$work/tree" --os aix_a
 expect_check 0 "$work/tree/solaris_a" ga tree
-expect_check 1 'already installed' ga/aix_a tree
+expect_check 3 'already installed' ga/aix_a tree
+expect_check 0 'already installed' ga/aix_a tree --if-needed
 expect_check 1 'operating system hpux_b' other-os tree
 expect_check 1 'level R13' other-level tree
 run 0 verify "$work/tree"
@@ -24,7 +25,7 @@ run 0 verify "$work/sdk"
 
 run 0 install "$media/samples" "$work/tree"
 [[ -d $system/samples/ModelerSamples ]] || fail 'no samples'
-expect_check 1 'already installed' samples tree
+expect_check 3 'already installed' samples tree
 
 # A service pack for the SDK needs the same one, committed, in the code.
 expect_check 1 'Service Pack level' sp1-sdk sdk
