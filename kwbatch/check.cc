@@ -52,7 +52,7 @@ void CheckInstallation(const Options& options, const Request& request, std::vect
   for (const Medium& medium : plan.media) {
     Say(medium.dir + " may be installed in " + SystemDir(medium, request.target) + ".");
   }
-  TellRegistration(plan.ports, SystemDir(plan.media.front(), request.target));
+  TellRegistration(plan.registration);
 }
 
 }  // namespace

@@ -94,7 +94,7 @@ void Summarize(const std::vector<Medium>& media, const std::string& target) {
 bool Finish(const Plan& plan, Log& log) {
   const std::string& target = plan.request.target;
   const bool products = plan.media.front().kind == MediumKind::kProducts;
-  if (products) RegisterPorts(plan.ports, SystemDir(plan.media.front(), target), log);
+  Register(plan.registration, log);
   const std::string& satellite = plan.request.satellite;
   if (!satellite.empty()) InstallSatellite(satellite, target);
   // What an earlier try may have left.

@@ -96,7 +96,9 @@ Plan MakePlan(const Request& request, std::vector<Medium> media) {
   }
   for (const Component& component : plan.components) archives.push_back(component.archive);
   RequireSpace(archives, target);
-  if (plan.media.front().kind == MediumKind::kProducts) plan.ports = ChoosePorts(request.ports);
+  if (plan.media.front().kind == MediumKind::kProducts) {
+    plan.registration = PlanRegistration(request.ports, SystemDir(plan.media.front(), target));
+  }
   if (!request.satellite.empty()) RequireSatellite(request.satellite, target);
   return plan;
 }

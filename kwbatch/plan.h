@@ -20,9 +20,9 @@ struct Component {
 struct Plan {
   Request request;                    ///< with the path of the code tree that was found
   std::optional<int> languages;       ///< language mask; without it, what the target has, or all
-  std::vector<Medium> media;          ///< that have something to install
-  std::vector<Component> components;  ///< of all media, in the order of installation
-  Ports ports;                        ///< to be registered
+  std::vector<Medium> media;          ///< of which something is to be installed
+  std::vector<Component> components;  ///< of all of them, in the order of installation
+  Registration registration;          ///< of the products' ports and daemon
 };
 
 /// Asks the library about everything that could stop the installation. Throws a Refusal. Writes

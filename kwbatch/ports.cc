@@ -12,12 +12,54 @@ namespace {
 
 bool IsRegistered() { return CheckEtcServices(100) == 1 && CheckEtcServices(0) == 1; }
 
-std::string DaemonOf(const std::string& system_dir) { return system_dir + "/" + kDaemon; }
-
+/// Does inetd lack the daemon of the system directory?
 bool NeedsDaemon(const std::string& system_dir) {
   std::string inetd = SystemFile(kInetd);
   std::string dir = system_dir;
-  return Exists(inetd) && CheckNeedUpdateServices(inetd.data(), dir.data()) == 1;
+  return CheckNeedUpdateServices(inetd.data(), dir.data()) == 1;
+}
+
+/// Takes the wanted ports, or else the next free ones.
+Ports ChoosePorts(const PortWishes& wishes) {
+  if (!wishes.given && IsRegistered()) return {};
+  RequireWritable(SystemFile(kServices));
+  const Ports& wanted = wishes.ports;
+  Ports ports = wanted;
+  TEVUnicodeString message;
+  const int status =
+      CheckK7RunPortValue(&ports.run, &ports.bulletin_board, &ports.broker, &message);
+  if (status == 1) return ports;
+  const bool replaced = ports.run != wanted.run || ports.bulletin_board != wanted.bulletin_board ||
+                        ports.broker != wanted.broker;
+  if (status == -1 || !replaced) throw Refused(message);
+  Complain(message.ConvertToChar());
+  return ports;
+}
+
+/// Says and logs a line.
+void Tell(const std::string& text, Log& log) {
+  Say(text);
+  log.Write(text + "\n");
+}
+
+void WritePorts(const Ports& ports, Log& log) {
+  TEVUnicodeString message;
+  std::string services = SystemFile(kServices);
+  if (UpdateNewPorts(ports.bulletin_board, ports.run, ports.broker, services.data(), &message) !=
+      1) {
+    throw Refused(message);
+  }
+  Say(message.ConvertToChar());
+  Tell("  morvelk7bb " + std::to_string(ports.bulletin_board) + ", morvelk7run " +
+           std::to_string(ports.run) + ", TEVDeviceBroker " + std::to_string(ports.broker),
+       log);
+}
+
+void WriteDaemon(std::string daemon, Log& log) {
+  TEVUnicodeString message;
+  if (UpdateDemon(daemon.data(), &message) != 1) throw Refused(message);
+  Say(message.ConvertToChar());
+  Tell("  morvelk7run " + daemon, log);
 }
 
 }  // namespace
@@ -34,57 +76,38 @@ PortWishes PortWishesOf(const Options& options) {
   return wishes;
 }
 
-Ports ChoosePorts(const PortWishes& wishes) {
-  if (!wishes.registered) return {};
-  if (!wishes.given && IsRegistered()) return {};
-  RequireWritable(SystemFile(kServices));
+Registration PlanRegistration(const PortWishes& wishes, const std::string& system_dir) {
+  Registration registration;
+  if (!wishes.registered) return registration;
+  registration.ports = ChoosePorts(wishes);
+  if (!NeedsDaemon(system_dir)) return registration;
   const std::string inetd = SystemFile(kInetd);
   if (Exists(inetd)) RequireWritable(inetd);
-  const Ports& wanted = wishes.ports;
-  Ports ports = wanted;
-  TEVUnicodeString message;
-  const int status =
-      CheckK7RunPortValue(&ports.run, &ports.bulletin_board, &ports.broker, &message);
-  if (status == 1) return ports;
-  const bool replaced = ports.run != wanted.run || ports.bulletin_board != wanted.bulletin_board ||
-                        ports.broker != wanted.broker;
-  if (status == -1 || !replaced) throw Refused(message);
-  Complain(message.ConvertToChar());
-  return ports;
+  registration.daemon = system_dir + "/" + kDaemon;
+  return registration;
 }
 
-void RegisterPorts(const Ports& ports, const std::string& system_dir, Log& log) {
-  if (ports.run == 0) return;
-  const auto tell = [&log](const std::string& text) {
-    Say(text);
-    log.Write(text + "\n");
-  };
-  TEVUnicodeString message;
-  std::string services = SystemFile(kServices);
-  if (UpdateNewPorts(ports.bulletin_board, ports.run, ports.broker, services.data(), &message) !=
-      1) {
-    throw Refused(message);
+void Register(const Registration& registration, Log& log) {
+  const bool has_ports = registration.ports.run != 0;
+  const bool has_daemon = !registration.daemon.empty();
+  if (has_ports) WritePorts(registration.ports, log);
+  if (has_daemon && !Exists(SystemFile(kInetd))) {
+    return Tell("There is no inetd on this machine, so the daemon is not registered.", log);
   }
-  Say(message.ConvertToChar());
-  tell("  morvelk7bb " + std::to_string(ports.bulletin_board) + ", morvelk7run " +
-       std::to_string(ports.run) + ", TEVDeviceBroker " + std::to_string(ports.broker));
-  if (!Exists(SystemFile(kInetd))) {
-    tell("There is no inetd on this machine, so the daemon is not registered.");
-    return;
-  }
-  if (!NeedsDaemon(system_dir)) return;
-  if (UpdateDemon(DaemonOf(system_dir).data(), &message) != 1) throw Refused(message);
-  Say(message.ConvertToChar());
-  tell("  morvelk7run " + DaemonOf(system_dir));
+  if (has_daemon) WriteDaemon(registration.daemon, log);
+  if (has_ports || has_daemon)
+    Tell("  inetd reads this once it is told to: pkill -HUP -x inetd", log);
 }
 
-void TellRegistration(const Ports& ports, const std::string& system_dir) {
-  if (ports.run == 0) return;
-  Say("The ports " + std::to_string(ports.bulletin_board) + ", " + std::to_string(ports.run) +
-      " and " + std::to_string(ports.broker) + " would be registered in " + SystemFile(kServices) +
-      ".");
-  if (NeedsDaemon(system_dir)) {
-    Say("The daemon " + DaemonOf(system_dir) + " would be registered in " + SystemFile(kInetd) +
+void TellRegistration(const Registration& registration) {
+  const Ports& ports = registration.ports;
+  if (ports.run != 0) {
+    Say("The ports " + std::to_string(ports.bulletin_board) + ", " + std::to_string(ports.run) +
+        " and " + std::to_string(ports.broker) + " would be registered in " +
+        SystemFile(kServices) + ".");
+  }
+  if (!registration.daemon.empty() && Exists(SystemFile(kInetd))) {
+    Say("The daemon " + registration.daemon + " would be registered in " + SystemFile(kInetd) +
         ".");
   }
 }

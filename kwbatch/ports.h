@@ -6,7 +6,7 @@
 #include "log.h"
 #include "options.h"
 
-/// The product's ports. They are all 0 when nothing is to be registered.
+/// The product's ports. They are all 0 when the services file stays as it is.
 struct Ports {
   int bulletin_board = 0;
   int run = 0;
@@ -22,16 +22,21 @@ struct PortWishes {
 
 PortWishes PortWishesOf(const Options& options);
 
-/// Chooses each wanted port, or the next free one; says which were replaced. All are 0 when nothing
-/// is to be registered: the user does not want it, or all are registered and no option names a
-/// port. Throws a Refusal.
-Ports ChoosePorts(const PortWishes& wishes);
+/// What is to be written into the system's files.
+struct Registration {
+  Ports ports;
+  std::string daemon;  ///< path of the program; empty when inetd knows it already
+};
 
-/// Registers the ports, and the daemon of the system directory, in the system's files; says and
-/// logs what has changed. Throws a Refusal.
-void RegisterPorts(const Ports& ports, const std::string& system_dir, Log& log);
+/// Takes the wanted ports, each or else the next free one; says which were replaced. No ports when
+/// all are registered already and no option names others, and nothing at all when that is not
+/// wanted. Throws a Refusal.
+Registration PlanRegistration(const PortWishes& wishes, const std::string& system_dir);
 
-/// Says what RegisterPorts would change.
-void TellRegistration(const Ports& ports, const std::string& system_dir);
+/// Registers the ports and the daemon; says and logs what has changed. Throws a Refusal.
+void Register(const Registration& registration, Log& log);
+
+/// Says what Register would change.
+void TellRegistration(const Registration& registration);
 
 #endif  // KWBATCH_PORTS_H_

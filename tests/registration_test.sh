@@ -10,11 +10,14 @@ mkdir "$work/satellite" "$work/parts"
 echo '#!/bin/sh' >"$work/parts/ray.sh"
 tar -C "$work/parts" -cf - ray.sh | compress -f >"$work/satellite/LumaforgeSatellite.Z"
 echo 2048 >"$work/satellite/LFSFS"
+# The daemon is registered when the services are known already.
+: >"$work/scratch/inetd.conf"
 # A setup program that fails does not keep the installation from its end.
 mkdir -p "$work/tree/solaris_a/"{control,code/bin}
 touch "$work/tree/solaris_a/"{control/Q8M.prd,code/bin/DRXPeopleUpdate}
-run 4 install "$media/ga" "$work/tree" --os solaris_a --satellite "$work/satellite" --run-port 20061
-grep -q '^morvelk7run      20061/tcp   #' "$work/scratch/services" || fail 'no new run port'
+run 4 install "$media/ga" "$work/tree" --os solaris_a --satellite "$work/satellite"
+grep -q "solaris_a/code/bin/TEVSysDemon  #" "$work/scratch/inetd.conf" || fail 'no daemon'
+expect_text 'pkill -HUP'
 grep -q '^mi-ray ' "$work/scratch/inetd.conf" || fail 'no satellite'
 
 printf 'default\n' >"$work/tree/prod.lp"
