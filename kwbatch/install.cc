@@ -96,7 +96,7 @@ bool Finish(const Plan& plan, Log& log) {
   const bool products = plan.media.front().kind == MediumKind::kProducts;
   Register(plan.registration, log);
   const std::string& satellite = plan.request.satellite;
-  if (!satellite.empty()) InstallSatellite(satellite, target);
+  if (!satellite.empty()) InstallSatellite(satellite, target, plan.request.ports.registered);
   // What an earlier try may have left.
   for (const char* name : {kTarErrors, kTransferErrors}) {
     TEVDeleteFile((target + "/" + name).c_str());

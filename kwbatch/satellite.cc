@@ -9,7 +9,7 @@
 #include "space.h"
 #include "system_files.h"
 
-void RequireSatellite(const std::string& medium, const std::string& target) {
+void RequireSatellite(const std::string& medium, const std::string& target, bool registered) {
   std::string source = MediumPath(medium);
   TEVUnicodeString message;
   if (TEVInsCheckMediaSAT(source.data(), &message) != 0) throw Refused(message);
@@ -17,11 +17,12 @@ void RequireSatellite(const std::string& medium, const std::string& target) {
   if (FreeSpace(target) / 1024 < required) {
     throw Refusal("The satellite needs " + std::to_string(required) + " MB in " + target + ".\n");
   }
+  if (!registered) return;
   RequireWritable(SystemFile(kServices));
   RequireWritable(SystemFile(kInetd));
 }
 
-void InstallSatellite(const std::string& medium, const std::string& target) {
+void InstallSatellite(const std::string& medium, const std::string& target, bool registered) {
   std::string dir = target + "/satellite";
   std::string created = dir;
   if (TEVInsCreateDirectory(created.data()) != 0) {
@@ -31,9 +32,11 @@ void InstallSatellite(const std::string& medium, const std::string& target) {
                         kSatelliteArchive + " | tar -xf -";
   TEVUnicodeString message;
   if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
+  Say("The rendering satellite is installed in " + dir + ".");
+  if (!registered) return;
   if (SatUpdateService(message) < 0) {
     throw Refusal("The satellite cannot be registered in " + SystemFile(kServices) + ".\n");
   }
   if (SatUpdateInet(dir.data(), message) < 0) throw Refused(message);
-  Say("The rendering satellite is installed in " + dir + " and registered.");
+  Say("It is registered in " + SystemFile(kServices) + " and " + SystemFile(kInetd) + ".");
 }

@@ -3,11 +3,12 @@
 
 #include <string>
 
-/// Throws a Refusal when the rendering satellite of the medium `medium` cannot be installed.
-void RequireSatellite(const std::string& medium, const std::string& target);
+/// Throws a Refusal when the rendering satellite of the medium `medium` cannot be installed, and
+/// `registered` if that is wanted.
+void RequireSatellite(const std::string& medium, const std::string& target, bool registered);
 
-/// Installs the rendering satellite of the medium `medium` in TARGET/satellite, and registers it.
-/// Throws a Refusal.
-void InstallSatellite(const std::string& medium, const std::string& target);
+/// Installs the rendering satellite of the medium `medium` in TARGET/satellite, and registers it if
+/// that is wanted. Throws a Refusal.
+void InstallSatellite(const std::string& medium, const std::string& target, bool registered);
 
 #endif  // KWBATCH_SATELLITE_H_

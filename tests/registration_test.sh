@@ -10,6 +10,9 @@ mkdir "$work/satellite" "$work/parts"
 echo '#!/bin/sh' >"$work/parts/ray.sh"
 tar -C "$work/parts" -cf - ray.sh | compress -f >"$work/satellite/LumaforgeSatellite.Z"
 echo 2048 >"$work/satellite/LFSFS"
+run 0 install "$media/ga" "$work/silent" --os aix_a --no-services --satellite "$work/satellite"
+[[ -e $work/silent/satellite/ray.sh ]] || fail 'no satellite'
+! grep -q 'mi-ray\|silent' "$work/scratch/services" "$work/scratch/inetd.conf" || fail '--no-services'
 # The daemon is registered when the services are known already.
 : >"$work/scratch/inetd.conf"
 # A setup program that fails does not keep the installation from its end.
