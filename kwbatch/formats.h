@@ -62,6 +62,7 @@ constexpr int kEverything = 127;  ///< all languages and the fonts
 constexpr char kServices[] = "services";
 constexpr char kInetd[] = "inetd.conf";
 constexpr char kRewritten[] = ".tmp";  ///< suffix of one of the two while it is rewritten
+constexpr char kWhole[] = ".whole";    ///< of what is being written over a file in its place
 
 /// The path of a system file: below /etc, or in the directory of UseSystemFilesIn.
 std::string SystemFile(const std::string& name);

@@ -2,6 +2,8 @@
 
 #include <kwinstutil/kwinstutil.h>
 
+#include <sstream>
+
 #include "console.h"
 #include "files.h"
 #include "formats.h"
@@ -42,14 +44,38 @@ void Tell(const std::string& text, Log& log) {
   log.Write(text + "\n");
 }
 
+/// The port of a service in the services file, or 0.
+int RegisteredPort(const std::string& service) {
+  for (const std::string& line : LinesOf(SystemFile(kServices))) {
+    std::istringstream words(line);
+    std::string name;
+    int port = 0;
+    if (words >> name >> port && name == service) return port;
+  }
+  return 0;
+}
+
+bool AreRegistered(const Ports& ports) {
+  return RegisteredPort("morvelk7bb") == ports.bulletin_board &&
+         RegisteredPort("morvelk7run") == ports.run &&
+         RegisteredPort("TEVDeviceBroker") == ports.broker;
+}
+
 void WritePorts(const Ports& ports, Log& log) {
   TEVUnicodeString message;
   std::string services = SystemFile(kServices);
+  FinishOverwrite(services);
   if (UpdateNewPorts(ports.bulletin_board, ports.run, ports.broker, services.data(), &message) !=
       1) {
     throw Refused(message);
   }
-  Say(message.ConvertToChar());
+  // The library calls it a success too when the file could not be replaced.
+  if (AreRegistered(ports)) {
+    Say(message.ConvertToChar());
+  } else {
+    Overwrite(services);
+  }
+  if (!AreRegistered(ports)) throw Refusal("The ports are not in " + services + ".\n");
   Tell("  morvelk7bb " + std::to_string(ports.bulletin_board) + ", morvelk7run " +
            std::to_string(ports.run) + ", TEVDeviceBroker " + std::to_string(ports.broker),
        log);
@@ -57,7 +83,11 @@ void WritePorts(const Ports& ports, Log& log) {
 
 void WriteDaemon(std::string daemon, Log& log) {
   TEVUnicodeString message;
-  if (UpdateDemon(daemon.data(), &message) != 1) throw Refused(message);
+  if (UpdateDemon(daemon.data(), &message) != 1) {
+    throw Refusal(message.ConvertToChar() +
+                  ("Make " + daemon + " the program of morvelk7run in " + SystemFile(kInetd) +
+                   " by hand, and repeat the command with --no-services.\n"));
+  }
   Say(message.ConvertToChar());
   Tell("  morvelk7run " + daemon, log);
 }

@@ -31,7 +31,26 @@ void RequireWritable(const std::string& path) {
                 " cannot be written. Be root, or use --scratch DIR or --no-services.\n");
 }
 
+void Overwrite(const std::string& path) {
+  if (TEVRenameFile((path + kRewritten).c_str(), (path + kWhole).c_str()) != 0) {
+    throw Refusal("The file " + path + " cannot be replaced.\n");
+  }
+  FinishOverwrite(path);
+}
+
+void FinishOverwrite(const std::string& path) {
+  const std::string whole = path + kWhole;
+  if (!Exists(whole)) return;
+  std::error_code failed;
+  fs::copy_file(whole, path, fs::copy_options::overwrite_existing, failed);
+  if (failed) {
+    throw Refusal("The file " + path + " cannot be written: its content is " + whole + ".\n");
+  }
+  Delete(whole);
+}
+
 void RestoreSystemFiles() {
+  FinishOverwrite(SystemFile(kServices));
   for (const char* name : {kServices, kInetd}) {
     const std::string file = SystemFile(name);
     if (!Exists(file)) TEVRenameFile((file + kRewritten).c_str(), file.c_str());

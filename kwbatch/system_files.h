@@ -12,9 +12,17 @@ void UseScratch(const std::string& dir);
 /// Throws a Refusal unless the system file at this path can be written.
 void RequireWritable(const std::string& path);
 
-/// Renames FILE.tmp to FILE if the system file FILE is missing: an interrupted run of kwbatch was
-/// rewriting it. Throws a Refusal when inetd.conf and inetd.conf.tmp both exist: only the user can
-/// tell which is good.
+/// Writes the new content of a system file, which the library has left in FILE.tmp, over the old
+/// one: a file that is a mount cannot be replaced, as in a container. FILE.whole has the content
+/// meanwhile. Throws a Refusal.
+void Overwrite(const std::string& path);
+
+/// Ends an Overwrite that was interrupted. Throws a Refusal.
+void FinishOverwrite(const std::string& path);
+
+/// Ends an interrupted Overwrite, and gives the system files their names again that an interrupted
+/// run of kwbatch was rewriting: their content has the name FILE.tmp then. Throws a Refusal when
+/// inetd.conf exists beside it: only the user can tell which of the two is good.
 void RestoreSystemFiles();
 
 #endif  // KWBATCH_SYSTEM_FILES_H_

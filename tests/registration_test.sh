@@ -45,3 +45,18 @@ run 0 tasks "$work/tree" --stop
 wait $! && fail 'a task was not stopped'
 run 0 tasks "$work/tree"
 expect_text ': 0'
+
+# System files that are mounts cannot be replaced.
+if ! unshare -m true 2>/dev/null; then
+  echo 'Not tried: mounted system files, because this user may not mount anything.'
+  exit
+fi
+cp "$work/scratch/services" "$work/mounted"
+# shellcheck disable=SC2016
+expect_exit 1 unshare -m bash -c 'mount --bind "$2/mounted" "$2/scratch/services" &&
+  mount --bind "$2/scratch/inetd.conf" "$2/scratch/inetd.conf" &&
+  exec "$0" install "$1" "$2/mounts" --os aix_a --run-port 20071 --scratch "$2/scratch"' \
+  "$kwbatch" "$media/ga" "$work"
+expect_text 'by hand'
+grep -q '^morvelk7run      20071/tcp' "$work/mounted" || fail 'the ports are lost'
+[[ $(cd "$work/scratch" && ls -- *.*) == $'inetd.conf\nkwinst.log' ]] || fail 'files are left behind'
