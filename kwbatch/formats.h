@@ -43,9 +43,6 @@ constexpr char kCatalogs[] = "resources/msgcatalog";
 constexpr char kStartCommand[] = "code/command/tevstart";
 constexpr char kDaemon[] = "code/bin/TEVSysDemon";
 
-/// Some checks of the library leave a file of this name in the current directory.
-constexpr char kReportFile[] = "NUL";
-
 /// A language that is not always there, and its bit in a language mask.
 struct Language {
   const char* name;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "formats.h"
 #include "integrity.h"
 #include "journal.h"
 #include "refusal.h"
@@ -12,21 +11,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-/// Removes the file that some checks leave in the current directory, unless it was there before.
-class ReportFile {
- public:
-  ReportFile() : was_there_(fs::exists(fs::symlink_status(kReportFile))) {}
-  ~ReportFile() {
-    std::error_code ignored;
-    if (!was_there_) fs::remove(kReportFile, ignored);
-  }
-  ReportFile(const ReportFile&) = delete;
-  ReportFile& operator=(const ReportFile&) = delete;
-
- private:
-  bool was_there_;
-};
 
 /// Throws the message unless the check passed.
 void Require(bool passed, const TEVUnicodeString& message) {
@@ -183,7 +167,6 @@ void RequireHotFix(const Medium& medium, const std::string& target) {
 
 void RequireInstallable(const Medium& medium, const std::string& target,
                         const std::string& code_tree) {
-  const ReportFile removed;
   switch (medium.kind) {
     case MediumKind::kProducts:
       return RequireProducts(medium, target);

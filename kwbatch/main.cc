@@ -1,11 +1,14 @@
 // kwbatch: installs media without questions, through the public interface of libKWINSTUTIL.
 
+#include <unistd.h>
+
 #include <exception>
 #include <string>
 #include <vector>
 
 #include "commands.h"
 #include "console.h"
+#include "files.h"
 #include "log.h"
 #include "options.h"
 #include "refusal.h"
@@ -66,7 +69,11 @@ const std::vector<Command>& Commands() {
   return commands;
 }
 
+/// Runs the command in a directory of its own: what the library and the programs of the product
+/// leave in the current directory is nobody else's.
 void Run(const Options& options) {
+  const TemporaryDirectory own;
+  if (chdir(own.path().c_str()) != 0) throw Refusal("There is no way into " + own.path() + ".\n");
   try {
     options.RunCommand();
   } catch (const NothingToDo& reason) {

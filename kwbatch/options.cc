@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
+#include <filesystem>
 #include <iterator>
 
 #include "answers.h"
@@ -172,7 +173,20 @@ std::optional<Options> Options::Parse(int count, char** arguments,
   if (!line.answers.empty()) line.values.merge(ReadAnswers(line.answers, name));
   options.Take(line.values);
   if (!line.save_answers.empty()) SaveAnswers(line.save_answers, name, options.values_);
+  options.MakePathsAbsolute();
   return options;
+}
+
+void Options::MakePathsAbsolute() {
+  std::vector<std::string*> paths;
+  for (const OptionName name : {option::kScratch, option::kLog, option::kSatellite}) {
+    if (Has(name)) paths.push_back(&values_.at(name.text));
+  }
+  if (Has(word::kMedium)) paths.push_back(&words_.at(word::kMedium.text));
+  for (std::string* path : paths) {
+    // What is no path at all is refused later.
+    if (!path->empty() && path->front() != '-') *path = std::filesystem::absolute(*path);
+  }
 }
 
 void Options::Take(const std::map<std::string, std::string>& values) {

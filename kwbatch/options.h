@@ -22,8 +22,9 @@ struct Command {
 /// A command line: its command, the words after it, and its options by name, without the dashes.
 class Options {
  public:
-  /// Prints the help or the version if asked to, and returns no value then. Options that the
-  /// command line does not give are taken from the file of answers. Throws a UsageError.
+  /// Without a value when the help or the version was asked for, which is printed then. What the
+  /// command line leaves open is looked up in the file of answers. Its paths do not depend on the
+  /// current directory. Throws a UsageError.
   static std::optional<Options> Parse(int count, char** arguments,
                                       const std::vector<Command>& commands);
 
@@ -47,6 +48,9 @@ class Options {
   /// Takes the values, except a flag's "no". Throws a UsageError if one must be a number and is
   /// not, or needs another option that is not given.
   void Take(const std::map<std::string, std::string>& values);
+
+  /// Makes the paths absolute that a user may give otherwise.
+  void MakePathsAbsolute();
 
   const Command* command_;
   std::map<std::string, std::string> words_;

@@ -5,6 +5,9 @@
 source "$2/tests/helpers.sh"
 
 take_media
+# Some checks write a file of this name in their current directory.
+echo precious >precious
+ln -s precious NUL
 expect_check 0 'may be installed' ga new
 expect_check 1 'Nothing is installed' sp1 new
 run 0 install "$media/ga" "$work/tree" --os aix_a
@@ -23,7 +26,8 @@ grep -q Simulation "$work/sdk/control/PRESENT" && fail 'an SDK package without i
 expect_check 1 'is not installed' sdk sdk
 run 0 verify "$work/sdk"
 
-run 0 install "$media/samples" "$work/tree"
+expect_exit 0 "$kwbatch" install media/samples "$work/tree" --scratch scratch --log own.log
+[[ -s own.log ]] || fail 'no log at a relative path'
 [[ -d $system/samples/ModelerSamples ]] || fail 'no samples'
 expect_check 3 'already installed' samples tree
 
@@ -40,4 +44,4 @@ expect_content before sdk
 mv "$system/control/PRESENT" "$work/present"
 mkdir "$system/control/PRESENT"
 expect_check 1 'Service Pack level' sp1-sdk sdk
-[[ ! -e NUL ]] || fail 'a file NUL is left behind'
+[[ $(<precious) == precious ]] || fail 'the file behind a link NUL was written'
