@@ -20,6 +20,13 @@ void Delete(const std::string& path);
 /// Makes a file of this text in the place of what was there. Throws a Refusal.
 void Write(const std::string& path, const std::string& text);
 
+/// Puts a file of this text in the place of what was there. Whatever ends the process or the
+/// machine, the old file is there or the new one, whole. Throws a Refusal.
+void WriteDurably(const std::string& path, const std::string& text);
+
+/// Waits until the disk has all that was written to the file system of `dir`. Throws a Refusal.
+void SyncFileSystem(const std::string& dir);
+
 /// Adds `text` to the end of a file, which is made when missing. False when it cannot be stored.
 bool AppendToFile(const std::string& path, const std::string& text);
 

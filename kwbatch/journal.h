@@ -19,14 +19,15 @@ struct Journal {
     kCommitting,  ///< its saved files are being deleted
   };
 
-  /// Reads the journal of a system directory; none when there is no file. Throws a Refusal for one
-  /// that cannot be read or understood.
+  /// Reads the journal of a system directory; none when there is no file, or when it is not whole
+  /// and no pack has begun to change anything. Throws a Refusal for one that cannot be read or
+  /// understood.
   static std::optional<Journal> Read(const std::string& system_dir);
 
   /// The refusal of anything but what brings the pack to an end.
   Refusal NotFinished(const std::string& system_dir) const;
 
-  /// Writes the journal, the whole of it or nothing. Throws a Refusal.
+  /// Writes the journal durably, the whole of it or nothing. Throws a Refusal.
   void Write(const std::string& system_dir) const;
 
   Phase phase = Phase::kInstalling;

@@ -53,8 +53,10 @@ void ServicePack(const Options& options) {
   RunPostInstall(pack, log);
   DeleteLeftovers(pack);
   Delete(pack.In(kInterruptedPack));
+  SyncFileSystem(pack.system_dir);
   if (repair) {
     Delete(JournalPath(pack.system_dir));
+    SyncFileSystem(pack.system_dir);
   } else {
     pack.Enter(Phase::kPending);
   }

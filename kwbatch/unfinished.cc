@@ -20,12 +20,14 @@ bool IsUnfinished(const Medium& medium, const std::string& target) {
 
 void BeginInstallation(const Medium& medium, const std::string& target,
                        const std::string& medium_path) {
-  WriteLine(RecordPath(medium, target), medium_path);
+  WriteDurably(RecordPath(medium, target), medium_path + "\n");
 }
 
 void EndInstallation(const Medium& medium, const std::string& target) {
   const std::string record = RecordPath(medium, target);
+  SyncFileSystem(target);
   if (TEVDeleteFile(record.c_str()) != 0) {
     throw Refusal("The file " + record + " cannot be deleted.\n");
   }
+  SyncFileSystem(target);
 }

@@ -11,11 +11,11 @@
 
 bool IsUnfinished(const Medium& medium, const std::string& target);
 
-/// Makes the record; the directory `control` must exist. Throws a Refusal.
+/// Makes the record durably; the directory `control` must exist. Throws a Refusal.
 void BeginInstallation(const Medium& medium, const std::string& target,
                        const std::string& medium_path);
 
-/// Deletes the record. Throws a Refusal when it stays.
+/// Deletes the record once the disk has everything. Throws a Refusal when it stays.
 void EndInstallation(const Medium& medium, const std::string& target);
 
 #endif  // KWBATCH_UNFINISHED_H_
