@@ -47,6 +47,22 @@ void AddMissing(const Medium& medium, const std::string& target, const std::stri
   }
 }
 
+/// Refuses a medium that does not hold all that an unfinished installation was asked for: nobody
+/// would bring that one to its end.
+void RequireSameMedium(const Unfinished& unfinished, const Medium& medium,
+                       const std::string& system_dir) {
+  std::set<std::string> held;
+  const Content content = ContentOf(medium.kind);
+  for (const TEVINSPkg kind : content.kinds) {
+    for (const std::string& name : PackagesOf(*medium.toc, content.type, kind)) held.insert(name);
+  }
+  for (const std::string& name : unfinished.packages) {
+    if (held.count(name) != 0) continue;
+    throw Refusal("The installation of " + unfinished.medium + " in " + system_dir +
+                  " is not finished. Repeat it first.\n");
+  }
+}
+
 /// The media of which something can be installed. Throws a Refusal when there is none.
 std::vector<Medium> Installable(std::vector<Medium> media, const Request& request) {
   std::vector<Medium> installable;
@@ -54,13 +70,15 @@ std::vector<Medium> Installable(std::vector<Medium> media, const Request& reques
   for (Medium& medium : media) {
     const std::string system_dir = SystemDir(medium, request.target);
     if (const auto journal = Journal::Read(system_dir)) throw journal->NotFinished(system_dir);
+    const auto unfinished = Unfinished::Read(system_dir);
+    if (unfinished) RequireSameMedium(*unfinished, medium, system_dir);
     try {
       RequireInstallable(medium, request.target, request.code_tree);
       installable.push_back(std::move(medium));
     } catch (const NothingToInstall& refusal) {
       reason = refusal.what();
       // Everything is there, but the last steps are missing.
-      if (IsUnfinished(medium, request.target)) installable.push_back(std::move(medium));
+      if (unfinished) installable.push_back(std::move(medium));
     }
   }
   if (installable.empty()) throw Refusal(reason);

@@ -1,21 +1,28 @@
 #ifndef KWBATCH_UNFINISHED_H_
 #define KWBATCH_UNFINISHED_H_
 
+#include <optional>
 #include <string>
+#include <vector>
 
-#include "medium.h"
+/// What was asked for by an installation that has not come to its end: a file in the system
+/// directory. While it exists, the same command takes the installation up again, from what stands
+/// there.
+struct Unfinished {
+  /// Reads the record of a system directory; none when there is no file. A record that is not whole
+  /// names no languages. Throws a Refusal when it
+  /// cannot be looked at.
+  static std::optional<Unfinished> Read(const std::string& system_dir);
 
-/// \file
-/// The record of an installation that has not come to its end: a file in the system directory of
-/// the medium. While it exists, the same command takes the installation up again.
+  /// Writes the record durably; the directory `control` must exist. Throws a Refusal.
+  void Write(const std::string& system_dir) const;
 
-bool IsUnfinished(const Medium& medium, const std::string& target);
+  /// Deletes the record once the disk has everything. Throws a Refusal when it stays.
+  static void Delete(const std::string& system_dir);
 
-/// Makes the record durably; the directory `control` must exist. Throws a Refusal.
-void BeginInstallation(const Medium& medium, const std::string& target,
-                       const std::string& medium_path);
-
-/// Deletes the record once the disk has everything. Throws a Refusal when it stays.
-void EndInstallation(const Medium& medium, const std::string& target);
+  std::string medium;                 ///< the directory of its table
+  std::optional<int> languages;       ///< language mask
+  std::vector<std::string> packages;  ///< all that are to be installed, those that are there too
+};
 
 #endif  // KWBATCH_UNFINISHED_H_

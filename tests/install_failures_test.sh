@@ -27,10 +27,11 @@ expect_refusal "$work/with blank" install "$medium" "$work/with blank"
 archive=$work/damaged/Modeler.Z
 cp -r "$medium/aix_a" "$work/damaged"
 head -c 9000 "$medium/aix_a/BASE" >"$work/damaged/BASE"
-expect_refusal "$work/damaged/BASE" install "$work/damaged" "$work/broken"
+expect_refusal "$work/damaged/BASE" install "$work/damaged" "$work/broken" --languages French
 cp "$medium/aix_a/BASE" "$work/damaged"
 head -c 9000 "$medium/aix_a/Modeler.Z" >"$archive"
 expect_refusal "$archive" install "$work/damaged" "$work/broken"
+expect_refusal 'damaged in' install "$media/samples" "$work/broken"
 expect_refusal "$archive" install "$work/damaged" "$work/broken" --quiet --log /dev/full
 expect_text 'Filesystem information'
 expect_text 'tar: '
@@ -39,10 +40,13 @@ grep -qF "$(sum -r "$archive")" "$work/scratch/kwinst.log" || fail 'no checksum 
 grep -qF "$(df -k -i 2>/dev/null | head -n 1)" "$work/scratch/kwinst.log" ||
   fail 'no file systems in kwinst.log'
 [[ -z $(find "$work/broken" -name TEVInsErrorTransfer.log) ]] || fail 'a side log is left behind'
-# The installation is taken up where it failed.
+# The installation is taken up where it failed, with the languages that were asked for, whatever a
+# kill has left of their record.
+: >"$work/broken/aix_a/NLS.txt"
 cp "$medium/aix_a/Modeler.Z" "$work/damaged"
 run 0 install "$work/damaged" "$work/broken"
 cmp "$medium/aix_a/TOC" "$work/broken/aix_a/control/PRESENT" || fail 'PRESENT after a failure'
+printf 'French\n\n' | cmp - "$work/broken/aix_a/NLS.txt" || fail 'the languages after a failure'
 
 # install_on_disk SIZE TEXT: an installation that the disk is too small for, and says so.
 install_on_disk() {
