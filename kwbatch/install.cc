@@ -11,6 +11,7 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "integrity.h"
 #include "languages.h"
 #include "log.h"
 #include "medium.h"
@@ -143,6 +144,10 @@ void Install(const Options& options) {
   TransferAll(plan, languages, log);
   for (const auto& [medium, mask] : languages) {
     RemoveOtherLanguages(SystemDir(*medium, request.target), mask);
+  }
+  for (const Medium& medium : plan.media) {
+    const std::string system_dir = SystemDir(medium, request.target);
+    RequireWritten(system_dir, IsSdk(medium), Unfinished::Read(system_dir)->packages, log);
   }
   Finish(plan, log);
   log.Succeeded();

@@ -1,6 +1,38 @@
 #include "integrity.h"
 
+#include <filesystem>
+#include <set>
 #include <sstream>
+
+#include "console.h"
+#include "files.h"
+#include "formats.h"
+#include "refusal.h"
+#include "tree.h"
+
+namespace {
+
+/// The files that the manifests of the packages list. The lines between them do no harm.
+std::set<std::string> ListedBy(const std::vector<std::string>& packages,
+                               const std::string& system_dir) {
+  std::set<std::string> files;
+  for (const std::string& name : packages) {
+    for (const std::string& line : LinesOf(system_dir + "/" + kControl + "/" + name)) {
+      files.insert(std::filesystem::path(line).lexically_normal());
+    }
+  }
+  return files;
+}
+
+/// Is the line "FILE: DAMAGE" about one of the files? Each of them may have a colon in its name.
+bool IsAbout(const std::string& line, const std::set<std::string>& files) {
+  for (size_t end = line.find(": "); end != std::string::npos; end = line.find(": ", end + 1)) {
+    if (files.count(line.substr(0, end)) != 0) return true;
+  }
+  return false;
+}
+
+}  // namespace
 
 Integrity CheckIntegrity(TEVINSInstToc* installed, std::string system_dir, bool sdk) {
   std::ostringstream report;
@@ -8,4 +40,25 @@ Integrity CheckIntegrity(TEVINSInstToc* installed, std::string system_dir, bool 
   const int status =
       TEVInsCheckIntegrityGA(installed, system_dir.data(), report, &verdict, sdk ? 1 : 0);
   return {status, report.str(), verdict.ConvertToChar()};
+}
+
+void RequireWritten(const std::string& system_dir, bool sdk,
+                    const std::vector<std::string>& packages, Log& log) {
+  const auto installed = OpenInstalled(system_dir);
+  const std::set<std::string> files = ListedBy(packages, system_dir);
+  std::istringstream report(CheckIntegrity(installed.get(), system_dir, sdk).report);
+  std::string ours;
+  std::string others;
+  for (std::string line; std::getline(report, line);) {
+    (IsAbout(line, files) ? ours : others) += line + "\n";
+  }
+  if (!others.empty()) {
+    others = "Damaged in " + system_dir + ", but not by this installation:\n" + others;
+    log.Write(others);
+    Complain(others);
+  }
+  if (ours.empty()) return;
+  ours = "What was written to " + system_dir + " is not what the manifests say:\n" + ours;
+  log.Write(ours);
+  throw Refusal(ours);
 }

@@ -4,6 +4,9 @@
 #include <kwinstutil/kwinstutil.h>
 
 #include <string>
+#include <vector>
+
+#include "log.h"
 
 /// What the library finds when it compares the installed files with their manifests.
 struct Integrity {
@@ -13,5 +16,10 @@ struct Integrity {
 };
 
 Integrity CheckIntegrity(TEVINSInstToc* installed, std::string system_dir, bool sdk);
+
+/// Compares the installed files with their manifests. Throws a Refusal that names each damaged file
+/// that one of these packages lists. Other damage is told and logged, and is no failure.
+void RequireWritten(const std::string& system_dir, bool sdk,
+                    const std::vector<std::string>& packages, Log& log);
 
 #endif  // KWBATCH_INTEGRITY_H_

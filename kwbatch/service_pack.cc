@@ -6,6 +6,7 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "integrity.h"
 #include "languages.h"
 #include "log.h"
 #include "medium.h"
@@ -50,6 +51,7 @@ void ServicePack(const Options& options) {
     const DirectoryModes kept(pack);
     Transfer(medium, pack.journal.pack, request.target, languages, log);
   }
+  RequireWritten(pack.system_dir, IsSdk(medium), {pack.journal.pack}, log);
   RunPostInstall(pack, log);
   DeleteLeftovers(pack);
   Delete(pack.In(kInterruptedPack));

@@ -44,6 +44,11 @@ grep -qF "$(df -k -i 2>/dev/null | head -n 1)" "$work/scratch/kwinst.log" ||
 # kill has left of their record.
 : >"$work/broken/aix_a/NLS.txt"
 cp "$medium/aix_a/Modeler.Z" "$work/damaged"
+sed -i 's/drawings and sheets/drawings and sleets/' "$work/damaged/Drafting"
+expect_refusal 'code/bin/TEVDrafting: content has changed' install "$work/damaged" "$work/broken"
+expect_refusal 'code/bin/TEVDrafting: content has changed' install "$work/damaged" "$work/broken"
+cp "$medium/aix_a/Drafting" "$work/damaged"
+tar -xf "$work/damaged/Drafting" -C "$work/broken" aix_a/code/bin/TEVDrafting
 run 0 install "$work/damaged" "$work/broken"
 cmp "$medium/aix_a/TOC" "$work/broken/aix_a/control/PRESENT" || fail 'PRESENT after a failure'
 printf 'French\n\n' | cmp - "$work/broken/aix_a/NLS.txt" || fail 'the languages after a failure'

@@ -52,7 +52,10 @@ expect_content committed tree
 run 1 hot-fix "$media/sp2" "$work/tree"
 run 1 service-pack "$media/hf1" "$work/tree"
 expect_check 0 'may be installed' hf1 tree
+rm "$system/code/bin/TEVDrafting"
 run 0 hot-fix "$media/hf1" "$work/tree"
+expect_text 'code/bin/TEVDrafting: is missing'
+tar -xf "$media/ga/aix_a/Drafting" -C "$work/tree" aix_a/code/bin/TEVDrafting
 run 0 verify "$work/tree"
 expect_check 1 'already installed' hf1 tree
 expect_check 1 'HF1' hf2 tree
