@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "archive.h"
 #include "files.h"
 #include "formats.h"
 #include "installable.h"
@@ -34,6 +35,9 @@ Medium InstallableUpdate(std::vector<Medium> media, const Request& request, bool
   if (const auto journal = Journal::Read(system_dir)) CutFragment(system_dir, journal->table_size);
   RequireInstallable(medium, request.target,
                      CodeTreeFor(medium, request.target, request.code_tree));
+  if (hot_fix) {
+    RequireRealDirectories(MembersOf(ArchiveOf(medium.dir, UpdateName(medium))), request.target);
+  }
   return std::move(medium);
 }
 

@@ -6,6 +6,7 @@
 #include <set>
 #include <utility>
 
+#include "archive.h"
 #include "formats.h"
 #include "installable.h"
 #include "journal.h"
@@ -112,7 +113,10 @@ Plan MakePlan(const Request& request, std::vector<Medium> media) {
   for (const Medium& medium : plan.media) {
     AddMissing(medium, target, plan.request.code_tree, plan.components);
   }
-  for (const Component& component : plan.components) archives.push_back(component.archive);
+  for (const Component& component : plan.components) {
+    RequireRealDirectories(MembersOf(component.archive), target);
+    archives.push_back(component.archive);
+  }
   RequireSpace(archives, target);
   if (plan.media.front().kind == MediumKind::kProducts) plan.ports = ChoosePorts(request.ports);
   if (!request.satellite.empty()) RequireSatellite(request.satellite, target);

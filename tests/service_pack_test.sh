@@ -43,7 +43,9 @@ expect_refusal TEVModeler.beforeSPK service-pack "$media/sp2" "$work/tree"
 rm "$system/code/bin/TEVModeler.beforeSPK"
 mv "$system/code/bin" "$work/elsewhere"
 ln -s "$work/elsewhere" "$system/code/bin"
-expect_refusal 'symbolic link' service-pack "$media/sp2" "$work/tree"
+expect_refusal 'aix_a/code/bin is a symbolic link' service-pack "$media/sp2" "$work/tree"
+expect_check 1 'aix_a/code/bin is a symbolic link' hf1 tree
+run 1 hot-fix "$media/hf1" "$work/tree"
 rm "$system/code/bin"
 mv "$work/elsewhere" "$system/code/bin"
 expect_content committed tree
