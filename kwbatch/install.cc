@@ -15,11 +15,13 @@
 #include "languages.h"
 #include "log.h"
 #include "medium.h"
+#include "pack.h"
 #include "plan.h"
 #include "ports.h"
 #include "refusal.h"
 #include "request.h"
 #include "satellite.h"
+#include "service_pack.h"
 #include "settings.h"
 #include "setup.h"
 #include "system_files.h"
@@ -144,6 +146,10 @@ void Install(const Options& options) {
   TransferAll(plan, languages, log);
   for (const auto& [medium, mask] : languages) {
     RemoveOtherLanguages(SystemDir(*medium, request.target), mask);
+  }
+  for (const Medium& medium : plan.packs) {
+    Pack pack = PackToInstall(medium, request.target);
+    InstallPack(medium, request.target, pack, log);
   }
   for (const Medium& medium : plan.media) {
     const std::string system_dir = SystemDir(medium, request.target);

@@ -42,6 +42,20 @@ Integrity CheckIntegrity(TEVINSInstToc* installed, std::string system_dir, bool 
   return {status, report.str(), verdict.ConvertToChar()};
 }
 
+/// What is installed later counts first. So the table is compared without the products.
+bool PacksAreInPlace(const std::string& system_dir, bool sdk) {
+  std::string updates;
+  for (const std::string& line : LinesOf(system_dir + "/" + kPresent)) {
+    const std::string kind = line.substr(line.find(':') + 1, 4);
+    if (kind == "SPK:" || kind == "FSP:" || kind == "HFX:") updates += line + "\n";
+  }
+  const TemporaryDirectory temp;
+  std::filesystem::create_directory(temp.path() + "/" + kControl);
+  Write(temp.path() + "/" + kPresent, updates);
+  const auto installed = OpenInstalled(temp.path());
+  return installed == nullptr || CheckIntegrity(installed.get(), system_dir, sdk).status != -3;
+}
+
 void RequireWritten(const std::string& system_dir, bool sdk,
                     const std::vector<std::string>& packages, Log& log) {
   const auto installed = OpenInstalled(system_dir);

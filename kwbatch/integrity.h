@@ -17,6 +17,10 @@ struct Integrity {
 
 Integrity CheckIntegrity(TEVINSInstToc* installed, std::string system_dir, bool sdk);
 
+/// Are the files of the service packs and hot fixes there, whatever else was installed after them?
+/// False when one of a service pack is not.
+bool PacksAreInPlace(const std::string& system_dir, bool sdk);
+
 /// Compares the installed files with their manifests. Throws a Refusal that names each damaged file
 /// that one of these packages lists. Other damage is told and logged, and is no failure.
 void RequireWritten(const std::string& system_dir, bool sdk,

@@ -47,6 +47,7 @@ constexpr OptionName kCode{"code"};
 constexpr OptionName kLanguages{"languages"};
 constexpr OptionName kFonts{"fonts"};
 constexpr OptionName kSatellite{"satellite"};
+constexpr OptionName kWithPack{"with-pack"};
 constexpr OptionName kNoServices{"no-services"};
 constexpr OptionName kBbPort{"bb-port"};
 constexpr OptionName kRunPort{"run-port"};

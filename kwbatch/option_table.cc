@@ -30,6 +30,8 @@ const std::vector<OptionGroup>& OptionGroups() {
        {{option::kLanguages, "LIST",
          "languages beside English: all, none, or some with commas between"},
         {option::kFonts, nullptr, "keep the language-indexed fonts too; all languages imply it"},
+        {option::kWithPack, "MEDIUM",
+         "install the service pack of MEDIUM again, above what is added"},
         {option::kSatellite, "MEDIUM", "install the rendering satellite of MEDIUM too"}}},
       {"Services and ports",
        installs,

@@ -9,8 +9,10 @@
 #include "archive.h"
 #include "formats.h"
 #include "installable.h"
+#include "integrity.h"
 #include "journal.h"
 #include "languages.h"
+#include "pack.h"
 #include "paths.h"
 #include "refusal.h"
 #include "satellite.h"
@@ -59,8 +61,7 @@ void RequireSameMedium(const Unfinished& unfinished, const Medium& medium,
   }
   for (const std::string& name : unfinished.packages) {
     if (held.count(name) != 0) continue;
-    throw Refusal("The installation of " + unfinished.medium + " in " + system_dir +
-                  " is not finished. Repeat it first.\n");
+    throw unfinished.NotFinished(system_dir);
   }
 }
 
@@ -70,8 +71,11 @@ std::vector<Medium> Installable(std::vector<Medium> media, const Request& reques
   std::string reason;
   for (Medium& medium : media) {
     const std::string system_dir = SystemDir(medium, request.target);
-    if (const auto journal = Journal::Read(system_dir)) throw journal->NotFinished(system_dir);
     const auto unfinished = Unfinished::Read(system_dir);
+    const auto journal = Journal::Read(system_dir);
+    // A pack that goes on again above what is added is part of the installation.
+    const bool repairing = unfinished && journal && journal->phase == Journal::Phase::kRepairing;
+    if (journal && !repairing) throw journal->NotFinished(system_dir);
     if (unfinished) RequireSameMedium(*unfinished, medium, system_dir);
     try {
       RequireInstallable(medium, request.target, request.code_tree);
@@ -84,6 +88,34 @@ std::vector<Medium> Installable(std::vector<Medium> media, const Request& reques
   }
   if (installable.empty()) throw Refusal(reason);
   return installable;
+}
+
+/// The service pack that must go on again above what is added to a system directory, if there is
+/// one: the older files replace those of the pack. Throws a Refusal without its medium.
+void AddPackAbove(const Medium& medium, Plan& plan) {
+  const std::string system_dir = SystemDir(medium, plan.request.target);
+  const auto installed = OpenInstalled(system_dir);
+  const int level = installed == nullptr ? 0 : installed->GetSPKLevel(1);
+  const bool adds = std::any_of(plan.components.begin(), plan.components.end(),
+                                [&medium](const Component& c) { return c.medium == &medium; });
+  const bool repairing = Journal::Read(system_dir).has_value();
+  const bool in_place = !adds && !repairing && PacksAreInPlace(system_dir, IsSdk(medium));
+  if ((level <= 0 && !repairing) || medium.kind == MediumKind::kSamples || in_place) return;
+  const std::string& with_pack = plan.request.with_pack;
+  if (with_pack.empty()) {
+    throw Refusal("A service pack is installed in " + system_dir +
+                  ", whose files would be replaced by older ones: give its medium with "
+                  "--with-pack.\n");
+  }
+  Medium pack = std::move(OpenMedium(with_pack, medium.os).front());
+  const bool is_pack = IsUpdate(pack.kind) && pack.kind != MediumKind::kHotFix;
+  if (!is_pack || IsSdk(pack) != IsSdk(medium) ||
+      (!repairing && pack.toc->GetSPKLevel(1) != level)) {
+    throw Refusal("The medium " + with_pack + " is not that of the service pack in " + system_dir +
+                  ".\n");
+  }
+  RequireRealDirectories(MembersOf(ArchiveOf(pack.dir, UpdateName(pack))), plan.request.target);
+  plan.packs.push_back(std::move(pack));
 }
 
 }  // namespace
@@ -113,6 +145,7 @@ Plan MakePlan(const Request& request, std::vector<Medium> media) {
   for (const Medium& medium : plan.media) {
     AddMissing(medium, target, plan.request.code_tree, plan.components);
   }
+  for (const Medium& medium : plan.media) AddPackAbove(medium, plan);
   for (const Component& component : plan.components) {
     RequireRealDirectories(MembersOf(component.archive), target);
     archives.push_back(component.archive);

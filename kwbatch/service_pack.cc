@@ -1,3 +1,5 @@
+#include "service_pack.h"
+
 #include <kwinstutil/kwinstutil.h>
 
 #include <string>
@@ -8,9 +10,6 @@
 #include "formats.h"
 #include "integrity.h"
 #include "languages.h"
-#include "log.h"
-#include "medium.h"
-#include "pack.h"
 #include "pack_files.h"
 #include "request.h"
 #include "transfer.h"
@@ -32,24 +31,22 @@ void RunPostInstall(const Pack& pack, Log& log) {
 
 }  // namespace
 
-void ServicePack(const Options& options) {
-  const Request request = RequestOf(options);
-  const Medium medium = InstallableUpdate(OpenMedium(request.medium, request.os), request, false);
-  Pack pack = PackToInstall(medium, request.target);
-  Log log(request.log, " service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+void InstallPack(const Medium& medium, const std::string& target, Pack& pack, Log& log) {
   const bool repair = pack.journal.phase == Phase::kRepairing;
-
   pack.Enter(pack.journal.phase);
   MarkInterrupted(pack);
   if (!repair) {
     RecordPending(pack);
     Save(medium, pack);
   }
+  for (const std::string& line : pack.journal.table_lines) {
+    if (line.find(":HFX:") != std::string::npos) Say("To be installed again afterwards: " + line);
+  }
   PruneTable(pack);
-  const int languages = InstalledLanguages(medium, request.target);
+  const int languages = InstalledLanguages(medium, target);
   {
     const DirectoryModes kept(pack);
-    Transfer(medium, pack.journal.pack, request.target, languages, log);
+    Transfer(medium, pack.journal.pack, target, languages, log);
   }
   RequireWritten(pack.system_dir, IsSdk(medium), {pack.journal.pack}, log);
   RunPostInstall(pack, log);
@@ -62,7 +59,15 @@ void ServicePack(const Options& options) {
   } else {
     pack.Enter(Phase::kPending);
   }
-  log.Succeeded();
   Say("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
       (repair ? "." : ", and waits for a commit."));
+}
+
+void ServicePack(const Options& options) {
+  const Request request = RequestOf(options);
+  const Medium medium = InstallableUpdate(OpenMedium(request.medium, request.os), request, false);
+  Pack pack = PackToInstall(medium, request.target);
+  Log log(request.log, " service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+  InstallPack(medium, request.target, pack, log);
+  log.Succeeded();
 }

@@ -39,6 +39,11 @@ void Unfinished::Write(const std::string& system_dir) const {
   WriteDurably(PathIn(system_dir), text.str());
 }
 
+Refusal Unfinished::NotFinished(const std::string& system_dir) const {
+  return Refusal("The installation of " + (medium.empty() ? "a medium" : medium) + " in " +
+                 system_dir + " is not finished. Repeat it first.\n");
+}
+
 void Unfinished::Delete(const std::string& system_dir) {
   SyncFileSystem(system_dir);
   ::Delete(PathIn(system_dir));

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "refusal.h"
+
 /// What was asked for by an installation that has not come to its end: a file in the system
 /// directory. While it exists, the same command takes the installation up again, from what stands
 /// there.
@@ -16,6 +18,9 @@ struct Unfinished {
 
   /// Writes the record durably; the directory `control` must exist. Throws a Refusal.
   void Write(const std::string& system_dir) const;
+
+  /// The refusal of anything but what brings the installation to its end.
+  Refusal NotFinished(const std::string& system_dir) const;
 
   /// Deletes the record once the disk has everything. Throws a Refusal when it stays.
   static void Delete(const std::string& system_dir);

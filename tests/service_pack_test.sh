@@ -64,3 +64,25 @@ expect_check 1 'HF1' hf2 tree
 run 0 service-pack "$media/sp2" "$work/tree"
 expect_check 1 'already installed' sp2 tree
 expect_check 1 'level 2' sp1 tree
+
+# Products that are added below a service pack, which goes on again above them.
+cp -r "$media/ga/aix_a" "$work/few"
+sed -i /Modeler/d "$work/few/TOC"
+run 0 install "$work/few" "$work/late"
+touch "$work/late/aix_a/control/Install.unfinished"
+expect_refusal 'not finished' service-pack "$media/sp1" "$work/late"
+expect_refusal 'not finished' hot-fix "$media/hf1" "$work/late"
+rm "$work/late/aix_a/control/Install.unfinished"
+run 0 service-pack "$media/sp1" "$work/late"
+run 0 commit "$work/late"
+run 0 hot-fix "$media/hf1" "$work/late"
+expect_refusal '--with-pack' install "$media/ga/aix_a" "$work/late"
+expect_refusal 'not that of' install "$media/ga/aix_a" "$work/late" --with-pack "$media/sp2"
+run 0 install "$media/ga/aix_a" "$work/late" --with-pack "$media/sp1"
+run 0 verify "$work/late"
+grep -q 'service pack 1, from' "$work/late/aix_a/code/bin/TEVModeler" || fail 'an older file'
+run 0 hot-fix "$media/hf1" "$work/late"
+# Files of the pack that were replaced by older ones.
+tar -xf "$media/ga/aix_a/BASE" -C "$work/late" aix_a/code/bin/TEVSysDemon
+run 0 service-pack "$media/sp1" "$work/late"
+run 0 verify "$work/late"
