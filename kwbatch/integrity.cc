@@ -1,7 +1,6 @@
 #include "integrity.h"
 
 #include <filesystem>
-#include <set>
 #include <sstream>
 
 #include "console.h"
@@ -10,9 +9,6 @@
 #include "refusal.h"
 #include "tree.h"
 
-namespace {
-
-/// The files that the manifests of the packages list. The lines between them do no harm.
 std::set<std::string> ListedBy(const std::vector<std::string>& packages,
                                const std::string& system_dir) {
   std::set<std::string> files;
@@ -23,16 +19,6 @@ std::set<std::string> ListedBy(const std::vector<std::string>& packages,
   }
   return files;
 }
-
-/// Is the line "FILE: DAMAGE" about one of the files? Each of them may have a colon in its name.
-bool IsAbout(const std::string& line, const std::set<std::string>& files) {
-  for (size_t end = line.find(": "); end != std::string::npos; end = line.find(": ", end + 1)) {
-    if (files.count(line.substr(0, end)) != 0) return true;
-  }
-  return false;
-}
-
-}  // namespace
 
 Integrity CheckIntegrity(TEVINSInstToc* installed, std::string system_dir, bool sdk) {
   std::ostringstream report;
@@ -64,10 +50,10 @@ void RequireWritten(const std::string& system_dir, bool sdk,
   std::string ours;
   std::string others;
   for (std::string line; std::getline(report, line);) {
-    (IsAbout(line, files) ? ours : others) += line + "\n";
+    (FileIn(line, files).empty() ? others : ours) += line + "\n";
   }
   if (!others.empty()) {
-    others = "Damaged in " + system_dir + ", but not by this installation:\n" + others;
+    others = "Other files in " + system_dir + " are damaged:\n" + others;
     log.Write(others);
     Complain(others);
   }

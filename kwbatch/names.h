@@ -23,6 +23,7 @@ namespace command {
 constexpr CommandName kInstall{"install"};
 constexpr CommandName kCheck{"check"};
 constexpr CommandName kVerify{"verify"};
+constexpr CommandName kRepair{"repair"};
 constexpr CommandName kServicePack{"service-pack"};
 constexpr CommandName kCommit{"commit"};
 constexpr CommandName kUndoServicePack{"undo-service-pack"};

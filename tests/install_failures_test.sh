@@ -37,6 +37,7 @@ cp "$medium/aix_a/BASE" "$work/damaged"
 [[ ! -e $work/broken ]] || fail 'a damaged archive was unpacked'
 # A transfer that fails.
 mkdir "$work/bin"
+# shellcheck disable=SC2016
 printf '%s\n' '#!/bin/sh' '[ "$1 $2" = "-xf -" ] || exec /bin/tar "$@"' 'echo tar: no >&2' \
   'exit 2' >"$work/bin/tar"
 chmod +x "$work/bin/tar"
@@ -64,7 +65,7 @@ sed -i 's/drawings and sheets/drawings and sleets/' "$work/damaged/Drafting"
 expect_refusal 'code/bin/TEVDrafting: content has changed' install "$work/damaged" "$work/broken"
 expect_refusal 'code/bin/TEVDrafting: content has changed' install "$work/damaged" "$work/broken"
 cp "$medium/aix_a/Drafting" "$work/damaged"
-tar -xf "$work/damaged/Drafting" -C "$work/broken" aix_a/code/bin/TEVDrafting
+run 0 repair "$work/damaged" "$work/broken"
 run 0 install "$work/damaged" "$work/broken"
 cmp "$medium/aix_a/TOC" "$work/broken/aix_a/control/PRESENT" || fail 'PRESENT after a failure'
 printf 'French\n\n' | cmp - "$work/broken/aix_a/NLS.txt" || fail 'the languages after a failure'

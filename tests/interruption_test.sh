@@ -44,6 +44,14 @@ expect_content committed tree
 # A committed pack that is set over a damaged file stays committed.
 rm "$system/code/bin/TEVRepair"
 expect_refusal 'code/bin/TEVRepair: is missing' verify "$work/tree"
+expect_text "kwbatch repair MEDIUM $work/tree"
+# Each file is put back from the medium that it should be as.
+echo changed >"$system/code/bin/TEVDrafting"
+run 0 repair "$media/ga" "$work/tree"
+expect_text 'code/bin/TEVRepair: is missing'
+run 0 repair "$media/sp1" "$work/tree"
+expect_content committed tree
+rm "$system/code/bin/TEVRepair"
 expect_check 1 'again' hf1 tree
 expect_check 0 'may be installed' sp1 tree
 run_interrupted service-pack "$media/sp1" "$work/tree"
