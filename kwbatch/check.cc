@@ -42,7 +42,8 @@ void CheckUpdate(const Request& request, std::vector<Medium> media) {
 /// For all other media.
 void CheckInstallation(const Options& options, const Request& request, std::vector<Medium> media) {
   for (const Medium& medium : media) {
-    if (IsUnfinished(medium, request.target) && HasFragment(SystemDir(medium, request.target))) {
+    if (Unfinished::Read(SystemDir(medium, request.target)) &&
+        HasFragment(SystemDir(medium, request.target))) {
       return TellInterrupted(medium, request.target);
     }
   }

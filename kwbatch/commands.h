@@ -16,6 +16,9 @@ void Check(const Options& options);
 /// "verify": reports each missing or damaged file of the target.
 void Verify(const Options& options);
 
+/// "repair": puts back the missing and damaged files of the target that a medium has.
+void Repair(const Options& options);
+
 /// "service-pack": sets aside the files that a service pack replaces, installs it and runs its
 /// post-install programs. It is then pending.
 void ServicePack(const Options& options);

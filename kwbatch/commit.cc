@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "console.h"
+#include "files.h"
 #include "pack.h"
 #include "pack_files.h"
 #include "request.h"
@@ -10,9 +11,11 @@ void Commit(const Options& options) {
         pack.journal.phase != Journal::Phase::kCommitting) {
       throw pack.journal.NotFinished(pack.system_dir);
     }
+    SyncFileSystem(pack.system_dir);
     pack.Enter(Journal::Phase::kCommitting);
     DeleteSaved(pack);
     DeleteRecords(pack);
+    SyncFileSystem(pack.system_dir);
     Say("Service pack " + pack.journal.pack + " in " + pack.system_dir + " is committed.");
   }
 }

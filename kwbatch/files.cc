@@ -1,7 +1,9 @@
 #include "files.h"
 
+#include <fcntl.h>
 #include <kb0core/TEVFile.h>
 #include <kwinstutil/kwinstutil.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -11,6 +13,18 @@
 #include <system_error>
 
 #include "refusal.h"
+
+namespace {
+
+/// Opens what is there and has it written to the disk by `sync`.
+bool Sync(const std::string& path, int (*sync)(int)) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const bool synced = file >= 0 && sync(file) == 0;
+  if (file >= 0) close(file);
+  return synced;
+}
+
+}  // namespace
 
 bool Exists(const std::string& path) { return TEVFileAccess(path.c_str(), 0) == 0; }
 
@@ -30,6 +44,22 @@ void Delete(const std::string& path) {
 void Write(const std::string& path, const std::string& text) {
   Delete(path);
   if (!AppendToFile(path, text)) throw Refusal("The file " + path + " cannot be written.\n");
+}
+
+void WriteDurably(const std::string& path, const std::string& text) {
+  const std::string fresh = path + ".new";
+  Delete(fresh);
+  if (AppendToFile(fresh, text) && Sync(fresh, fsync) &&
+      TEVRenameFile(fresh.c_str(), path.c_str()) == 0 &&
+      Sync(std::filesystem::path(path).parent_path(), fsync)) {
+    return;
+  }
+  TEVDeleteFile(fresh.c_str());
+  throw Refusal("The file " + path + " cannot be written.\n");
+}
+
+void SyncFileSystem(const std::string& dir) {
+  if (!Sync(dir, syncfs)) throw Refusal("The disk of " + dir + " does not take what is written.\n");
 }
 
 bool AppendToFile(const std::string& path, const std::string& text) {

@@ -20,6 +20,13 @@ void Delete(const std::string& path);
 /// Makes a file of this text, in place of an earlier one. Throws a Refusal.
 void Write(const std::string& path, const std::string& text);
 
+/// Replaces a file by one of this text. Whatever ends the process or the machine, the old file or
+/// the whole new one is there. Throws a Refusal.
+void WriteDurably(const std::string& path, const std::string& text);
+
+/// Waits until the disk has all that was written to the file system of `dir`. Throws a Refusal.
+void SyncFileSystem(const std::string& dir);
+
 /// Adds `text` to the end of a file, which is created if missing. False when it cannot be stored.
 bool AppendToFile(const std::string& path, const std::string& text);
 

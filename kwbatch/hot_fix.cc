@@ -1,5 +1,7 @@
 #include "commands.h"
 #include "console.h"
+#include "files.h"
+#include "integrity.h"
 #include "languages.h"
 #include "log.h"
 #include "medium.h"
@@ -15,6 +17,8 @@ void HotFix(const Options& options) {
   const std::string name = UpdateName(medium);
   Log log(request.log, " hot fix " + name + " in " + target + "\n");
   Transfer(medium, name, target, InstalledLanguages(medium, target), log);
+  RequireWritten(SystemDir(medium, target), false, {name}, log);
+  SyncFileSystem(SystemDir(medium, target));
   log.Succeeded();
   Say("Hot fix " + name + " is installed in " + SystemDir(medium, target) + ".");
 }

@@ -1,6 +1,7 @@
 #include <kb0core/TEVFile.h>
 #include <kwinstutil/kwinstutil.h>
 
+#include <algorithm>
 #include <map>
 #include <string>
 #include <utility>
@@ -10,14 +11,17 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "integrity.h"
 #include "languages.h"
 #include "log.h"
 #include "medium.h"
+#include "pack.h"
 #include "plan.h"
 #include "ports.h"
 #include "refusal.h"
 #include "request.h"
 #include "satellite.h"
+#include "service_pack.h"
 #include "settings.h"
 #include "setup.h"
 #include "system_files.h"
@@ -32,15 +36,29 @@ using LanguagesBySystem = std::map<const Medium*, int>;
 /// Brings what an interrupted run has left into a state from which this one can go on.
 void TakeUp(const std::vector<Medium>& media, const std::string& target) {
   for (const Medium& medium : media) {
-    if (!IsUnfinished(medium, target)) continue;
+    if (!Unfinished::Read(SystemDir(medium, target))) continue;
     CutFragment(SystemDir(medium, target), 0);
     RestoreSystemFiles();
   }
 }
 
+/// Writes down what is asked for in a system directory, beside what was before.
+void Begin(const Plan& plan, const Medium& medium, int languages) {
+  const std::string system_dir = SystemDir(medium, plan.request.target);
+  const auto before = Unfinished::Read(system_dir);
+  Unfinished record{medium.dir, languages, before ? before->packages : std::vector<std::string>()};
+  std::vector<std::string>& packages = record.packages;
+  for (const Component& component : plan.components) {
+    if (component.medium != &medium) continue;
+    if (std::count(packages.begin(), packages.end(), component.name) > 0) continue;
+    packages.push_back(component.name);
+  }
+  record.Write(system_dir);
+}
+
 /// Makes the system directories with a table each, at first an empty one: with that, an
 /// installation that fails can be taken up again.
-void MakeTree(const Plan& plan) {
+void MakeTree(const Plan& plan, const LanguagesBySystem& languages) {
   const Request& request = plan.request;
   for (const Medium& medium : plan.media) {
     const std::string system_dir = SystemDir(medium, request.target);
@@ -50,7 +68,7 @@ void MakeTree(const Plan& plan) {
         !AppendToFile(system_dir + "/" + kPresent, "")) {
       throw Refusal("The directory " + control + " cannot be made.\n");
     }
-    BeginInstallation(medium, request.target, request.medium);
+    Begin(plan, medium, languages.at(&medium));
   }
   if (IsSdk(plan.media.front())) {
     WriteLine(request.target + "/" + kCodePointer, request.code_tree);
@@ -61,7 +79,7 @@ void MakeTree(const Plan& plan) {
   for (const std::string& system : AllSystems(plan.media, request.target)) {
     list += (list.empty() ? "" : "\n") + system;
   }
-  WriteLine(request.target + "/" + kSystemList, list);
+  WriteDurably(request.target + "/" + kSystemList, list + "\n");
 }
 
 void TransferAll(const Plan& plan, const LanguagesBySystem& languages, Log& log) {
@@ -104,7 +122,7 @@ bool Finish(const Plan& plan, Log& log) {
   bool set_up = true;
   for (const Medium& medium : plan.media) {
     if (products) set_up = RunSetup(SystemDir(medium, target), log) && set_up;
-    EndInstallation(medium, target);
+    Unfinished::Delete(SystemDir(medium, target));
   }
   return set_up;
 }
@@ -122,16 +140,26 @@ void Install(const Options& options) {
   ExportSettings(options);
   Say("Medium " + request.medium);
   Log log(request.log, " installation of " + request.medium + " in " + request.target + "\n");
-  MakeTree(plan);
   LanguagesBySystem languages;
   for (const Medium& medium : plan.media) {
-    languages[&medium] = RecordLanguages(medium, request.target, plan.languages, log);
+    languages[&medium] = LanguagesToInstall(medium, request.target, plan.languages);
   }
+  MakeTree(plan, languages);
+  for (const auto& [medium, mask] : languages) RecordLanguages(*medium, request.target, mask, log);
   TransferAll(plan, languages, log);
   for (const auto& [medium, mask] : languages) {
     RemoveOtherLanguages(SystemDir(*medium, request.target), mask);
   }
-  const bool set_up = Finish(plan, log);
+  bool set_up = true;
+  for (const Medium& medium : plan.packs) {
+    Pack pack = PackToInstall(medium, request.target);
+    set_up = InstallPack(medium, request.target, pack, log) && set_up;
+  }
+  for (const Medium& medium : plan.media) {
+    const std::string system_dir = SystemDir(medium, request.target);
+    RequireWritten(system_dir, IsSdk(medium), Unfinished::Read(system_dir)->packages, log);
+  }
+  set_up = Finish(plan, log) && set_up;
   log.Succeeded();
   Summarize(plan.media, request.target);
   Say(std::string("The log is ") + log.FileName());

@@ -127,7 +127,7 @@ void RequirePackLevel(const Medium& medium, TEVINSInstToc* installed, std::strin
   Require(allowed > 0, message);
   if (level > installed_level) return;
 
-  if (CheckIntegrity(installed, system_dir, IsSdk(medium)).status == -3) return;
+  if (!PacksAreInPlace(system_dir, IsSdk(medium))) return;
   const TEVINSType type = IsSdk(medium) ? zeb2 : code;
   message = ("Service pack level " + std::to_string(level) + " is already installed.\n").c_str();
   TEVInsCheckInstallSPK(type, installed, medium.toc.get(), &message);

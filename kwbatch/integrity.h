@@ -3,7 +3,11 @@
 
 #include <kwinstutil/kwinstutil.h>
 
+#include <set>
 #include <string>
+#include <vector>
+
+#include "log.h"
 
 /// What the library finds when it compares the installed files with their manifests.
 struct Integrity {
@@ -13,5 +17,28 @@ struct Integrity {
 };
 
 Integrity CheckIntegrity(TEVINSInstToc* installed, std::string system_dir, bool sdk);
+
+/// The files that the manifests of the packages list, and the lines between them, which name none.
+std::set<std::string> ListedBy(const std::vector<std::string>& packages,
+                               const std::string& system_dir);
+
+/// The one of the files that a line of the report, "FILE: DAMAGE", is about, or an empty text. A
+/// file may have a colon in its name.
+template <typename Files>
+std::string FileIn(const std::string& line, const Files& files) {
+  for (size_t end = line.find(": "); end != std::string::npos; end = line.find(": ", end + 1)) {
+    if (files.count(line.substr(0, end)) != 0) return line.substr(0, end);
+  }
+  return "";
+}
+
+/// Are the files of the service packs and hot fixes there, whatever else was installed after them?
+/// False when one of a service pack is not.
+bool PacksAreInPlace(const std::string& system_dir, bool sdk);
+
+/// Compares the installed files with their manifests. Throws a Refusal that names each damaged file
+/// that one of these packages lists. Other damage is told and logged, and is no failure.
+void RequireWritten(const std::string& system_dir, bool sdk,
+                    const std::vector<std::string>& packages, Log& log);
 
 #endif  // KWBATCH_INTEGRITY_H_

@@ -4,14 +4,33 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <sstream>
 
+#include "files.h"
+#include "formats.h"
 #include "paths.h"
 #include "refusal.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
 constexpr const char* kPhases[] = {"installing", "pending", "repairing", "undoing", "committing"};
+
+constexpr const char* kEnd = "end";
+
+/// Has a service pack begun to change the system directory? It marks the directory before that.
+bool HasBegun(const std::string& system_dir) {
+  if (IsThere(system_dir + "/" + kInterruptedPack) || IsThere(system_dir + "/" + kPendingPacks)) {
+    return true;
+  }
+  for (const auto& entry : fs::recursive_directory_iterator(system_dir)) {
+    if (entry.path().extension() == kSavedSuffix) return true;
+  }
+  return false;
+}
 
 /// The list that a line's first word stands for, or null.
 std::vector<std::string>* ListOf(Journal& journal, const std::string& word) {
@@ -60,10 +79,16 @@ std::optional<Journal> Journal::Read(const std::string& system_dir) {
     throw Refusal("The file " + JournalPath(system_dir) + " cannot be read.\n");
   }
   Journal journal;
-  for (std::string line; std::getline(file, line);) {
-    if (!Take(line, journal)) {
-      throw Refusal("The file " + JournalPath(system_dir) + " cannot be understood.\n");
-    }
+  bool whole = false;
+  for (std::string line; !whole && std::getline(file, line);) {
+    whole = line == kEnd;
+    if (whole || Take(line, journal)) continue;
+    break;
+  }
+  if (!whole && !HasBegun(system_dir)) return std::nullopt;
+  if (!whole) {
+    throw Refusal("The file " + JournalPath(system_dir) +
+                  " is damaged, so nobody can tell what the service pack has changed.\n");
   }
   RequirePlainName("service pack", journal.pack);
   return journal;
@@ -79,16 +104,12 @@ Refusal Journal::NotFinished(const std::string& system_dir) const {
 }
 
 void Journal::Write(const std::string& system_dir) const {
-  const std::string path = JournalPath(system_dir);
-  const std::string fresh = path + ".new";
-  std::ofstream file(fresh);
+  std::ostringstream file;
   file << kPhases[static_cast<int>(phase)] << ' ' << pack << "\nsize " << table_size << '\n';
   for (const std::string& name : saved_files) file << "saved " << name << '\n';
   for (const std::string& name : new_files) file << "new " << name << '\n';
   for (const std::string& name : new_directories) file << "directory " << name << '\n';
   for (const std::string& line : table_lines) file << "line " << line << '\n';
-  file.close();
-  if (file && TEVRenameFile(fresh.c_str(), path.c_str()) == 0) return;
-  TEVDeleteFile(fresh.c_str());
-  throw Refusal("The file " + path + " cannot be written.\n");
+  file << kEnd << '\n';
+  WriteDurably(JournalPath(system_dir), file.str());
 }

@@ -19,14 +19,15 @@ struct Journal {
     kCommitting,  ///< its saved files are being deleted
   };
 
-  /// Reads the journal of a system directory; no value without a file. Throws a Refusal for one
-  /// that cannot be read or understood.
+  /// Reads the journal of a system directory; no value without a file, or when the file is not
+  /// whole and no pack has begun to change anything. Throws a Refusal for one that cannot be read
+  /// or understood.
   static std::optional<Journal> Read(const std::string& system_dir);
 
   /// The refusal of any other work: it says how to finish the pack.
   Refusal NotFinished(const std::string& system_dir) const;
 
-  /// Writes the whole journal, or changes nothing. Throws a Refusal.
+  /// Writes the whole journal durably, or changes nothing. Throws a Refusal.
   void Write(const std::string& system_dir) const;
 
   Phase phase = Phase::kInstalling;

@@ -13,6 +13,7 @@
 #include "formats.h"
 #include "refusal.h"
 #include "tree.h"
+#include "unfinished.h"
 
 namespace fs = std::filesystem;
 
@@ -33,17 +34,6 @@ int LanguageMask(const std::string& list) {
   return mask;
 }
 
-/// The languages for a system: those that it has, or else the chosen ones.
-int LanguagesFor(const Medium& medium, const std::string& target, std::optional<int> chosen) {
-  const std::string record = SystemDir(medium, target) + "/" + kLanguageRecord;
-  if (!Exists(record)) return chosen.value_or(kEverything);
-  const int kept = InstalledLanguages(medium, target);
-  if (chosen && *chosen != kept) {
-    Say("The languages that were chosen before are kept: see " + record);
-  }
-  return kept;
-}
-
 }  // namespace
 
 std::optional<int> ChosenLanguages(const Request& request) {
@@ -57,9 +47,22 @@ int InstalledLanguages(const Medium& medium, std::string target) {
   return IsSdk(medium) ? kEverything : TEVInsInitChosenLang(target.data(), medium.os.c_str());
 }
 
-int RecordLanguages(const Medium& medium, std::string target, std::optional<int> chosen, Log& log) {
+int LanguagesToInstall(const Medium& medium, const std::string& target, std::optional<int> chosen) {
   if (IsSdk(medium)) return kEverything;
-  const int languages = LanguagesFor(medium, target, chosen);
+  const auto unfinished = Unfinished::Read(SystemDir(medium, target));
+  const bool asked_before = unfinished && unfinished->languages;
+  if (!asked_before && !Exists(SystemDir(medium, target) + "/" + kLanguageRecord)) {
+    return chosen.value_or(kEverything);
+  }
+  const int kept = asked_before ? *unfinished->languages : InstalledLanguages(medium, target);
+  if (chosen && *chosen != kept) {
+    Say("The languages that were chosen before are kept in " + SystemDir(medium, target) + ".");
+  }
+  return kept;
+}
+
+void RecordLanguages(const Medium& medium, std::string target, int languages, Log& log) {
+  if (IsSdk(medium)) return;
   TEVUnicodeString message;
   TEVInsCreateNLSFile(target.data(), medium.os.c_str(), languages, message);
   log.Write(message.ConvertToChar());
@@ -68,7 +71,6 @@ int RecordLanguages(const Medium& medium, std::string target, std::optional<int>
       InstalledLanguages(medium, target) != languages) {
     throw Refused(message);
   }
-  return languages;
 }
 
 void RemoveOtherLanguages(const std::string& system_dir, int languages) {

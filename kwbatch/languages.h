@@ -19,9 +19,13 @@ std::optional<int> ChosenLanguages(const Request& request);
 /// record of them.
 int InstalledLanguages(const Medium& medium, std::string target);
 
-/// Records the languages of the medium's system and returns them. Called before any transfer. An
-/// earlier record is kept: the files of other languages are gone. Throws a Refusal.
-int RecordLanguages(const Medium& medium, std::string target, std::optional<int> chosen, Log& log);
+/// The languages to install for the medium's system: those that an unfinished installation was
+/// asked for, or else those that the target has, for the files of the others are gone, or else the
+/// chosen ones, or else all. Throws a Refusal.
+int LanguagesToInstall(const Medium& medium, const std::string& target, std::optional<int> chosen);
+
+/// Records the languages of the medium's system, before anything is left out. Throws a Refusal.
+void RecordLanguages(const Medium& medium, std::string target, int languages, Log& log);
 
 /// Removes what is left of languages that are not in the mask: the library's own removal reports no
 /// failures. Throws a Refusal when one cannot be removed.

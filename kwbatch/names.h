@@ -22,6 +22,7 @@ namespace command {
 constexpr CommandName kInstall{"install"};
 constexpr CommandName kCheck{"check"};
 constexpr CommandName kVerify{"verify"};
+constexpr CommandName kRepair{"repair"};
 constexpr CommandName kServicePack{"service-pack"};
 constexpr CommandName kCommit{"commit"};
 constexpr CommandName kUndoServicePack{"undo-service-pack"};
@@ -47,6 +48,7 @@ constexpr OptionName kIfNeeded{"if-needed"};
 constexpr OptionName kLanguages{"languages"};
 constexpr OptionName kFonts{"fonts"};
 constexpr OptionName kSatellite{"satellite"};
+constexpr OptionName kWithPack{"with-pack"};
 constexpr OptionName kNoServices{"no-services"};
 constexpr OptionName kBbPort{"bb-port"};
 constexpr OptionName kRunPort{"run-port"};

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "archive.h"
 #include "files.h"
 #include "formats.h"
 #include "installable.h"
@@ -11,10 +12,23 @@
 #include "paths.h"
 #include "refusal.h"
 #include "tree.h"
+#include "unfinished.h"
 
 namespace {
 
 using Phase = Journal::Phase;
+
+/// The lines of hot fixes that were installed above the pack. They go with it when it goes on
+/// again, since its files replace theirs.
+std::vector<std::string> HotFixesAbove(const Pack& pack) {
+  std::vector<std::string> lines;
+  bool above = false;
+  for (const std::string& line : LinesOf(pack.In(kPresent))) {
+    above = above || line.find(":SPK:" + pack.journal.pack) != std::string::npos;
+    if (above && line.find(":HFX:") != std::string::npos) lines.push_back(line);
+  }
+  return lines;
+}
 
 }  // namespace
 
@@ -31,9 +45,14 @@ Medium InstallableUpdate(std::vector<Medium> media, const Request& request, bool
   }
   if (media.size() > 1) throw Refusal("The medium is for several systems: choose one with --os.\n");
   const std::string system_dir = SystemDir(medium, request.target);
+  if (const auto unfinished = Unfinished::Read(system_dir))
+    throw unfinished->NotFinished(system_dir);
   if (const auto journal = Journal::Read(system_dir)) CutFragment(system_dir, journal->table_size);
   RequireInstallable(medium, request.target,
                      CodeTreeFor(medium, request.target, request.code_tree));
+  if (hot_fix) {
+    RequireRealDirectories(MembersOf(ArchiveOf(medium.dir, UpdateName(medium))), request.target);
+  }
   return std::move(medium);
 }
 
@@ -60,7 +79,10 @@ Pack PackToInstall(const Medium& medium, const std::string& target) {
   const bool installed =
       OpenInstalled(pack.system_dir)->GetSPKLevel(1) == medium.toc->GetSPKLevel(1);
   // A committed pack stays committed: there is nothing to go back to.
-  if (!journal && installed) pack.journal.phase = Phase::kRepairing;
+  if (!journal && installed) {
+    pack.journal.phase = Phase::kRepairing;
+    for (const std::string& line : HotFixesAbove(pack)) pack.journal.table_lines.push_back(line);
+  }
   if (journal && journal->phase == Phase::kPending) pack.journal.phase = Phase::kInstalling;
   return pack;
 }

@@ -1,13 +1,13 @@
 #include "pack_archive.h"
 
-#include <kwinstutil/kwinstutil.h>
-
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
 #include <set>
+#include <utility>
 #include <vector>
 
+#include "archive.h"
 #include "files.h"
 #include "formats.h"
 #include "refusal.h"
@@ -34,11 +34,6 @@ void RequireListedPath(const std::string& path, const std::string& numbers) {
 /// Notes a file of the pack, and the directories that are made for it. Refuses what the archive or
 /// an earlier pack would not let come back.
 void NoteFile(const std::string& file, const std::string& system_dir, Journal& journal) {
-  for (fs::path dir = fs::path(file).parent_path(); !dir.empty(); dir = dir.parent_path()) {
-    if (!fs::is_symlink(system_dir + "/" + dir.string())) continue;
-    throw Refusal("The directory " + system_dir + "/" + dir.string() +
-                  " is a symbolic link, which the pack would replace.\n");
-  }
   const std::string saved = system_dir + "/" + file + kSavedSuffix;
   if (IsThere(saved)) throw Refusal("Move the file " + saved + " away: it would be lost.\n");
   if (IsThere(system_dir + "/" + file)) {
@@ -66,17 +61,12 @@ struct Contents {
 
 /// `root` is the system directory's path in the archive, with its slash.
 Contents ReadArchive(const std::string& archive, const std::string& root, const std::string& name) {
+  std::vector<std::string> members = MembersOf(archive);
   const TemporaryDirectory temp;
   const std::string list = root + kControl + "/" + name;
-  const bool compressed = IsCompressed(archive);
-  const std::string tar = compressed ? "compress -d -c " + archive + " | tar -" : "tar -";
-  const std::string file = compressed ? "f - " : "f " + archive + " ";
-  std::string command = "cd " + temp.path() + " && " + tar + "x" + file + list + " " + list +
-                        kPackTableSuffix + " && " + tar + "t" + file + "> members";
-  TEVUnicodeString message;
-  if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
+  Unpack(archive, {list, list + kPackTableSuffix}, temp.path());
   return {LinesOf(temp.path() + "/" + list), LinesOf(temp.path() + "/" + list + kPackTableSuffix),
-          LinesOf(temp.path() + "/members")};
+          std::move(members)};
 }
 
 /// The files that the pack brings, below the system directory. Refuses a list that does not name
@@ -105,6 +95,8 @@ std::set<std::string> FilesOf(const Contents& contents, const std::string& root,
 Journal JournalOf(const Medium& medium, const std::string& name, const std::string& system_dir) {
   const std::string root = IsSdk(medium) ? "" : medium.os + "/";
   const Contents contents = ReadArchive(ArchiveOf(medium.dir, name), root, name);
+  RequireRealDirectories(contents.members,
+                         root.empty() ? system_dir : fs::path(system_dir).parent_path().string());
   Journal journal;
   journal.pack = name;
   journal.table_size = static_cast<int64_t>(fs::file_size(system_dir + "/" + kPresent));

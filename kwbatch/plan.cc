@@ -6,10 +6,13 @@
 #include <set>
 #include <utility>
 
+#include "archive.h"
 #include "formats.h"
 #include "installable.h"
+#include "integrity.h"
 #include "journal.h"
 #include "languages.h"
+#include "pack.h"
 #include "paths.h"
 #include "refusal.h"
 #include "satellite.h"
@@ -47,24 +50,72 @@ void AddMissing(const Medium& medium, const std::string& target, const std::stri
   }
 }
 
+/// Refuses a medium that does not hold all that an unfinished installation was asked for: nobody
+/// would bring that one to its end.
+void RequireSameMedium(const Unfinished& unfinished, const Medium& medium,
+                       const std::string& system_dir) {
+  std::set<std::string> held;
+  const Content content = ContentOf(medium.kind);
+  for (const TEVINSPkg kind : content.kinds) {
+    for (const std::string& name : PackagesOf(*medium.toc, content.type, kind)) held.insert(name);
+  }
+  for (const std::string& name : unfinished.packages) {
+    if (held.count(name) != 0) continue;
+    throw unfinished.NotFinished(system_dir);
+  }
+}
+
 /// The media of which something can be installed. Throws a Refusal when there is none.
 std::vector<Medium> Installable(std::vector<Medium> media, const Request& request) {
   std::vector<Medium> installable;
   std::string reason;
   for (Medium& medium : media) {
     const std::string system_dir = SystemDir(medium, request.target);
-    if (const auto journal = Journal::Read(system_dir)) throw journal->NotFinished(system_dir);
+    const auto unfinished = Unfinished::Read(system_dir);
+    const auto journal = Journal::Read(system_dir);
+    // A pack that goes on again above what is added is part of the installation.
+    const bool repairing = unfinished && journal && journal->phase == Journal::Phase::kRepairing;
+    if (journal && !repairing) throw journal->NotFinished(system_dir);
+    if (unfinished) RequireSameMedium(*unfinished, medium, system_dir);
     try {
       RequireInstallable(medium, request.target, request.code_tree);
       installable.push_back(std::move(medium));
     } catch (const NothingToDo& refusal) {
       reason = refusal.what();
       // Everything is there, but the last steps are missing.
-      if (IsUnfinished(medium, request.target)) installable.push_back(std::move(medium));
+      if (unfinished) installable.push_back(std::move(medium));
     }
   }
   if (installable.empty()) throw NothingToDo(reason);
   return installable;
+}
+
+/// The service pack that must go on again above what is added to a system directory, if there is
+/// one: the older files replace those of the pack. Throws a Refusal without its medium.
+void AddPackAbove(const Medium& medium, Plan& plan) {
+  const std::string system_dir = SystemDir(medium, plan.request.target);
+  const auto installed = OpenInstalled(system_dir);
+  const int level = installed == nullptr ? 0 : installed->GetSPKLevel(1);
+  const bool adds = std::any_of(plan.components.begin(), plan.components.end(),
+                                [&medium](const Component& c) { return c.medium == &medium; });
+  const bool repairing = Journal::Read(system_dir).has_value();
+  const bool in_place = !adds && !repairing && PacksAreInPlace(system_dir, IsSdk(medium));
+  if ((level <= 0 && !repairing) || medium.kind == MediumKind::kSamples || in_place) return;
+  const std::string& with_pack = plan.request.with_pack;
+  if (with_pack.empty()) {
+    throw Refusal("A service pack is installed in " + system_dir +
+                  ", whose files would be replaced by older ones: give its medium with "
+                  "--with-pack.\n");
+  }
+  Medium pack = std::move(OpenMedium(with_pack, medium.os).front());
+  const bool is_pack = IsUpdate(pack.kind) && pack.kind != MediumKind::kHotFix;
+  if (!is_pack || IsSdk(pack) != IsSdk(medium) ||
+      (!repairing && pack.toc->GetSPKLevel(1) != level)) {
+    throw Refusal("The medium " + with_pack + " is not that of the service pack in " + system_dir +
+                  ".\n");
+  }
+  RequireRealDirectories(MembersOf(ArchiveOf(pack.dir, UpdateName(pack))), plan.request.target);
+  plan.packs.push_back(std::move(pack));
 }
 
 }  // namespace
@@ -94,7 +145,11 @@ Plan MakePlan(const Request& request, std::vector<Medium> media) {
   for (const Medium& medium : plan.media) {
     AddMissing(medium, target, plan.request.code_tree, plan.components);
   }
-  for (const Component& component : plan.components) archives.push_back(component.archive);
+  for (const Medium& medium : plan.media) AddPackAbove(medium, plan);
+  for (const Component& component : plan.components) {
+    RequireRealDirectories(MembersOf(component.archive), target);
+    archives.push_back(component.archive);
+  }
   RequireSpace(archives, target);
   if (plan.media.front().kind == MediumKind::kProducts) {
     plan.registration = PlanRegistration(request.ports, SystemDir(plan.media.front(), target));

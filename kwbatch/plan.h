@@ -22,6 +22,7 @@ struct Plan {
   std::optional<int> languages;       ///< language mask; without it, what the target has, or all
   std::vector<Medium> media;          ///< of which something is to be installed
   std::vector<Component> components;  ///< of all of them, in the order of installation
+  std::vector<Medium> packs;          ///< service packs that go on again above them
   Registration registration;          ///< of the products' ports and daemon
 };
 

@@ -12,6 +12,8 @@ Request RequestOf(const Options& options) {
   request.languages = options.Text(option::kLanguages);
   request.fonts = options.Has(option::kFonts);
   request.satellite = options.Text(option::kSatellite);
+  const std::string with_pack = options.Text(option::kWithPack);
+  if (!with_pack.empty()) request.with_pack = MediumPath(with_pack);
   request.ports = PortWishesOf(options);
   return request;
 }

@@ -16,6 +16,7 @@ struct Request {
   std::string languages;  ///< list of languages; without it, what the target has, or all
   bool fonts = false;     ///< keep the language-indexed fonts
   std::string satellite;  ///< medium of the rendering satellite
+  std::string with_pack;  ///< medium of the service pack that goes on again; full path
   PortWishes ports;
 };
 

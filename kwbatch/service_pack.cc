@@ -1,3 +1,5 @@
+#include "service_pack.h"
+
 #include <kwinstutil/kwinstutil.h>
 
 #include <string>
@@ -6,10 +8,8 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "integrity.h"
 #include "languages.h"
-#include "log.h"
-#include "medium.h"
-#include "pack.h"
 #include "pack_files.h"
 #include "request.h"
 #include "transfer.h"
@@ -30,35 +30,45 @@ bool RunPostInstall(const Pack& pack, Log& log) {
 
 }  // namespace
 
-void ServicePack(const Options& options) {
-  const Request request = RequestOf(options);
-  const Medium medium = InstallableUpdate(OpenMedium(request.medium, request.os), request, false);
-  Pack pack = PackToInstall(medium, request.target);
-  Log log(request.log, " service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Log& log) {
   const bool repair = pack.journal.phase == Phase::kRepairing;
-
   pack.Enter(pack.journal.phase);
   MarkInterrupted(pack);
   if (!repair) {
     RecordPending(pack);
     Save(medium, pack);
   }
+  for (const std::string& line : pack.journal.table_lines) {
+    if (line.find(":HFX:") != std::string::npos) Say("To be installed again afterwards: " + line);
+  }
   PruneTable(pack);
-  const int languages = InstalledLanguages(medium, request.target);
+  const int languages = InstalledLanguages(medium, target);
   {
     const DirectoryModes kept(pack);
-    Transfer(medium, pack.journal.pack, request.target, languages, log);
+    Transfer(medium, pack.journal.pack, target, languages, log);
   }
+  RequireWritten(pack.system_dir, IsSdk(medium), {pack.journal.pack}, log);
   const bool set_up = RunPostInstall(pack, log);
   DeleteLeftovers(pack);
   Delete(pack.In(kInterruptedPack));
+  SyncFileSystem(pack.system_dir);
   if (repair) {
     Delete(JournalPath(pack.system_dir));
+    SyncFileSystem(pack.system_dir);
   } else {
     pack.Enter(Phase::kPending);
   }
-  log.Succeeded();
   Say("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
       (repair ? "." : ", and waits for a commit."));
+  return set_up;
+}
+
+void ServicePack(const Options& options) {
+  const Request request = RequestOf(options);
+  const Medium medium = InstallableUpdate(OpenMedium(request.medium, request.os), request, false);
+  Pack pack = PackToInstall(medium, request.target);
+  Log log(request.log, " service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+  const bool set_up = InstallPack(medium, request.target, pack, log);
+  log.Succeeded();
   if (!set_up) throw Refusal("A post-install program has failed: see the log.\n", kProgramFailed);
 }

@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "console.h"
+#include "files.h"
 #include "log.h"
 #include "pack.h"
 #include "pack_files.h"
@@ -14,7 +15,9 @@ void Undo(Pack& pack) {
   Restore(pack);
   PruneTable(pack);
   DeleteLeftovers(pack);
+  SyncFileSystem(pack.system_dir);
   DeleteRecords(pack);
+  SyncFileSystem(pack.system_dir);
 }
 
 }  // namespace

@@ -1,31 +1,51 @@
 #include "unfinished.h"
 
-#include <kb0core/TEVFile.h>
+#include <cstdlib>
+#include <sstream>
 
 #include "files.h"
-#include "refusal.h"
-#include "tree.h"
 
 namespace {
 
-std::string RecordPath(const Medium& medium, const std::string& target) {
-  return SystemDir(medium, target) + "/control/Install.unfinished";
+constexpr const char* kEnd = "end";
+
+std::string PathIn(const std::string& system_dir) {
+  return system_dir + "/control/Install.unfinished";
 }
 
 }  // namespace
 
-bool IsUnfinished(const Medium& medium, const std::string& target) {
-  return Exists(RecordPath(medium, target));
-}
-
-void BeginInstallation(const Medium& medium, const std::string& target,
-                       const std::string& medium_path) {
-  WriteLine(RecordPath(medium, target), medium_path);
-}
-
-void EndInstallation(const Medium& medium, const std::string& target) {
-  const std::string record = RecordPath(medium, target);
-  if (TEVDeleteFile(record.c_str()) != 0) {
-    throw Refusal("The file " + record + " cannot be deleted.\n");
+std::optional<Unfinished> Unfinished::Read(const std::string& system_dir) {
+  if (!IsThere(PathIn(system_dir))) return std::nullopt;
+  Unfinished record;
+  const std::vector<std::string> lines = LinesOf(PathIn(system_dir));
+  if (lines.empty() || lines.back() != kEnd) return record;
+  for (const std::string& line : lines) {
+    const std::string word = line.substr(0, line.find(' '));
+    const std::string rest = line.substr(line.find(' ') + 1);
+    if (word == "medium") record.medium = rest;
+    if (word == "languages") record.languages = std::atoi(rest.c_str());
+    if (word == "package") record.packages.push_back(rest);
   }
+  return record;
+}
+
+void Unfinished::Write(const std::string& system_dir) const {
+  std::ostringstream text;
+  text << "medium " << medium << '\n';
+  if (languages) text << "languages " << *languages << '\n';
+  for (const std::string& name : packages) text << "package " << name << '\n';
+  text << kEnd << '\n';
+  WriteDurably(PathIn(system_dir), text.str());
+}
+
+Refusal Unfinished::NotFinished(const std::string& system_dir) const {
+  return Refusal("The installation of " + (medium.empty() ? "a medium" : medium) + " in " +
+                 system_dir + " is not finished. Repeat it first.\n");
+}
+
+void Unfinished::Delete(const std::string& system_dir) {
+  SyncFileSystem(system_dir);
+  ::Delete(PathIn(system_dir));
+  SyncFileSystem(system_dir);
 }

@@ -1,21 +1,31 @@
 #ifndef KWBATCH_UNFINISHED_H_
 #define KWBATCH_UNFINISHED_H_
 
+#include <optional>
 #include <string>
+#include <vector>
 
-#include "medium.h"
+#include "refusal.h"
 
-/// \file
-/// The record of an unfinished installation: a file in the system directory of the medium. While it
-/// exists, the same command continues the installation.
+/// What was asked for by an unfinished installation: a file in the system directory. While it
+/// exists, the same command continues the installation, from what the file says.
+struct Unfinished {
+  /// Reads the record of a system directory; no value without a file. A record that is not whole
+  /// names no languages. Throws a Refusal when it cannot be examined.
+  static std::optional<Unfinished> Read(const std::string& system_dir);
 
-bool IsUnfinished(const Medium& medium, const std::string& target);
+  /// Writes the record durably; the directory `control` must exist. Throws a Refusal.
+  void Write(const std::string& system_dir) const;
 
-/// Makes the record; the directory `control` must exist. Throws a Refusal.
-void BeginInstallation(const Medium& medium, const std::string& target,
-                       const std::string& medium_path);
+  /// The refusal of anything but what brings the installation to its end.
+  Refusal NotFinished(const std::string& system_dir) const;
 
-/// Deletes the record. Throws a Refusal when it stays.
-void EndInstallation(const Medium& medium, const std::string& target);
+  /// Deletes the record once the disk has everything. Throws a Refusal when it stays.
+  static void Delete(const std::string& system_dir);
+
+  std::string medium;                 ///< the directory of its table
+  std::optional<int> languages;       ///< language mask
+  std::vector<std::string> packages;  ///< all that are to be installed, those that are there too
+};
 
 #endif  // KWBATCH_UNFINISHED_H_

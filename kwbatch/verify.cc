@@ -32,5 +32,8 @@ void Verify(const Options& options) {
   for (const std::string& dir : SystemDirs(request.target, request.os)) {
     intact = VerifySystem(dir, dir == request.target) && intact;
   }
-  if (!intact) throw Refusal("The installation in " + request.target + " is damaged.\n");
+  if (intact) return;
+  throw Refusal("The installation in " + request.target +
+                " is damaged. Put the files back with: kwbatch repair MEDIUM " + request.target +
+                "\n");
 }

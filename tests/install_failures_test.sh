@@ -26,12 +26,25 @@ expect_refusal "$work/with blank" install "$medium" "$work/with blank"
 
 archive=$work/damaged/Modeler.Z
 cp -r "$medium/aix_a" "$work/damaged"
-head -c 9000 "$medium/aix_a/BASE" >"$work/damaged/BASE"
-expect_refusal "$work/damaged/BASE" install "$work/damaged" "$work/broken"
-cp "$medium/aix_a/BASE" "$work/damaged"
 head -c 9000 "$medium/aix_a/Modeler.Z" >"$archive"
 expect_refusal "$archive" install "$work/damaged" "$work/broken"
-expect_refusal "$archive" install "$work/damaged" "$work/broken" --quiet --log /dev/full
+cp "$medium/aix_a/Modeler.Z" "$work/damaged"
+# Cut between two members, where tar finds nothing wrong.
+blocks=$(tar -tRf "$medium/aix_a/BASE" | sed -n 's|^block \(.*\): .*Korean/BASE.msg|\1|p')
+head -c $((512 * blocks)) "$medium/aix_a/BASE" >"$work/damaged/BASE"
+expect_refusal "$work/damaged/BASE" install "$work/damaged" "$work/broken"
+cp "$medium/aix_a/BASE" "$work/damaged"
+[[ ! -e $work/broken ]] || fail 'a damaged archive was unpacked'
+# A transfer that fails.
+mkdir "$work/bin"
+# shellcheck disable=SC2016
+printf '%s\n' '#!/bin/sh' '[ "$1 $2" = "-xf -" ] || exec /bin/tar "$@"' 'echo tar: no >&2' \
+  'exit 2' >"$work/bin/tar"
+chmod +x "$work/bin/tar"
+PATH=$work/bin:$PATH expect_refusal "$archive" install "$work/damaged" "$work/broken" \
+  --languages French
+expect_refusal 'damaged in' install "$media/samples" "$work/broken"
+PATH=$work/bin:$PATH expect_refusal "$archive" install "$work/damaged" "$work/broken" --quiet --log /dev/full
 expect_text 'Filesystem information'
 expect_text 'tar: '
 grep -qF "$(sum -r "$archive")" "$work/scratch/kwinst.log" || fail 'no checksum in kwinst.log'
@@ -39,10 +52,23 @@ grep -qF "$(sum -r "$archive")" "$work/scratch/kwinst.log" || fail 'no checksum 
 grep -qF "$(df -k -i 2>/dev/null | head -n 1)" "$work/scratch/kwinst.log" ||
   fail 'no file systems in kwinst.log'
 [[ -z $(find "$work/broken" -name TEVInsErrorTransfer.log) ]] || fail 'a side log is left behind'
-# The installation is taken up where it failed.
-cp "$medium/aix_a/Modeler.Z" "$work/damaged"
+# A directory that was moved behind a link stays there.
+mv "$work/broken/aix_a/code" "$work/code"
+ln -s "$work/code" "$work/broken/aix_a/code"
+expect_refusal 'aix_a/code is a symbolic link' install "$work/damaged" "$work/broken"
+rm "$work/broken/aix_a/code"
+mv "$work/code" "$work/broken/aix_a/code"
+# The installation is taken up where it failed, with the languages that were asked for, whatever a
+# kill has left of their record.
+: >"$work/broken/aix_a/NLS.txt"
+sed -i 's/drawings and sheets/drawings and sleets/' "$work/damaged/Drafting"
+expect_refusal 'code/bin/TEVDrafting: content has changed' install "$work/damaged" "$work/broken"
+expect_refusal 'code/bin/TEVDrafting: content has changed' install "$work/damaged" "$work/broken"
+cp "$medium/aix_a/Drafting" "$work/damaged"
+run 0 repair "$work/damaged" "$work/broken"
 run 0 install "$work/damaged" "$work/broken"
 cmp "$medium/aix_a/TOC" "$work/broken/aix_a/control/PRESENT" || fail 'PRESENT after a failure'
+printf 'French\n\n' | cmp - "$work/broken/aix_a/NLS.txt" || fail 'the languages after a failure'
 
 # install_on_disk SIZE TEXT: an installation that the disk is too small for, and says so.
 install_on_disk() {

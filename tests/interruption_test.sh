@@ -16,6 +16,7 @@ cat >"$work/bin/tar" <<'TAR'
 exit 2
 TAR
 chmod +x "$work/bin/tar"
+: >"$system/control/SPK.journal"
 run_interrupted service-pack "$media/sp2" "$work/tree"
 [[ -e $system/code/bin/TEVModeler.beforeSPK ]] || fail 'nothing was saved'
 expect_refusal 'not finished' commit "$work/tree"
@@ -24,6 +25,11 @@ run 0 undo-service-pack "$work/tree"
 expect_content committed tree
 run_interrupted service-pack "$media/sp2" "$work/tree"
 run 0 service-pack "$media/sp2" "$work/tree"
+cp "$system/control/SPK.journal" "$work/journal"
+# A journal that is not whole counts only where a pack has begun.
+: >"$system/control/SPK.journal"
+expect_refusal 'SPK.journal is damaged' undo-service-pack "$work/tree"
+mv "$work/journal" "$system/control/SPK.journal"
 # Once more, over a file of the pack that is missing.
 rm "$system/code/bin/TEVDrafting"
 run 0 service-pack "$media/sp2" "$work/tree"
@@ -38,9 +44,32 @@ expect_content committed tree
 # A committed pack that is set over a damaged file stays committed.
 rm "$system/code/bin/TEVRepair"
 expect_refusal 'code/bin/TEVRepair: is missing' verify "$work/tree"
+expect_text "kwbatch repair MEDIUM $work/tree"
+# Each file is put back from the medium that it should be as.
+echo changed >"$system/code/bin/TEVDrafting"
+run 0 repair "$media/ga" "$work/tree"
+expect_text 'code/bin/TEVRepair: is missing'
+run 0 repair "$media/sp1" "$work/tree"
+expect_content committed tree
+rm "$system/code/bin/TEVRepair"
 expect_check 1 'again' hf1 tree
 expect_check 0 'may be installed' sp1 tree
 run_interrupted service-pack "$media/sp1" "$work/tree"
 run 1 undo-service-pack "$work/tree"
 run 0 service-pack "$media/sp1" "$work/tree"
 expect_content committed tree
+
+# The power goes right after "done": the disk has what its image holds.
+mkdir "$work/disk"
+if ! unshare -m bash -c 'truncate -s 24M "$1.img" && mkfs.ext4 -q "$1.img" &&
+    mount -o loop "$1.img" "$1"' - "$work/disk" 2>/dev/null; then
+  echo 'Not tried: a power cut, because this user may not mount a disk.'
+  exit
+fi
+# shellcheck disable=SC2016
+expect_exit 0 unshare -m bash -ec 'mount -o loop "$1.img" "$1"
+  "$0" install "$2/ga" "$1/tree" --os aix_a --scratch "$3"
+  "$0" service-pack "$2/sp1" "$1/tree" --scratch "$3"
+  cp "$1.img" "$1.cut" && umount "$1" && mount -o loop "$1.cut" "$1"
+  "$0" verify "$1/tree" && "$0" commit "$1/tree"' \
+  "$kwbatch" "$work/disk" "$media" "$work/scratch"

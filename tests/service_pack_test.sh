@@ -44,7 +44,9 @@ expect_refusal TEVModeler.beforeSPK service-pack "$media/sp2" "$work/tree"
 rm "$system/code/bin/TEVModeler.beforeSPK"
 mv "$system/code/bin" "$work/elsewhere"
 ln -s "$work/elsewhere" "$system/code/bin"
-expect_refusal 'symbolic link' service-pack "$media/sp2" "$work/tree"
+expect_refusal 'aix_a/code/bin is a symbolic link' service-pack "$media/sp2" "$work/tree"
+expect_check 1 'aix_a/code/bin is a symbolic link' hf1 tree
+run 1 hot-fix "$media/hf1" "$work/tree"
 rm "$system/code/bin"
 mv "$work/elsewhere" "$system/code/bin"
 expect_content committed tree
@@ -53,10 +55,35 @@ expect_content committed tree
 run 1 hot-fix "$media/sp2" "$work/tree"
 run 1 service-pack "$media/hf1" "$work/tree"
 expect_check 0 'may be installed' hf1 tree
+rm "$system/code/bin/TEVDrafting"
 run 0 hot-fix "$media/hf1" "$work/tree"
+expect_text 'code/bin/TEVDrafting: is missing'
+tar -xf "$media/ga/aix_a/Drafting" -C "$work/tree" aix_a/code/bin/TEVDrafting
 run 0 verify "$work/tree"
 expect_check 3 'already installed' hf1 tree
 expect_check 1 'HF1' hf2 tree
 run 0 service-pack "$media/sp2" "$work/tree"
 expect_check 3 'already installed' sp2 tree
 expect_check 1 'level 2' sp1 tree
+
+# Products that are added below a service pack, which goes on again above them.
+cp -r "$media/ga/aix_a" "$work/few"
+sed -i /Modeler/d "$work/few/TOC"
+run 0 install "$work/few" "$work/late"
+touch "$work/late/aix_a/control/Install.unfinished"
+expect_refusal 'not finished' service-pack "$media/sp1" "$work/late"
+expect_refusal 'not finished' hot-fix "$media/hf1" "$work/late"
+rm "$work/late/aix_a/control/Install.unfinished"
+run 0 service-pack "$media/sp1" "$work/late"
+run 0 commit "$work/late"
+run 0 hot-fix "$media/hf1" "$work/late"
+expect_refusal '--with-pack' install "$media/ga/aix_a" "$work/late"
+expect_refusal 'not that of' install "$media/ga/aix_a" "$work/late" --with-pack "$media/sp2"
+run 0 install "$media/ga/aix_a" "$work/late" --with-pack "$media/sp1"
+run 0 verify "$work/late"
+grep -q 'service pack 1, from' "$work/late/aix_a/code/bin/TEVModeler" || fail 'an older file'
+run 0 hot-fix "$media/hf1" "$work/late"
+# Files of the pack that were replaced by older ones.
+tar -xf "$media/ga/aix_a/BASE" -C "$work/late" aix_a/code/bin/TEVSysDemon
+run 0 service-pack "$media/sp1" "$work/late"
+run 0 verify "$work/late"

@@ -1,0 +1,14 @@
+#ifndef KWBATCH_SERVICE_PACK_H_
+#define KWBATCH_SERVICE_PACK_H_
+
+#include <string>
+
+#include "log.h"
+#include "medium.h"
+#include "pack.h"
+
+/// Installs a pack, or finishes its installation, and says so. False when a post-install program
+/// has failed. Throws a Refusal; the same call may follow then.
+bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Log& log);
+
+#endif  // KWBATCH_SERVICE_PACK_H_
