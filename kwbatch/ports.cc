@@ -12,36 +12,11 @@
 
 namespace {
 
-bool IsRegistered() { return CheckEtcServices(100) == 1 && CheckEtcServices(0) == 1; }
-
 /// Does inetd lack the daemon of the system directory?
 bool NeedsDaemon(const std::string& system_dir) {
   std::string inetd = SystemFile(kInetd);
   std::string dir = system_dir;
   return CheckNeedUpdateServices(inetd.data(), dir.data()) == 1;
-}
-
-/// Takes the wanted ports, or else the next free ones.
-Ports ChoosePorts(const PortWishes& wishes) {
-  if (!wishes.given && IsRegistered()) return {};
-  RequireWritable(SystemFile(kServices));
-  const Ports& wanted = wishes.ports;
-  Ports ports = wanted;
-  TEVUnicodeString message;
-  const int status =
-      CheckK7RunPortValue(&ports.run, &ports.bulletin_board, &ports.broker, &message);
-  if (status == 1) return ports;
-  const bool replaced = ports.run != wanted.run || ports.bulletin_board != wanted.bulletin_board ||
-                        ports.broker != wanted.broker;
-  if (status == -1 || !replaced) throw Refused(message);
-  Complain(message.ConvertToChar());
-  return ports;
-}
-
-/// Says and logs a line.
-void Tell(const std::string& text, Log& log) {
-  Say(text);
-  log.Write(text + "\n");
 }
 
 /// The port of a service in the services file, or 0.
@@ -59,6 +34,65 @@ bool AreRegistered(const Ports& ports) {
   return RegisteredPort("morvelk7bb") == ports.bulletin_board &&
          RegisteredPort("morvelk7run") == ports.run &&
          RegisteredPort("TEVDeviceBroker") == ports.broker;
+}
+
+/// Is there nothing to register: has each service its given port, or any when none is given?
+bool IsRegistered(const Ports& given) {
+  const auto has = [](const char* service, int port) {
+    const int registered = RegisteredPort(service);
+    return port == 0 ? registered != 0 : registered == port;
+  };
+  return has("morvelk7bb", given.bulletin_board) && has("morvelk7run", given.run) &&
+         has("TEVDeviceBroker", given.broker);
+}
+
+/// The given ports, and for the others the usual ones. Those give way to the given ones.
+Ports WantedPorts(const Ports& given) {
+  int usual = 20050;
+  const auto next_usual = [&] {
+    while (usual == given.bulletin_board || usual == given.run || usual == given.broker) ++usual;
+    return usual++;
+  };
+  Ports wanted = given;
+  for (int* port : {&wanted.bulletin_board, &wanted.run, &wanted.broker}) {
+    if (*port == 0) *port = next_usual();
+  }
+  return wanted;
+}
+
+/// Throws a Refusal when a given port is not the chosen one.
+void RequireGiven(int given, int chosen) {
+  if (given == 0 || given == chosen) return;
+  throw Refusal("The port " + std::to_string(given) + " is taken, or given twice. Free is " +
+                std::to_string(chosen) + "; --next-free takes it.\n");
+}
+
+Ports ChoosePorts(const PortWishes& wishes) {
+  const Ports& given = wishes.given;
+  if (IsRegistered(given)) return {};
+  RequireWritable(SystemFile(kServices));
+  const Ports wanted = WantedPorts(given);
+  Ports ports = wanted;
+  TEVUnicodeString message;
+  const int status =
+      CheckK7RunPortValue(&ports.run, &ports.bulletin_board, &ports.broker, &message);
+  if (status == 1) return ports;
+  const bool replaced = ports.run != wanted.run || ports.bulletin_board != wanted.bulletin_board ||
+                        ports.broker != wanted.broker;
+  if (status == -1 || !replaced) throw Refused(message);
+  if (!wishes.next_free) {
+    RequireGiven(given.bulletin_board, ports.bulletin_board);
+    RequireGiven(given.run, ports.run);
+    RequireGiven(given.broker, ports.broker);
+  }
+  Complain(message.ConvertToChar());
+  return ports;
+}
+
+/// Says and logs a line.
+void Tell(const std::string& text, Log& log) {
+  Say(text);
+  log.Write(text + "\n");
 }
 
 void WritePorts(const Ports& ports, Log& log) {
@@ -92,17 +126,23 @@ void WriteDaemon(std::string daemon, Log& log) {
   Tell("  morvelk7run " + daemon, log);
 }
 
+/// The port that an option gives, or 0 without it. Throws a UsageError.
+int GivenPort(const Options& options, OptionName name) {
+  const int port = options.Number(name, 0);
+  if (options.Has(name) && port == 0) {
+    throw UsageError(std::string("--") + name.text + " needs a port, not 0");
+  }
+  return port;
+}
+
 }  // namespace
 
 PortWishes PortWishesOf(const Options& options) {
-  constexpr int kUsual = 20050;  // the others follow it
   PortWishes wishes;
   wishes.registered = !options.Has(option::kNoServices);
-  wishes.given = options.Has(option::kRunPort) || options.Has(option::kBbPort) ||
-                 options.Has(option::kBrokerPort);
-  wishes.ports = {options.Number(option::kBbPort, kUsual),
-                  options.Number(option::kRunPort, kUsual + 1),
-                  options.Number(option::kBrokerPort, kUsual + 2)};
+  wishes.next_free = options.Has(option::kNextFree);
+  wishes.given = {GivenPort(options, option::kBbPort), GivenPort(options, option::kRunPort),
+                  GivenPort(options, option::kBrokerPort)};
   return wishes;
 }
 

@@ -16,10 +16,11 @@ struct Ports {
 /// What the user wants of the ports.
 struct PortWishes {
   bool registered = true;  ///< false with --no-services
-  bool given = false;      ///< an option names a port
-  Ports ports;             ///< the ports that options name, and the usual ones for the others
+  bool next_free = false;  ///< in the place of a given one that is taken
+  Ports given;             ///< the ports that options name; 0 for the others
 };
 
+/// Throws a UsageError.
 PortWishes PortWishesOf(const Options& options);
 
 /// What is to be written into the system's files.
@@ -28,9 +29,9 @@ struct Registration {
   std::string daemon;  ///< path of the program; empty when inetd knows it already
 };
 
-/// Takes the wanted ports, each or else the next free one; says which were replaced. No ports when
-/// all are registered already and no option names others, and nothing at all when that is not
-/// wanted. Throws a Refusal.
+/// Takes the given ports, and the usual ones for the others, or the next free ones; says which were
+/// replaced. No ports when all are registered already and no option names others, and nothing at
+/// all when that is not wanted. Throws a Refusal, for a given port that is taken too.
 Registration PlanRegistration(const PortWishes& wishes, const std::string& system_dir);
 
 /// Registers the ports and the daemon; says and logs what has changed. Throws a Refusal.

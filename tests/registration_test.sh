@@ -15,6 +15,11 @@ run 0 install "$media/ga" "$work/silent" --os aix_a --no-services --satellite "$
 ! grep -q 'mi-ray\|silent' "$work/scratch/services" "$work/scratch/inetd.conf" || fail '--no-services'
 # The daemon is registered when the services are known already.
 : >"$work/scratch/inetd.conf"
+# A given port that is taken, here by itself, is refused.
+taken=(install "$media/ga" "$work/other" --os aix_a --run-port 20061 --bb-port 20061)
+expect_refusal 20061 "${taken[@]}"
+[[ ! -e $work/other ]] || fail 'a port that is taken was not refused at once'
+run 0 check "${taken[@]:1}" --next-free
 # A setup program that fails does not keep the installation from its end.
 mkdir -p "$work/tree/solaris_a/"{control,code/bin}
 touch "$work/tree/solaris_a/"{control/Q8M.prd,code/bin/DRXPeopleUpdate}
