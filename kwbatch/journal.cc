@@ -2,7 +2,6 @@
 
 #include <kb0core/TEVFile.h>
 
-#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -20,6 +19,7 @@ namespace {
 constexpr const char* kPhases[] = {"installing", "pending", "repairing", "undoing", "committing"};
 
 constexpr const char* kEnd = "end";
+constexpr const char* kUndoSuffix = ".undo";  ///< of the journal from the beginning of an undo
 
 /// Has a service pack begun to change the system directory? It marks the directory before that.
 bool HasBegun(const std::string& system_dir) {
@@ -71,13 +71,11 @@ std::string JournalPath(const std::string& system_dir) {
 }
 
 std::optional<Journal> Journal::Read(const std::string& system_dir) {
-  std::ifstream file(JournalPath(system_dir));
-  TEVFileInfo info;
-  const bool there = TEVGetFileInfo(JournalPath(system_dir).c_str(), &info) == 0;
-  if (!there && (errno == ENOENT || errno == ENOTDIR)) return std::nullopt;
-  if (!there || !file) {
-    throw Refusal("The file " + JournalPath(system_dir) + " cannot be read.\n");
-  }
+  const bool undoing = IsThere(JournalPath(system_dir) + kUndoSuffix);
+  const std::string path = JournalPath(system_dir) + (undoing ? kUndoSuffix : "");
+  if (!IsThere(path)) return std::nullopt;
+  std::ifstream file(path);
+  if (!file) throw Refusal("The file " + path + " cannot be read.\n");
   Journal journal;
   bool whole = false;
   for (std::string line; !whole && std::getline(file, line);) {
@@ -87,10 +85,11 @@ std::optional<Journal> Journal::Read(const std::string& system_dir) {
   }
   if (!whole && !HasBegun(system_dir)) return std::nullopt;
   if (!whole) {
-    throw Refusal("The file " + JournalPath(system_dir) +
+    throw Refusal("The file " + path +
                   " is damaged, so nobody can tell what the service pack has changed.\n");
   }
   RequirePlainName("service pack", journal.pack);
+  if (undoing) journal.phase = Phase::kUndoing;
   return journal;
 }
 
@@ -101,6 +100,21 @@ Refusal Journal::NotFinished(const std::string& system_dir) const {
                      : phase == Phase::kRepairing  ? "Repeat its installation.\n"
                                                    : "Repeat its installation, or undo it.\n";
   return Refusal("Service pack " + pack + " in " + system_dir + " is not finished. " + what);
+}
+
+void Journal::BeginUndo(const std::string& system_dir) {
+  const std::string path = JournalPath(system_dir);
+  if (phase != Phase::kUndoing && TEVRenameFile(path.c_str(), (path + kUndoSuffix).c_str()) != 0) {
+    throw Refusal("The file " + path + " cannot be renamed.\n");
+  }
+  phase = Phase::kUndoing;
+  SyncFileSystem(system_dir);
+}
+
+void Journal::Delete(const std::string& system_dir) {
+  for (const char* suffix : {".new", "", kUndoSuffix}) {
+    ::Delete(JournalPath(system_dir) + suffix);
+  }
 }
 
 void Journal::Write(const std::string& system_dir) const {

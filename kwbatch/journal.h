@@ -27,6 +27,13 @@ struct Journal {
   /// The refusal of any other work: it says how to finish the pack.
   Refusal NotFinished(const std::string& system_dir) const;
 
+  /// Enters the phase of an undo durably, by a rename: the pack may have filled the disk. Throws a
+  /// Refusal.
+  void BeginUndo(const std::string& system_dir);
+
+  /// Deletes the journal, if there is one. Throws a Refusal.
+  static void Delete(const std::string& system_dir);
+
   /// Writes the whole journal durably, or changes nothing. Throws a Refusal.
   void Write(const std::string& system_dir) const;
 

@@ -74,7 +74,9 @@ void Save(const Medium& medium, const Pack& pack) {
   }
 }
 
+/// What can be deleted goes first, since all else may need the room.
 void Restore(const Pack& pack) {
+  for (const std::string& file : pack.journal.new_files) Delete(pack.In(file));
   const ListDirectory list(pack.os, pack.type);
   std::string text;
   for (const std::string& file : pack.journal.saved_files) text += file + "\n";
@@ -86,7 +88,6 @@ void Restore(const Pack& pack) {
       0) {
     throw Refused(message);
   }
-  for (const std::string& file : pack.journal.new_files) Delete(pack.In(file));
   const std::vector<std::string>& dirs = pack.journal.new_directories;
   for (auto dir = dirs.rbegin(); dir != dirs.rend(); ++dir) rmdir(pack.In(*dir).c_str());
 }
@@ -123,7 +124,7 @@ void RecordPending(const Pack& pack) { Write(pack.In(kPendingPacks), pack.journa
 
 void DeleteRecords(const Pack& pack) {
   for (const char* file : {kInterruptedPack, kPendingPacks}) Delete(pack.In(file));
-  Delete(JournalPath(pack.system_dir));
+  Journal::Delete(pack.system_dir);
 }
 
 void DeleteLeftovers(const Pack& pack) {

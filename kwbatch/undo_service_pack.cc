@@ -10,7 +10,7 @@
 namespace {
 
 void Undo(Pack& pack) {
-  pack.Enter(Journal::Phase::kUndoing);
+  pack.journal.BeginUndo(pack.system_dir);
   CutFragment(pack.system_dir, pack.journal.table_size);
   Restore(pack);
   PruneTable(pack);

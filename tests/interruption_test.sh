@@ -73,3 +73,14 @@ expect_exit 0 unshare -m bash -ec 'mount -o loop "$1.img" "$1"
   cp "$1.img" "$1.cut" && umount "$1" && mount -o loop "$1.cut" "$1"
   "$0" verify "$1/tree" && "$0" commit "$1/tree"' \
   "$kwbatch" "$work/disk" "$media" "$work/scratch"
+
+# An undo on a disk that is full.
+# shellcheck disable=SC2016
+expect_exit 0 unshare -m bash -ec 'mount -t tmpfs -o size=8M none "$1"
+  "$0" install "$2/ga" "$1/tree" --os aix_a --scratch "$3"
+  find "$1/tree" -type f -exec cksum {} + >"$1.before"
+  "$0" service-pack "$2/sp1" "$1/tree" --scratch "$3"
+  cat /dev/zero >"$1/full" || true
+  "$0" undo-service-pack "$1/tree" --scratch "$3"
+  find "$1/tree" -type f -exec cksum {} + | sort | diff <(sort "$1.before") -' \
+  "$kwbatch" "$work/disk" "$media" "$work/scratch"
