@@ -49,8 +49,9 @@ void PutBack(const Medium& medium, const std::string& package, const std::set<st
              const std::string& target, Log& log) {
   RequirePlainName("package name", package);
   const std::string archive = ArchiveOf(medium.dir, package);
-  if (archive.empty())
+  if (archive.empty()) {
     throw Refusal("The archive " + medium.dir + "/" + package + " is missing.\n");
+  }
   const std::string root = IsSdk(medium) ? "" : medium.os + "/";
   std::vector<std::string> members;
   for (const std::string& member : MembersOf(archive)) {

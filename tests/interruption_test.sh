@@ -61,6 +61,7 @@ expect_content committed tree
 
 # The power goes right after "done": the disk has what its image holds.
 mkdir "$work/disk"
+# shellcheck disable=SC2016
 if ! unshare -m bash -c 'truncate -s 24M "$1.img" && mkfs.ext4 -q "$1.img" &&
     mount -o loop "$1.img" "$1"' - "$work/disk" 2>/dev/null; then
   echo 'Not tried: a power cut, because this user may not mount a disk.'
