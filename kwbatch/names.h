@@ -89,4 +89,7 @@ constexpr OptionName kTimeout{"timeout"};
 constexpr OptionName kStop{"stop"};
 }  // namespace option
 
+/// The value of --java-home that looks for a Java home.
+constexpr char kAuto[] = "auto";
+
 #endif  // KWBATCH_NAMES_H_

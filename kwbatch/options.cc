@@ -179,13 +179,16 @@ std::optional<Options> Options::Parse(int count, char** arguments,
 
 void Options::MakePathsAbsolute() {
   std::vector<std::string*> paths;
-  for (const OptionName name : {option::kScratch, option::kLog, option::kSatellite}) {
+  for (const OptionName name :
+       {option::kScratch, option::kLog, option::kSatellite, option::kWithPack, option::kJavaHome,
+        option::kK6, option::kDrx, option::kInformationPath, option::kInformationEnvPath}) {
     if (Has(name)) paths.push_back(&values_.at(name.text));
   }
   if (Has(word::kMedium)) paths.push_back(&words_.at(word::kMedium.text));
   for (std::string* path : paths) {
-    // What is no path at all is refused later.
-    if (!path->empty() && path->front() != '-') *path = std::filesystem::absolute(*path);
+    // What is no path at all is refused later, and "auto" looks for a Java home.
+    if (!path->empty() && path->front() != '-' && *path != kAuto)
+      *path = std::filesystem::absolute(*path);
   }
 }
 

@@ -36,7 +36,7 @@ void ExportJava(const Options& options) {
   TEVUnicodeString version;
   TEVUnicodeString message;
   const std::string given = options.Text(option::kJavaHome);
-  if (given == "auto") {
+  if (given == kAuto) {
     if (TEVInsGetJavaHome(home) != 1) throw Refusal("No suitable Java was found.\n");
   } else {
     RequirePlainPath("Java home", given);
