@@ -12,7 +12,6 @@
 #include "files.h"
 #include "nearest.h"
 #include "option_table.h"
-#include "options.h"
 #include "refusal.h"
 
 namespace fs = std::filesystem;

@@ -4,9 +4,9 @@
 #include <string>
 
 /// \file
-/// What kwbatch must know of the library's formats, because no public function tells it: the names
-/// of files on a medium, in a tree and in the system, and the bits of a language mask. Each is
-/// defined only here. docs/formats.md describes the files.
+/// What kwbatch must know of the library's formats, because no public function returns it: the
+/// names of files on a medium, in a tree and in the system, and the bits of a language mask. Each
+/// is defined only here. docs/formats.md describes the files.
 
 // On a medium.
 constexpr char kMediumTable[] = "TOC";

@@ -37,7 +37,7 @@ std::string FileIn(const std::string& line, const Files& files) {
 bool PacksAreInPlace(const std::string& system_dir, bool sdk);
 
 /// Compares the installed files with their manifests. Throws a Refusal that names each damaged file
-/// that one of these packages lists. Other damage is told and logged, and is no failure.
+/// that one of these packages lists. Other damage is reported and logged, and is no failure.
 void RequireWritten(const std::string& system_dir, bool sdk,
                     const std::vector<std::string>& packages, Log& log);
 

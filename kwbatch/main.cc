@@ -1,5 +1,6 @@
 // kwbatch: installs media without questions, through the public interface of libKWINSTUTIL.
 
+#include <kwinstutil/dirs.h>
 #include <unistd.h>
 
 #include <exception>
@@ -77,6 +78,10 @@ const std::vector<Command>& Commands() {
 /// Runs the command in a directory of its own: what the library and the programs of the product
 /// leave in the current directory is nobody else's.
 void Run(const Options& options) {
+  // Any check reads the message catalog, whose path may be relative to the user's directory.
+  std::string here = ".";
+  TEVUnicodeString unused;
+  TEVInsCheckExistDir(here.data(), &unused);
   const TemporaryDirectory own;
   if (chdir(own.path().c_str()) != 0) throw Refusal("There is no way into " + own.path() + ".\n");
   try {

@@ -187,8 +187,8 @@ void Options::MakePathsAbsolute() {
   if (Has(word::kMedium)) paths.push_back(&words_.at(word::kMedium.text));
   for (std::string* path : paths) {
     // What is no path at all is refused later, and "auto" looks for a Java home.
-    if (!path->empty() && path->front() != '-' && *path != kAuto)
-      *path = std::filesystem::absolute(*path);
+    if (path->empty() || path->front() == '-' || *path == kAuto) continue;
+    *path = std::filesystem::absolute(*path);
   }
 }
 

@@ -154,7 +154,8 @@ Plan MakePlan(const Request& request, std::vector<Medium> media) {
   if (plan.media.front().kind == MediumKind::kProducts) {
     plan.registration = PlanRegistration(request.ports, SystemDir(plan.media.front(), target));
   }
-  if (!request.satellite.empty())
+  if (!request.satellite.empty()) {
     RequireSatellite(request.satellite, target, request.ports.registered);
+  }
   return plan;
 }

@@ -165,8 +165,9 @@ void Register(const Registration& registration, Log& log) {
     return Tell("There is no inetd on this machine, so the daemon is not registered.", log);
   }
   if (has_daemon) WriteDaemon(registration.daemon, log);
-  if (has_ports || has_daemon)
+  if (has_ports || has_daemon) {
     Tell("  inetd reads this once it is told to: pkill -HUP -x inetd", log);
+  }
 }
 
 void TellRegistration(const Registration& registration) {

@@ -4,13 +4,14 @@
 #include <sstream>
 
 #include "files.h"
+#include "formats.h"
 
 namespace {
 
 constexpr const char* kEnd = "end";
 
 std::string PathIn(const std::string& system_dir) {
-  return system_dir + "/control/Install.unfinished";
+  return system_dir + "/" + kControl + "/Install.unfinished";
 }
 
 }  // namespace
@@ -24,7 +25,9 @@ std::optional<Unfinished> Unfinished::Read(const std::string& system_dir) {
     const std::string word = line.substr(0, line.find(' '));
     const std::string rest = line.substr(line.find(' ') + 1);
     if (word == "medium") record.medium = rest;
-    if (word == "languages") record.languages = std::atoi(rest.c_str());
+    if (word == "languages") {
+      record.languages = static_cast<int>(std::strtol(rest.c_str(), nullptr, 10));
+    }
     if (word == "package") record.packages.push_back(rest);
   }
   return record;

@@ -82,7 +82,7 @@ bool ExportDirectory(char (&buffer)[Size], const char* key, const char* path,
   return Publish({entry});
 }
 
-/// Are the directories of the trees that are installed directories? Tells each that is none.
+/// Are the directories of the trees that are installed directories? Reports each that is not.
 bool CheckTrees(bool k6, char* k6CustDir, bool drx, char* drxCustDir, TEVUnicodeString* message) {
   const MessageFrame frame;
   const bool k6_refused = k6 && CheckDir(k6CustDir) == -1;
@@ -99,7 +99,7 @@ bool CheckTrees(bool k6, char* k6CustDir, bool drx, char* drxCustDir, TEVUnicode
   return !k6_refused && !drx_refused;
 }
 
-/// May the TCK server be reached by that name and on that port? Tells when not.
+/// May the TCK server be reached by that name and on that port? Reports a failure.
 bool CheckServer(const char* name, int port, bool port_checked, TEVUnicodeString* message) {
   const MessageFrame frame;
   if (name[0] == '\0') {
@@ -184,7 +184,7 @@ int ExportServersTimeout(int minutes, TEVUnicodeString* message) noexcept {
 
 int CheckDir(char* path) noexcept {
   if (!kwinst::Exists(path)) return -1;
-  // The directory stays open: callers have always seen it so.
+  // Deliberate: the directory stays open.
   TEVDirectory directory = nullptr;
   return TEVOpenDirectory(path, &directory) == 0 ? 1 : -1;
 }

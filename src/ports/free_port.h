@@ -9,7 +9,7 @@ constexpr int kLowestPort = 1024;  ///< that a product may have
 constexpr int kHighestPort = 65535;
 
 /// Is `port` free? When it is taken and a later one up to `max` is free, assigns `taken(later one)`
-/// to `*message`; when there is none, that is what GetFreePort tells.
+/// to `*message`; when no port is free, the message of GetFreePort.
 template <typename Text>
 bool IsPortFree(int port, int max, TEVUnicodeString* message, Text taken) {
   const int found = GetFreePort(port, message, max);

@@ -63,7 +63,7 @@ void Reset() {
   }
 }
 
-/// Is `port` free? Tells when it is not.
+/// Is `port` free? Reports a port that is not.
 bool IsFree(int port, const MessageFrame& frame, TEVUnicodeString* message) {
   return kwinst::IsPortFree(port, kwinst::kHighestPort, message, [&](int next) {
     return frame.Build("ErrWndOrbixPortNotFree", {port, next});

