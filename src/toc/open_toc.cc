@@ -35,13 +35,13 @@ int InitMediaToc(char* mediaPath, TEVINSMediaToc** toc, TEVUnicodeString* messag
 }
 
 int InitInstallToc(char* installPath, TEVINSInstToc** toc, TEVUnicodeString* message) noexcept {
+  const kwinst::MessageFrame frame;
   // The path is not tested here: a new tree has no table yet.
   TEVINSToc::sResetInfoMsg();
   *toc = new (std::nothrow) TEVINSInstToc(installPath);
 
   int status = 0;
   if (const char* problem = OpeningProblem(); problem != nullptr) {
-    const kwinst::MessageFrame frame;
     *message = frame.Build("ErrorInitToc", {installPath, problem});
     status = -2;
   }
