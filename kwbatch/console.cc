@@ -14,20 +14,20 @@ std::FILE* shown = stdout;
 
 bool IsPrinted(std::FILE* stream) { return std::fflush(stream) == 0 && std::ferror(stream) == 0; }
 
-std::string Environment(const char* name) {
+std::string FromEnvironment(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? "" : value;
 }
 
 /// Is the stream a terminal that can do more than print lines?
 bool IsTerminal(std::FILE* stream) {
-  const std::string type = Environment("TERM");
+  const std::string type = FromEnvironment("TERM");
   return isatty(fileno(stream)) != 0 && !type.empty() && type != "dumb";
 }
 
 /// The text in the colour of this number, where colours are wanted.
 std::string Coloured(const std::string& text, int colour, std::FILE* stream) {
-  if (!IsTerminal(stream) || !Environment("NO_COLOR").empty()) return text;
+  if (!IsTerminal(stream) || !FromEnvironment("NO_COLOR").empty()) return text;
   return "\x1b[" + std::to_string(colour) + "m" + text + "\x1b[0m";
 }
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr const char* kEnd = "end";
+constexpr const char* kLastLine = "end";
 
 std::string PathIn(const std::string& system_dir) {
   return system_dir + "/" + kControl + "/Install.unfinished";
@@ -20,7 +20,7 @@ std::optional<Unfinished> Unfinished::Read(const std::string& system_dir) {
   if (!IsThere(PathIn(system_dir))) return std::nullopt;
   Unfinished record;
   const std::vector<std::string> lines = LinesOf(PathIn(system_dir));
-  if (lines.empty() || lines.back() != kEnd) return record;
+  if (lines.empty() || lines.back() != kLastLine) return record;
   for (const std::string& line : lines) {
     const std::string word = line.substr(0, line.find(' '));
     const std::string rest = line.substr(line.find(' ') + 1);
@@ -38,7 +38,7 @@ void Unfinished::Write(const std::string& system_dir) const {
   text << "medium " << medium << '\n';
   if (languages) text << "languages " << *languages << '\n';
   for (const std::string& name : packages) text << "package " << name << '\n';
-  text << kEnd << '\n';
+  text << kLastLine << '\n';
   WriteDurably(PathIn(system_dir), text.str());
 }
 

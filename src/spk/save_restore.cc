@@ -38,9 +38,9 @@ bool MayExist(const std::string& path) {
 }
 
 /// The service pack's control file, which is unpacked in the temporary directory.
-class ControlFile {
+class PackList {
  public:
-  ControlFile(const char* spkName, const char* osDir, TEVINSType type)
+  PackList(const char* spkName, const char* osDir, TEVINSType type)
       : member_(type == zeb2 ? Format("control/%s", spkName)
                              : Format("%s/control/%s", osDir, spkName)),
         path_(JoinPath(TempDir(), member_)) {}
@@ -88,7 +88,7 @@ struct Renaming {
 /// does not exist is ignored. Deletes the control file at the end. Returns 0, or -1 with `message`
 /// assigned.
 template <typename Function>
-int RenameListedFiles(const ControlFile& control, TEVUnicodeString& message, Function renaming) {
+int RenameListedFiles(const PackList& control, TEVUnicodeString& message, Function renaming) {
   const MessageFrame frame;
   const kwinst::InputFile file = kwinst::OpenForReading(control.path().c_str());
   if (file == nullptr) {
@@ -118,7 +118,7 @@ int TEVInsSaveFilesBeforeInstall(char* spkName, char* mediaDir, char* installDir
   if (mediaDir == nullptr || installDir == nullptr || (type == code && osDir == nullptr)) return -1;
   const MessageFrame frame;
   const std::string archive = JoinPath(mediaDir, spkName);
-  const ControlFile control(spkName, osDir, type);
+  const PackList control(spkName, osDir, type);
   if (kwinst::RunShell(UnpackingCommand(archive, control.member())) != 0) {
     message = frame.Build("ErrWndExtractTar.Text", {control.member(), archive});
     message.Append(frame.Build("CheckTmpDir", {TempDir()}));
@@ -134,7 +134,7 @@ int TEVInsSaveFilesBeforeInstall(char* spkName, char* mediaDir, char* installDir
 
 int TEVInsRestoreFiles(char* installDir, char* spkName, const char* osDir, TEVINSType type,
                        TEVUnicodeString& message) noexcept {
-  const ControlFile control(spkName, osDir, type);
+  const PackList control(spkName, osDir, type);
   if (!kwinst::Exists(control.path()) && MeansMissing(errno)) return 0;
   return RenameListedFiles(control, message, [installDir](char* line) {
     const std::string file = WholeLine(line);
