@@ -142,9 +142,11 @@ int main(int, char** argv) {
   return std::system("test $JAVA_HOME = /java");
 }
 TEXT
-  "$compiler" -std=c++17 "${flags[@]}" -I"$work/copy/include" "$work/loader.cc" -o "$work/loader" \
-    -L"$libdir" -lKB0CORE -ldl -Wl,-rpath,"$libdir"
-  expect_exit 0 "$work/loader" "$library"
+  "$compiler" -std=c++17 "${flags[@]}" -I"$work/copy/include" "$work/loader.cc" -o "$libdir/loader" \
+    -L"$libdir" -lKB0CORE -ldl -Wl,-rpath,"\$ORIGIN"
+  cp -r "$work/copy" "$work/moved:copy"
+  libdir=$work/moved:copy/${libdir#"$work/copy/"}
+  expect_exit 0 "$libdir/loader" "$libdir/libKWINSTUTIL.so"
   expect_text 'The directory /none'
 }
 
@@ -153,5 +155,5 @@ check_no_fixed_paths
 check_exported_symbols
 check_example
 check_pkg_config
-check_loaded_by_hand
 check_cmake_package
+check_loaded_by_hand

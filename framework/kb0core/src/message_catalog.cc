@@ -1,14 +1,15 @@
 #include <dlfcn.h>
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <optional>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "kb0core/TEVMsgCatalog.h"
 
@@ -24,7 +25,7 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
 }
 
-/// The character that stands behind a backslash as `code`, or none when there is no such escape.
+/// The character that a backslash and `code` stand for, if that is an escape.
 std::optional<char> Escape(char code) {
   switch (code) {
     case 'n':
@@ -39,7 +40,8 @@ std::optional<char> Escape(char code) {
   }
 }
 
-/// The text of a line from behind its opening quote on, or none when the line is no good.
+/// Reads the text behind an opening quote, up to the closing one. No value if the line is not
+/// valid.
 std::optional<std::string> ParseText(std::string_view rest) {
   std::string text;
   for (size_t i = 0; i < rest.size(); ++i) {
@@ -59,7 +61,7 @@ std::optional<std::string> ParseText(std::string_view rest) {
   return std::nullopt;
 }
 
-/// Stores the text of a line KEY = "TEXT"; passes over any other.
+/// Stores the text of a line KEY = "TEXT". Any other line is ignored.
 void ParseLine(std::string_view line, Catalog* catalog) {
   const size_t quote = line.find('"');
   if (quote == std::string_view::npos) return;
@@ -72,7 +74,7 @@ void ParseLine(std::string_view line, Catalog* catalog) {
   }
 }
 
-/// Reads a catalog, or none when `path` is no regular file that can be read.
+/// Reads a catalog. No value if `path` is not a regular file or cannot be read.
 std::optional<Catalog> ReadCatalog(const std::string& path) {
   struct stat info;
   if (stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return std::nullopt;
@@ -84,8 +86,8 @@ std::optional<Catalog> ReadCatalog(const std::string& path) {
   return catalog;
 }
 
-/// The catalog in the file `path`, or null. One that was read once is kept, its address with it,
-/// for as long as the process lives, so that messages can be made while it ends.
+/// The catalog in the file `path`, or null. A catalog is read once and kept until the process has
+/// ended, so that messages can be made while it ends.
 const Catalog* FindCatalog(const std::string& path) {
   static auto& catalogs = *new std::unordered_map<std::string, Catalog>;
   const auto known = catalogs.find(path);
@@ -117,7 +119,7 @@ std::string_view LanguageFolder() {
   return {};
 }
 
-/// The text of `key` in `catalog`, or null when either is missing.
+/// The text of `key` in `catalog`, or null if either is missing.
 const std::string* FindText(const Catalog* catalog, const std::string& key) {
   if (catalog == nullptr) return nullptr;
   const auto entry = catalog->find(key);
@@ -134,15 +136,22 @@ std::string DirectoryOfThisCopy() {
   return slash == std::string::npos ? "" : path.substr(0, slash + 1) + KB0CORE_CATALOG_FROM_LIBRARY;
 }
 
+/// The directories that may have catalogs, in the order of the search. Only ':' in the variable
+/// separates two of them: the path of an installation may contain one.
+std::vector<std::string> CatalogDirectories() {
+  static const auto& beside = *new std::string(DirectoryOfThisCopy());
+  const char* variable = std::getenv("TEVMsgCatalogPath");
+  std::istringstream entries(variable == nullptr ? "" : variable);
+  std::vector<std::string> directories;
+  for (std::string entry; std::getline(entries, entry, ':');) directories.push_back(entry);
+  directories.emplace_back(KB0CORE_CATALOG_DIR);
+  directories.push_back(beside);
+  return directories;
+}
+
 /// The text of `key` from the file `name` of the user's language or of English, or null.
 const std::string* FindMessage(const std::string& name, const std::string& key) {
-  static const auto& fixed = *new std::string(":" KB0CORE_CATALOG_DIR ":" + DirectoryOfThisCopy());
-  const char* variable = std::getenv("TEVMsgCatalogPath");
-  const std::string directories = (variable == nullptr ? "" : variable) + fixed;
-  for (size_t begin = 0; begin < directories.size();) {
-    const size_t end = std::min(directories.find(':', begin), directories.size());
-    std::string directory = directories.substr(begin, end - begin);
-    begin = end + 1;
+  for (std::string& directory : CatalogDirectories()) {
     if (directory.empty()) continue;
     directory += '/';
     const Catalog* english = FindCatalog(directory + name);
