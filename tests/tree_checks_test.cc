@@ -1,5 +1,8 @@
+#include <fcntl.h>
 #include <kwinstutil/checks.h>
 #include <kwinstutil/toc.h>
+#include <poll.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -177,6 +180,10 @@ TEST_F(TreeChecks, TheCodeHasTheServicePackOfTheMedium) {
   std::filesystem::remove("NUL");
   mkfifo("NUL", 0666);  // would block
   Expect({damaged}, check);
+  pollfd reader = {open("NUL", O_RDONLY | O_NONBLOCK), POLLIN, 0};
+  Expect({damaged}, check);
+  EXPECT_EQ(poll(&reader, 1, 0), 0) << "the pipe was opened";
+  close(reader.fd);
 }
 
 TEST_F(TreeChecks, ANameIsInAList) {

@@ -12,12 +12,16 @@ namespace kwinst {
 
 namespace {
 
-/// Replaces the content of the file NUL in the current directory, or creates it. A symbolic link is
-/// not followed, and a pipe or a device is left alone: it might have to be waited for.
-void WriteNul(const std::string& report) {
-  const int file = open("NUL", O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666);
-  if (file == -1) return;
+constexpr const char* kReport = "NUL";  // in the current directory
+
+/// Replaces the content of the report, or creates it. What is not a regular file is not opened:
+/// opening a pipe wakes its reader, and opening a device may do anything.
+void WriteReport(const std::string& report) {
   struct stat info {};
+  if (lstat(kReport, &info) == 0 && !S_ISREG(info.st_mode)) return;
+  const int file = open(kReport, O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666);
+  if (file == -1) return;
+  // Another program may have replaced the file since it was examined.
   if (fstat(file, &info) == 0 && S_ISREG(info.st_mode) && ftruncate(file, 0) == 0) {
     [[maybe_unused]] const ssize_t written = write(file, report.data(), report.size());
   }
@@ -34,7 +38,7 @@ bool ServicePackIsDamaged(TEVINSInstToc* table, std::string systemDir) {
   std::ostringstream report;
   const bool damaged =
       table != nullptr && table->CheckIntegrity(report, systemDir.data(), 0, 0) == 2;
-  WriteNul(report.str());
+  WriteReport(report.str());
   return damaged;
 }
 
