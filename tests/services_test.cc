@@ -80,7 +80,7 @@ TEST_F(ServicesTest, FilesThatCannotBeOpened) {
     EXPECT_EQ(SatUpdateService(message_), -2);
     EXPECT_TRUE(fs::remove(services_) && fs::remove(inetd_) && !Exists(Path("nowhere")));
   }
-  chmod(Write("services", "x\n").c_str(), 0222);
+  chmod(Write("services", "x").c_str(), 0222);
   AsNobody(
       [&] { EXPECT_EQ(SatUpdateService(message_), 1) << "no need to read what is appended to"; });
   EXPECT_EQ(Read(services_), "x\nmi-ray          7001/tcp   # Rendering slave\n");
@@ -100,7 +100,7 @@ TEST_F(ServicesTest, FilesThatCannotBeOpened) {
   ExpectRun(demon_, -1, Message("ErrWndRenameServicesFile", inetd_, std::strerror(EISDIR)));
 }
 
-TEST_F(ServicesTest, TellsWithoutACatalog) {
+TEST_F(ServicesTest, ReportsWithoutACatalog) {
   UseDefaultTexts();
   ExpectRun(ports_, -1, "Setup cannot open file " + services_ + " - No such file or directory\n");
   Write("services");

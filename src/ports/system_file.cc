@@ -16,9 +16,10 @@ namespace kwinst {
 
 namespace {
 
-/// EOF when it cannot be read; a newline when that is not allowed.
+/// The last character of a file that is not empty: 0 if the file is only open for writing, EOF if
+/// reading fails.
 int LastCharacter(std::FILE* file) {
-  if ((fcntl(fileno(file), F_GETFL) & O_ACCMODE) == O_WRONLY) return '\n';
+  if ((fcntl(fileno(file), F_GETFL) & O_ACCMODE) == O_WRONLY) return 0;
   return std::fseek(file, -1, SEEK_END) == 0 ? std::getc(file) : EOF;
 }
 
