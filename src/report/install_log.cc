@@ -20,8 +20,8 @@ constexpr const char* kRule = "=================================================
 /// Set by every constructor: the last constructed log decides for all.
 bool development_environment = false;
 
-/// Prints to `stream` and brings the text to the file at once, so that the log is complete even if
-/// the installer dies. False when the file did not take it.
+/// Prints to `stream` and writes the text to the file at once, so that the log is complete even if
+/// the installer dies. Returns false if that fails.
 bool Print(std::FILE* stream, const char* text) {
   const bool printed = std::fprintf(stream, "%s", text) >= 0;
   return std::fflush(stream) == 0 && printed;
@@ -76,13 +76,13 @@ int TEVInstallLog::OpenPathLogFile(TEVUnicodeString& message) noexcept {
 void TEVInstallLog::WriteLogFile(char* text) noexcept { Write(text); }
 
 void TEVInstallLog::WriteLogFile(TEVUnicodeString& text) noexcept {
+  const kwinst::MessageFrame frame;
   if (stream_ == nullptr) {
     Print(stdout, text.ConvertToChar());
     return;
   }
   if (Print(stream_, text.ConvertToChar())) return;
 
-  const kwinst::MessageFrame frame;
   const TEVUnicodeString failure = frame.Build("ErrWndErrorWriteLog", {path_});
   std::fprintf(stderr, "%s\n", failure.ConvertToChar());
   std::fflush(stderr);
@@ -133,9 +133,9 @@ char* TEVInstallLog::TheTime() noexcept {
 }
 
 int TEVInstallLog::OpenInHome(TEVUnicodeString& message) {
+  const kwinst::MessageFrame frame;
   const char* home = TEVGetEnv("HOME");
   if (home == nullptr || home[0] == '\0') {
-    const kwinst::MessageFrame frame;
     message = frame.Build("ErrHOME", {}, "$HOME is not set");
     return -1;
   }
@@ -159,9 +159,9 @@ int TEVInstallLog::Open(const std::string& file, TEVUnicodeString& message) {
 /// Opens `file`, if it `fits` the log's path. A log that is open already is left open: callers open
 /// once.
 int TEVInstallLog::OpenStream(const char* file, bool fits, TEVUnicodeString& message) {
+  const kwinst::MessageFrame frame;
   stream_ = nullptr;
   if (fits && TEVFOpen(file, "a+", &stream_) == 0) return 1;
-  const kwinst::MessageFrame frame;
   message = frame.Build("ErrorOpenLog", {file});
   return -1;
 }

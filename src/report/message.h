@@ -35,8 +35,8 @@ class MessageValue {
 ///     if (message != nullptr) *message = frame.Build("ErrorNoFile", {path});
 class MessageFrame {
  public:
-  /// The first frame of the process reads the catalog: a message that there are too many open files
-  /// has its text.
+  /// The first frame of the process reads the catalog. A function makes its frame before it does
+  /// anything else, so that the message "too many open files" has its text.
   MessageFrame();
 
   /// The text for `key` with `values`, or `defaultText` when no catalog has the key.
