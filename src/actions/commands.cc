@@ -18,7 +18,7 @@ using kwinst::MessageFrame;
 
 namespace {
 
-/// Writes `text` and a newline to `path`. False when any of it could not be stored.
+/// Writes `text` and a newline to `path`. Returns false if not all could be stored.
 bool WriteLine(const char* path, const char* text) {
   std::FILE* file = nullptr;
   if (TEVFOpen(path, "w", &file) != 0) return false;

@@ -31,7 +31,7 @@ std::string EnvironmentOptions(const char* installDir, const std::string& lpFile
 /// The command that starts `program` with `arguments`.
 std::string StartCommand(const char* installDir, const char* program, const char* arguments,
                          const std::string& lpFile) {
-  return Format("%s/code/command/tevstart -run \"%s %s\"", installDir, program, arguments) +
+  return JoinPath(installDir, kwinst::kStarter) + Format(" -run \"%s %s\"", program, arguments) +
          EnvironmentOptions(installDir, lpFile);
 }
 
@@ -58,14 +58,17 @@ int TEVInsPalomirSetup(char* command, TEVUnicodeString* message) noexcept {
 }
 
 int TEVInsNeedQDNUpdate(char* installDir) noexcept {
-  const bool installed = kwinst::Exists(kwinst::ControlFile(installDir, "Q8M.prd"));
-  return installed && kwinst::Exists(JoinPath(installDir, "code/bin/DRXPeopleUpdate")) ? 1 : 0;
+  return kwinst::Exists(kwinst::ControlFile(installDir, kwinst::kPeopleDataManifest)) &&
+                 kwinst::Exists(kwinst::ProgramFile(installDir, kwinst::kPeopleDataUpdate))
+             ? 1
+             : 0;
 }
 
 int TEVInsQDNUpdate(char* installDir, TEVUnicodeString* message, char* /*extra*/) noexcept {
   const MessageFrame frame;
   const std::string command =
-      StartCommand(installDir, "DRXPeopleUpdate", "-p -m", "PALOMIR_QDN.lp") + ' ';
+      StartCommand(installDir, kwinst::kPeopleDataUpdate, "-p -m", kwinst::kPeopleDataEnvironment) +
+      ' ';
   const char* text = command.c_str();
   // Deliberate: this is the status of system(3) itself, not the exit status in it.
   const int status = kwinst::RunShell(command);

@@ -53,11 +53,11 @@ TEVInsTaskList::~TEVInsTaskList() noexcept {
 
 int TEVInsTaskList::TEVInsCheckOrbixReboot(const char* installDir) noexcept {
   if (installDir == nullptr) return 0;
-  const size_t size = std::strlen(installDir) + 30;
+  const size_t size = std::strlen(installDir) + 1 + std::strlen(kwinst::kOrbDaemonScript) + 1;
   daemon_script_.reset(new (std::nothrow) char[size]);
   if (daemon_script_ == nullptr) return 0;
   static_cast<void>(
-      std::snprintf(daemon_script_.get(), size, "%s/code/command/InitOrbixDaemon", installDir));
+      std::snprintf(daemon_script_.get(), size, "%s/%s", installDir, kwinst::kOrbDaemonScript));
   if (!kwinst::Exists(daemon_script_.get())) return orbix_boot_ = 0;
 
   TEVDirectory directory = nullptr;

@@ -46,7 +46,7 @@ SdkTally CountSdk(const NameList& packages, TEVINSInstToc* installed,
       ++tally.installed;
       continue;
     }
-    const std::string base = name.substr(0, name.find(".zeb2"));
+    const std::string base = name.substr(0, name.find(kwinst::kSdkPackage));
     if (installedCode != nullptr && installedCode->IsInstalled(base.c_str(), code) == 0) {
       ++tally.installable;
     }

@@ -81,7 +81,7 @@ int TEVInsCheckSPKLevel(int mediaLevel, int installedLevel, char* installDir, in
   if (installedLevel < mediaLevel) {
     if (!pending) return 1;
     const std::string commit =
-        std::string(installDir) + "/code/command/tevstart -run TEVSoftwareMgt";
+        kwinst::JoinPath(installDir, kwinst::kStarter) + " -run TEVSoftwareMgt";
     *message = frame.Build("ErrWndNoCommit", {installedLevel, mediaLevel, commit});
     return -1;
   }

@@ -18,7 +18,7 @@ int TEVInsCheckMedia(TEVINSType type, TEVINSMediaToc* media, TEVUnicodeString* m
 
 int TEVInsCheckMediaSAT(char* mediaDir, TEVUnicodeString* message) noexcept {
   const MessageFrame frame;
-  for (const char* name : {"LumaforgeSatellite.Z", "LFSFS"}) {
+  for (const char* name : {kwinst::kSatelliteArchive, kwinst::kSatelliteSpace}) {
     const std::string path = kwinst::JoinPath(mediaDir, name);
     if (kwinst::Exists(path)) continue;
     if (message != nullptr) *message = frame.Build("ErrorNoFile", {path});

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kOutputSize = 1024;
 
-/// Copies a candidate into `result` and checks it. One that does not fit is no home.
+/// Copies a candidate into `result` and checks it. One that does not fit is not accepted.
 bool IsHome(const std::string& candidate, char* result) {
   if (!kwinst::CopyWhole(candidate, result, kwinst::kPathSize)) return false;
   TEVUnicodeString version;

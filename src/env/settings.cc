@@ -51,7 +51,7 @@ int TCKBootInit;
 
 namespace {
 
-/// The entry of a setting. It is empty when the value is null: there is nothing to export.
+/// The entry of a setting. If the value is null, it is empty, and nothing is exported.
 std::string Entry(const char* key, const char* value) {
   return value == nullptr ? "" : std::string(key) + '=' + value;
 }
@@ -60,7 +60,7 @@ void AppendTo(TEVUnicodeString* message, const TEVUnicodeString& text) {
   if (message != nullptr) message->Append(text);
 }
 
-/// Exports a data directory as it is given, unless it is null. False when it is refused.
+/// Exports a data directory as it is given, unless it is null. Returns false if it is refused.
 template <size_t Size>
 bool ExportDirectory(char (&buffer)[Size], const char* key, const char* path,
                      const MessageFrame& frame, TEVUnicodeString* message) {

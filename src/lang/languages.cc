@@ -73,13 +73,15 @@ int TEVInsInitChosenLang(char* installDir, const char* osDir) noexcept {
 void TEVInsRemoveLang(char* installDir, const char* osDir, char* componentName,
                       int languages) noexcept {
   if (installDir == nullptr || osDir == nullptr || componentName == nullptr) return;
-  const std::string resources = kwinst::SystemDir(installDir, osDir) + "/resources/";
+  const std::string system = kwinst::SystemDir(installDir, osDir);
+  const std::string catalogs = kwinst::JoinPath(system, kwinst::kCatalogDir);
   for (const Item& item : kItems) {
     if (item.bit == kFonts || (languages & item.bit) != 0) continue;
-    kwinst::RunShell("rm -rf " + resources + "msgcatalog/" + item.name);
+    kwinst::RunShell("rm -rf " + kwinst::JoinPath(catalogs, item.name));
   }
   if ((languages & kFonts) != 0 || std::strcmp(componentName, "Visualization") != 0) return;
+  const std::string fonts = kwinst::JoinPath(system, kwinst::kStrokeFontDir);
   for (const char* font : kStrokeFonts) {
-    TEVDeleteFile((resources + "fonts/Stroke/" + font + ".font").c_str());
+    TEVDeleteFile((kwinst::JoinPath(fonts, font) + ".font").c_str());
   }
 }

@@ -8,8 +8,8 @@ namespace kwinst {
 constexpr int kLowestPort = 1024;  ///< that a product may have
 constexpr int kHighestPort = 65535;
 
-/// Is `port` free? When it is taken and a later one up to `max` is free, assigns `taken(later one)`
-/// to `*message`; when no port is free, the message of GetFreePort.
+/// Is `port` free? If not, `*message` becomes `taken(N)` for the next free port N up to `max`, or
+/// the message of GetFreePort if no port is free.
 template <typename Text>
 bool IsPortFree(int port, int max, TEVUnicodeString* message, Text taken) {
   const int found = GetFreePort(port, message, max);

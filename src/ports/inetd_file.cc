@@ -22,7 +22,7 @@ InetdOutcome CannotOpen(const std::string& path, const std::string& error,
   return InetdOutcome::kFailed;
 }
 
-/// The outcome of a file that was `written`, or was left as it had been.
+/// The outcome and the message of writing the file `path`.
 InetdOutcome Written(bool written, const std::string& path, const MessageFrame& frame,
                      TEVUnicodeString& message) {
   message = written ? frame.Build("OKWriteServicesFile", {path})

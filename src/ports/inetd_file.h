@@ -7,15 +7,16 @@
 
 namespace kwinst {
 
+/// What became of a line: kStands means that the file had it already.
 enum class InetdOutcome { kFailed, kStands, kChanged };
 
-/// Registers a service in the inetd configuration file: `line` takes the place of each line that
-/// begins with `service`, or is added when there is none. Nothing is done when the file has a line
-/// that is `standing`; an empty one never stands.
+/// Registers a service in the inetd file. Each line that begins with `service` is replaced by
+/// `line`. If there is no such line, `line` is added. If the file already has the line `standing`,
+/// nothing is done. No line is equal to an empty `standing`.
 ///
-/// Lines are replaced in three steps: the file becomes the backup FILE.tmp, is written anew, and
-/// the backup is deleted. `message` is assigned with every outcome, except that it stays untouched
-/// when the line stands and when there is no memory for the lines.
+/// To replace lines, the file is renamed to its backup FILE.tmp, a new file is written, and the
+/// backup is deleted. `message` is assigned, except for kStands and if there is no memory for the
+/// lines.
 InetdOutcome RegisterInInetd(const std::string& service, const std::string& line,
                              const std::string& standing, TEVUnicodeString& message);
 

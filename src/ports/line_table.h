@@ -16,15 +16,15 @@ namespace kwinst {
 /// Size of a line in a table: a longer line is split into pieces of one character less.
 constexpr size_t kSlotSize = 1024;
 
-/// What takes the place of each line that begins with `name`.
+/// The line that replaces each line that begins with `name`.
 struct Replacement {
   std::string name;
   std::string line;
 };
 
-/// The content of a file that is about to be rewritten: a slot of 1024 bytes for each line, and
-/// three to spare. The lines lie one behind the other, so memory that they do not need stays
-/// untouched.
+/// The content of a file that will be rewritten. There is room for three lines more than the file
+/// has, if each has kSlotSize bytes. Lines lie one behind the other, so that most of that memory is
+/// never touched.
 class LineTable {
  public:
   explicit LineTable(size_t lines);
@@ -32,21 +32,22 @@ class LineTable {
   LineTable(const LineTable&) = delete;
   LineTable& operator=(const LineTable&) = delete;
 
-  /// True when there was no memory for it.
+  /// Was there no memory for the table?
   bool absent() const { return text_ == nullptr; }
 
-  /// What was asked for, in bytes.
+  /// The bytes that were asked for.
   size_t size() const { return size_; }
 
-  /// Reads `file` from its beginning, with replacements. False when it cannot be read, or a line
-  /// does not fit.
+  /// Reads `file` from its beginning, with replacements. Returns false if it cannot be read, or if
+  /// a line does not fit.
   bool Read(std::FILE* file, const std::vector<Replacement>& replacements);
 
-  /// Adds a whole line, after a newline if the last one lacks it. False when it does not fit.
+  /// Adds a whole line, after a newline if the last line lacks one. Returns false if it does not
+  /// fit.
   bool AddLine(std::string_view line);
 
   /// Writes the lines to the new, empty `file`, with the mode and the owner of the file that was
-  /// read, and closes it. False when any of that fails.
+  /// read, and closes it. Returns false if any of that fails.
   bool WriteAndClose(InputFile file) const;
 
  private:

@@ -11,8 +11,10 @@
 #include "support/environment_entry.h"
 #include "support/format.h"
 #include "support/shell.h"
+#include "support/tree_paths.h"
 
 using kwinst::Format;
+using kwinst::JoinPath;
 using kwinst::kLowestPort;
 using kwinst::MessageFrame;
 
@@ -85,7 +87,7 @@ int TEVInsCheckOrbixValue(int port, int base, int range, int boot,
 }
 
 int IsOrbixRunning(char* installDir) noexcept {
-  std::string path = Format("%s/code/bin/lsit", installDir);
+  std::string path = kwinst::ProgramFile(installDir, kwinst::kOrbQuery);
   char* const arguments[] = {path.data(), nullptr};
   int process = 0;
   int status = 0;
@@ -94,12 +96,13 @@ int IsOrbixRunning(char* installDir) noexcept {
 }
 
 int TEVInsRestartOrbix(char* installDir) noexcept {
-  PublishAtAnyLength(Format("IT_CONFIG_PATH=%s/startup/orbix", installDir), config_entry);
-  const std::string command = Format(
-      "DISPLAY=`uname -n`:0 ; export DISPLAY ;cd %s;%s/code/bin/orbixd -u -s -t > /dev/null &",
-      installDir, installDir);
+  PublishAtAnyLength("IT_CONFIG_PATH=" + JoinPath(installDir, kwinst::kOrbConfigDir), config_entry);
+  const std::string daemon = kwinst::ProgramFile(installDir, kwinst::kOrbDaemon);
+  const std::string command =
+      Format("DISPLAY=`uname -n`:0 ; export DISPLAY ;cd %s;%s -u -s -t > /dev/null &", installDir,
+             daemon.c_str());
 
-  std::string libraries = Format("LD_LIBRARYN32_PATH=%s/code/patchOrbixIRIX", installDir);
+  std::string libraries = "LD_LIBRARYN32_PATH=" + JoinPath(installDir, kwinst::kOrbLibraryDir);
   // Set but empty, the variable still gets its colon.
   const char* before = TEVGetEnv("LD_LIBRARYN32_PATH");
   if (before != nullptr) libraries.append(":").append(before);

@@ -18,17 +18,6 @@ using kwinst::MessageFrame;
 
 namespace {
 
-/// What InitFreePort and SetFreePort remember, without the value of group 500. It is for whoever
-/// looks into the process: no search asks it.
-int remembered[8];
-
-/// Stores the value of group 500, which lies over the first bytes of varOrbixPort with its highest
-/// byte first: any port makes that an empty text.
-void StoreOverOrbixPort(int value) {
-  const uint32_t big_endian = htonl(static_cast<uint32_t>(value));
-  std::memcpy(varOrbixPort, &big_endian, sizeof(big_endian));
-}
-
 sockaddr_in AnyAddress(int port) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -37,7 +26,8 @@ sockaddr_in AnyAddress(int port) {
   return address;
 }
 
-/// Binds `socket` to the first port from `start` to `max` that is free. False when none is.
+/// Binds `socket` to the first port from `start` to `max` that is free. Returns false if there is
+/// none.
 bool BindFirstFree(int socket, int start, int max) {
   const int last = std::min(max, kHighestPort);
   for (int port = std::max(start, 0); port <= last; ++port) {
@@ -79,51 +69,6 @@ int CheckRunPorts(std::initializer_list<int*> ports, TEVUnicodeString* message) 
 }
 
 }  // namespace
-
-int InitFreePort(int group) noexcept {
-  switch (group) {
-    case 100:
-      std::fill_n(remembered, 6, 0);
-      remembered[6] = 8080;
-      StoreOverOrbixPort(8082);
-      break;
-    case 200:
-      std::fill_n(remembered, 2, 0);
-      break;
-    case 300:
-      std::fill_n(remembered + 2, 3, 0);
-      break;
-    case 400:
-      // The value between the two stays.
-      remembered[5] = 0;
-      remembered[7] = 0;
-      break;
-    default:
-      break;
-  }
-  return 0;
-}
-
-int SetFreePort(int group, int first, int second, int third) noexcept {
-  const int values[] = {first, second, third};
-  switch (group) {
-    case 200:
-      std::copy_n(values, 2, remembered);
-      break;
-    case 300:
-      std::copy_n(values, 3, remembered + 2);
-      break;
-    case 400:
-      std::copy_n(values, 3, remembered + 5);
-      break;
-    case 500:
-      StoreOverOrbixPort(first);
-      break;
-    default:
-      break;
-  }
-  return 0;
-}
 
 int GetFreePort(int start, TEVUnicodeString* message, int max) noexcept {
   if (message == nullptr) return -1;

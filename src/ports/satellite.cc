@@ -23,7 +23,7 @@ constexpr const char* kService = "mi-ray";
 }  // namespace
 
 int SatComputeRequired(char* mediaDir, TEVUnicodeString& /*message*/) noexcept {
-  const std::string path = kwinst::JoinPath(mediaDir, "LFSFS");
+  const std::string path = kwinst::JoinPath(mediaDir, kwinst::kSatelliteSpace);
   if (!kwinst::Exists(path) || kwinst::IsPipeOrDevice(path.c_str())) return 0;
   std::ifstream file(path);
   unsigned int kilobytes = 0;

@@ -15,6 +15,7 @@
 #include "ports/system_file.h"
 #include "report/message.h"
 #include "support/format.h"
+#include "support/tree_paths.h"
 
 using kwinst::Format;
 using kwinst::InputFile;
@@ -28,7 +29,7 @@ namespace {
 struct Service {
   const char* name;      ///< a line that begins with it belongs to the service
   const char* column;    ///< the name and the blanks before the port
-  const char* replaced;  ///< before the '#' of a line that takes the place of another one
+  const char* replaced;  ///< before the '#' of a line that replaces another one
   const char* added;     ///< before the '#' of a line that joins other lines of the product
 };
 
@@ -60,6 +61,12 @@ std::string AppendedLines(const Ports& ports) {
     if (ports[i] != 0) lines += Line(kServices[i], ports[i], kAppended);
   }
   return lines;
+}
+
+/// The product's line in the inetd file, without its newline.
+std::string DaemonLine(const char* program) {
+  return Format("%s stream tcp nowait root %s  #%s", kServices[kRun].name, program,
+                kwinst::kSystemDaemon);
 }
 
 void Look(std::string_view piece, Found* found) {
@@ -124,8 +131,8 @@ int Replace(const std::string& path, const LineTable& table, const MessageFrame&
 }  // namespace
 
 int CheckNeedUpdateServices(char* inetdFile, char* installDir) noexcept {
-  const std::string entry = Format(
-      "morvelk7run stream tcp nowait root %s/code/bin/TEVSysDemon  #TEVSysDemon", installDir);
+  const std::string entry =
+      DaemonLine(kwinst::ProgramFile(installDir, kwinst::kSystemDaemon).c_str());
   const InputFile file = kwinst::OpenForReading(inetdFile);
   if (file == nullptr) return 1;
   bool found = false;
@@ -222,9 +229,7 @@ int UpdateNewPorts(int bbPort, int runPort, int brokerPort, char* servicesFile,
 }
 
 int UpdateDemon(char* demonPath, TEVUnicodeString* message) noexcept {
-  const std::string entry =
-      Format("morvelk7run stream tcp nowait root %s  #TEVSysDemon\n", demonPath);
   const kwinst::InetdOutcome outcome =
-      kwinst::RegisterInInetd(kServices[kRun].name, entry, "", *message);
+      kwinst::RegisterInInetd(kServices[kRun].name, DaemonLine(demonPath) + '\n', "", *message);
   return outcome == kwinst::InetdOutcome::kChanged ? 1 : -1;
 }

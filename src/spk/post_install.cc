@@ -17,7 +17,8 @@ char install_path[1024];
 
 /// Sets both variables, or neither if one of them does not fit.
 bool SetEnvironment(const char* installDir) {
-  return kwinst::Publish({{library_path, Format("LD_LIBRARYN32_PATH=%s/code/bin", installDir)},
+  const std::string programs = kwinst::JoinPath(installDir, kwinst::kProgramDir);
+  return kwinst::Publish({{library_path, "LD_LIBRARYN32_PATH=" + programs},
                           {install_path, Format("TEVInstallPath=%s", installDir)}});
 }
 
@@ -38,7 +39,7 @@ int TEVInsSPK(char* suffix, char* installDir, char* logFile) noexcept {
 
   int status = 0;
   kwinst::ForEachWord<256>(list.c_str(), [&](const char* word) {
-    const std::string program = Format("%s/code/bin/%s_%s", installDir, word, suffix);
+    const std::string program = kwinst::ProgramFile(installDir, Format("%s_%s", word, suffix));
     if (kwinst::Exists(program)) status = kwinst::RunShell(CommandFor(program, logFile)) / 256;
     return true;
   });

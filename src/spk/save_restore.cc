@@ -38,11 +38,11 @@ bool MayExist(const std::string& path) {
 }
 
 /// The service pack's control file, which is unpacked in the temporary directory.
-class PackList {
+class UnpackedList {
  public:
-  PackList(const char* spkName, const char* osDir, TEVINSType type)
-      : member_(type == zeb2 ? Format("control/%s", spkName)
-                             : Format("%s/control/%s", osDir, spkName)),
+  UnpackedList(const char* spkName, const char* osDir, TEVINSType type)
+      : member_(type == zeb2 ? JoinPath(kwinst::kControlDir, spkName)
+                             : Format("%s/%s/%s", osDir, kwinst::kControlDir, spkName)),
         path_(JoinPath(TempDir(), member_)) {}
 
   /// Its path in the archive.
@@ -88,7 +88,7 @@ struct Renaming {
 /// does not exist is ignored. Deletes the control file at the end. Returns 0, or -1 with `message`
 /// assigned.
 template <typename Function>
-int RenameListedFiles(const PackList& control, TEVUnicodeString& message, Function renaming) {
+int RenameListedFiles(const UnpackedList& control, TEVUnicodeString& message, Function renaming) {
   const MessageFrame frame;
   const kwinst::InputFile file = kwinst::OpenForReading(control.path().c_str());
   if (file == nullptr) {
@@ -118,7 +118,7 @@ int TEVInsSaveFilesBeforeInstall(char* spkName, char* mediaDir, char* installDir
   if (mediaDir == nullptr || installDir == nullptr || (type == code && osDir == nullptr)) return -1;
   const MessageFrame frame;
   const std::string archive = JoinPath(mediaDir, spkName);
-  const PackList control(spkName, osDir, type);
+  const UnpackedList control(spkName, osDir, type);
   if (kwinst::RunShell(UnpackingCommand(archive, control.member())) != 0) {
     message = frame.Build("ErrWndExtractTar.Text", {control.member(), archive});
     message.Append(frame.Build("CheckTmpDir", {TempDir()}));
@@ -134,7 +134,7 @@ int TEVInsSaveFilesBeforeInstall(char* spkName, char* mediaDir, char* installDir
 
 int TEVInsRestoreFiles(char* installDir, char* spkName, const char* osDir, TEVINSType type,
                        TEVUnicodeString& message) noexcept {
-  const PackList control(spkName, osDir, type);
+  const UnpackedList control(spkName, osDir, type);
   if (!kwinst::Exists(control.path()) && MeansMissing(errno)) return 0;
   return RenameListedFiles(control, message, [installDir](char* line) {
     const std::string file = WholeLine(line);

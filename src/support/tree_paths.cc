@@ -13,7 +13,11 @@ std::string SystemDir(const char* installDir, const char* osDir) {
 }
 
 std::string ControlFile(const std::string& systemDir, const std::string& name) {
-  return JoinPath(systemDir, "control/" + name);
+  return JoinPath(JoinPath(systemDir, kControlDir), name);
+}
+
+std::string ProgramFile(const std::string& systemDir, const std::string& name) {
+  return JoinPath(JoinPath(systemDir, kProgramDir), name);
 }
 
 Archive FindArchive(const std::string& plain) {
