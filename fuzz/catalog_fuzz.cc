@@ -19,7 +19,7 @@ std::string Stripped(std::string text) {
   return text;
 }
 
-/// What a text between quotes stands for, or none when it is none.
+/// What a text between quotes stands for. No value if it is not valid.
 std::optional<std::string> Unquoted(const std::string& quoted) {
   std::string text;
   bool escaped = false;

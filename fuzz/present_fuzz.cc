@@ -89,7 +89,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   const std::string pruned = Prune(content, name, type);
   Require(pruned == expected, "the other lines stay, in their order");
-  Require((TEVInsResetPresent::IsLineRemoved() == 1) == removed, "a dropped line is told of");
+  Require((TEVInsResetPresent::IsLineRemoved() == 1) == removed, "a dropped line is reported");
   // A table may have CR LF line ends; to the pruning, a CR belongs to a name.
   if (content.find('\r') == std::string::npos) CheckTable(name, type);
   Require(Prune(pruned, name, type) == pruned, "pruning twice is pruning once");

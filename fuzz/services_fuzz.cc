@@ -11,7 +11,7 @@ namespace {
 using fuzz::Lines;
 using fuzz::Require;
 
-constexpr size_t kPiece = 1023;  // what counts as one line
+constexpr size_t kPiece = 1023;  // a longer line is read in pieces
 
 const std::string kServices = fuzz::Path("services");
 const std::string kInetd = fuzz::Path("inetd.conf");
@@ -95,7 +95,7 @@ void RequireContent(const std::string& path, const std::string& expected) {
 }
 
 void RequireOk(int status, const TEVUnicodeString& message, const std::string& path) {
-  Require(status == 1 && message.ConvertToChar() == "OK " + path, "an update is told of");
+  Require(status == 1 && message.ConvertToChar() == "OK " + path, "an update is reported");
 }
 
 void CheckPorts(const std::string& content, const Ports& ports) {

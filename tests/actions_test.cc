@@ -8,7 +8,7 @@ namespace {
 
 using ActionsTest = Fixture;
 
-TEST_F(ActionsTest, TellsTheOutcomeOfEachCommand) {
+TEST_F(ActionsTest, ReportsTheOutcomeOfEachCommand) {
   const std::string from = Write("from", "from\n");
   const std::string to = Write("to", "to\n");
   const std::string no = Path("no");
@@ -41,7 +41,7 @@ TEST_F(ActionsTest, CreatesFilesOfOneLine) {
   EXPECT_EQ(Told(), Message("CreateFile_KO", dir_));
 }
 
-TEST_F(ActionsTest, TellsHowTheSetupEnded) {
+TEST_F(ActionsTest, ReportsHowTheSetupEnded) {
   const std::string kMessages[] = {
       Message("PalomirSetupRC_0"), Message("PalomirSetupRC_1", "exit 1"),
       Message("PalomirSetupRC_2", "exit 2"), Message("PalomirSetupDefault", "3")};

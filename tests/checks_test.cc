@@ -23,7 +23,7 @@ class TocTest : public Fixture {
   }
 };
 
-TEST_F(TocTest, OpensWhatItCanAndTellsTheRest) {
+TEST_F(TocTest, OpensWhatItCanAndReportsTheRest) {
   TEVINSMediaToc* media = reinterpret_cast<TEVINSMediaToc*>(1);
   EXPECT_EQ(InitMediaToc(CharPath(Path("TOC")), &media, &message_), -1);
   EXPECT_EQ(Told(), Message("ErrorInitNoToc", Path("TOC")));
@@ -40,7 +40,7 @@ TEST_F(TocTest, OpensWhatItCanAndTellsTheRest) {
 
 TEST_F(TocTest, OpensTreesThatAreNotThereYet) {
   TEVINSInstToc* tree = nullptr;
-  const TEVINSMediaToc earlier("/missing/TOC");  // its problem is none of the tree's
+  const TEVINSMediaToc earlier("/missing/TOC");  // its problem is not the tree's
   EXPECT_EQ(InitInstallToc(CharPath(MakeDir("new")), &tree, &message_), 0);
   EXPECT_EQ(Told(), kUntouched);
   delete tree;

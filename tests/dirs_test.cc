@@ -58,12 +58,13 @@ TEST_F(DirsTest, FitForAnInstallation) {
     const char* system;
     int status, short_status;
     std::string message;
-  } kCases[] = {{empty, "aix", 1, 0, "untouched"},
-                {Path("new/a"), "aix", 3, 3, "untouched"},
-                {tree, "aix", 4, 0, "untouched"},
-                {tree, "other", -2, 0, Message("ErrWndEmptyDir", tree)},
-                {file, "aix", -2, 0, Message("ErrWndFileAlreadyExist", file)},
-                {"relative", "aix", -1, -1, Message("ErrWndNoWriteDir", "")}};
+  } kCases[] = {
+      {empty, "aix", /*status=*/1, /*short_status=*/0, kUntouched},
+      {Path("new/a"), "aix", /*status=*/3, /*short_status=*/3, kUntouched},
+      {tree, "aix", /*status=*/4, /*short_status=*/0, kUntouched},
+      {tree, "other", /*status=*/-2, /*short_status=*/0, Message("ErrWndEmptyDir", tree)},
+      {file, "aix", /*status=*/-2, /*short_status=*/0, Message("ErrWndFileAlreadyExist", file)},
+      {"relative", "aix", /*status=*/-1, /*short_status=*/-1, Message("ErrWndNoWriteDir", "")}};
   for (const auto& c : kCases) {
     EXPECT_EQ(TEVInsCheckEmptyDir(c.path.c_str(), c.system, &message_), c.status) << c.path;
     EXPECT_EQ(Told(), c.message) << c.path;

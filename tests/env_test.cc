@@ -57,12 +57,15 @@ TEST_F(EnvTest, ExportsTheTreesBeside) {
     int library, drx;
     std::string drx_dir, exported, told;
   } kCases[] = {
-      {1, file, 1, 1, "", none, Message("ErrWndK6IsNotaDir", file) + Message("ErrWndK6IsNotaDir")},
-      {1, dir_, 1, 1, "no", none, Message("ErrWndK6IsNotaDir", "no")},
-      {1, dir_, 1, 1, dir_ + std::string(1023, '/'), none, kUntouched},
-      {0, file, 1, 2, "no", "1;-;-;NO;-;NO;", kUntouched},
-      {1, dir_, 2, 0, "", "1;" + dir_ + ";libK6243;YES;-;NO;", kUntouched},
-      {1, "/usr", 1, 1, dir_, "1;/usr;libK623;YES;" + dir_ + ";YES;", kUntouched}};
+      {/*k6=*/1, file, /*library=*/1, /*drx=*/1, "", none,
+       Message("ErrWndK6IsNotaDir", file) + Message("ErrWndK6IsNotaDir")},
+      {/*k6=*/1, dir_, /*library=*/1, /*drx=*/1, "no", none, Message("ErrWndK6IsNotaDir", "no")},
+      {/*k6=*/1, dir_, /*library=*/1, /*drx=*/1, dir_ + std::string(1023, '/'), none, kUntouched},
+      {/*k6=*/0, file, /*library=*/1, /*drx=*/2, "no", "1;-;-;NO;-;NO;", kUntouched},
+      {/*k6=*/1, dir_, /*library=*/2, /*drx=*/0, "", "1;" + dir_ + ";libK6243;YES;-;NO;",
+       kUntouched},
+      {/*k6=*/1, "/usr", /*library=*/1, /*drx=*/1, dir_, "1;/usr;libK623;YES;" + dir_ + ";YES;",
+       kUntouched}};
   for (const auto& c : kCases) {
     EXPECT_EQ(ExportK6(c.k6, CharPath(c.k6_dir), c.library, c.drx, CharPath(c.drx_dir), &message_),
               c.exported == none ? -1 : 1);

@@ -44,14 +44,14 @@ namespace {
 
 using Tree = std::map<std::string, std::string>;  // the content of each file
 
-/// What a function tells and does. Lists are separated by '|'; files are NAME=CONTENT.
+/// What a function reports and does. Lists are separated by '|'; files are NAME=CONTENT.
 struct Operation {
   std::string name, success;
-  std::string failures = "";  ///< none when it tells none
+  std::string failures = "";  ///< empty if it reports none
   std::string before = "";    ///< files that may not be lost
   std::string after = "";     ///< what a success leaves; the file "*" is all of them together
   std::string input = "";     ///< files that it needs or writes over
-  bool may_stop = false;      ///< what cannot be read or looked at counts as its end: a success
+  bool may_stop = false;      ///< a read error is treated as the end: a success
 };
 
 using Function = std::function<int(TEVUnicodeString*)>;

@@ -30,7 +30,7 @@ class FaultyRun {
   FaultyRun(int call, int effect, bool in_program, const std::function<std::string()>& operation)
       : call_(call), effect_(effect), in_program_(in_program) {
     constexpr size_t kSize = 4096;
-    // The outcome is told without a system call, which could go wrong.
+    // The outcome is passed on without a system call, which could go wrong.
     void* shared = mmap(nullptr, kSize, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     std::fflush(nullptr);
     root_ = fork();
@@ -50,7 +50,7 @@ class FaultyRun {
   }
 
   bool reached = false;  ///< the call was made
-  std::string told;      ///< what the operation returned; nothing when it was killed
+  std::string told;      ///< what the operation returned; empty if it was killed
 
  private:
   /// Does the program count at its exit what has run? The leak check cannot be traced.

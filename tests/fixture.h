@@ -31,7 +31,7 @@ class Fixture : public ::testing::Test {
   /// Makes a shell script that can be executed. Returns its full path.
   std::string Program(const std::string& relative, const std::string& commands) const;
 
-  /// What has been told in message_ since the last call.
+  /// What functions have put into message_ since the last call.
   std::string Told();
 
   /// Messages have their default texts from here on: the catalog has no keys.

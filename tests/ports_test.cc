@@ -104,22 +104,25 @@ TEST_F(PortsTest, ChecksAndExportsTheOrbDaemon) {
   const auto names = {"DaemonPort", "DaemonServerBase", "DaemonServerRange"};
   EXPECT_EQ(TEVInsCheckOrbixValue(1024, 1025, 64510, 1, &message_), 1);
   for (const int port : {2000, 49151}) Take(port);
+  const auto refused = [](const char* key, int value, int limit) {
+    return Message(key, Text(value), Text(limit));
+  };
   const struct {
     int port, first, range;
-    const char* key;
-    int p1, p2;
-  } kCases[] = {{/*port=*/1023, /*first=*/0, /*range=*/0, "ErrBadOrbixPort1", 1023, 1023},
-                {/*port=*/49152, /*first=*/0, /*range=*/0, "ErrBadOrbixPort2", 49152, 49152},
-                {/*port=*/49151, /*first=*/1023, /*range=*/0, "ErrBadServerBase1", 1023, 1023},
-                {/*port=*/1024, /*first=*/65486, /*range=*/0, "ErrBadServerBase2", 65486, 65486},
-                {/*port=*/1024, /*first=*/65485, /*range=*/49, "ErrBadServerRange1", 49, 49},
-                {/*port=*/1024, /*first=*/65485, /*range=*/51, "ErrBadServerRange2", 51, 51},
-                {/*port=*/2000, /*first=*/1024, /*range=*/50, "ErrWndOrbixPortNotFree", 2000, 2001},
-                {/*port=*/49151, /*first=*/65485, /*range=*/50, "ErrSearchFreePort", 49151, 49151},
-                {/*port=*/1024, /*first=*/1024, /*range=*/50, "ErrWndOrbixServerBase", 1024, 1024}};
+    std::string refusal;
+  } kCases[] = {
+      {/*port=*/1023, /*first=*/0, /*range=*/0, refused("ErrBadOrbixPort1", 1023, 1023)},
+      {/*port=*/49152, /*first=*/0, /*range=*/0, refused("ErrBadOrbixPort2", 49152, 49152)},
+      {/*port=*/49151, /*first=*/1023, /*range=*/0, refused("ErrBadServerBase1", 1023, 1023)},
+      {/*port=*/1024, /*first=*/65486, /*range=*/0, refused("ErrBadServerBase2", 65486, 65486)},
+      {/*port=*/1024, /*first=*/65485, /*range=*/49, refused("ErrBadServerRange1", 49, 49)},
+      {/*port=*/1024, /*first=*/65485, /*range=*/51, refused("ErrBadServerRange2", 51, 51)},
+      {/*port=*/2000, /*first=*/1024, /*range=*/50, refused("ErrWndOrbixPortNotFree", 2000, 2001)},
+      {/*port=*/49151, /*first=*/65485, /*range=*/50, refused("ErrSearchFreePort", 49151, 49151)},
+      {/*port=*/1024, /*first=*/1024, /*range=*/50, refused("ErrWndOrbixServerBase", 1024, 1024)}};
   for (const auto& c : kCases) {
     EXPECT_EQ(TEVInsCheckOrbixValue(c.port, c.first, c.range, 0, &message_), 0);
-    EXPECT_EQ(Told(), Message(c.key, Text(c.p1), Text(c.p2)));
+    EXPECT_EQ(Told(), c.refusal);
   }
   EXPECT_EQ(Env(names, "ORBIX_It") + std::getenv("ORBIX_BootInit"), "1024;1025;64510;1");
   // One remembered port lies over the first bytes of an entry, and no other one.

@@ -60,6 +60,11 @@ TEST_F(ProcessesTest, ListsAllProcessesAndDescendants) {
   EXPECT_EQ(tasks.TEVInsCheckTask("/t", nullptr), 6) << "added to the two descendants";
   Program("bin/ps", "exit 1");
   EXPECT_EQ(tasks.TEVInsGetAllProcess(), 0);
+  TEVInsTaskList idle;
+  FakePs(Line(0, 1, "/t/sched"));
+  EXPECT_EQ(idle.TEVInsCheckTask("/t", nullptr), 1);
+  EXPECT_EQ(setpgid(0, 0), 0);
+  idle.TEVInsKillTask();  // would signal this process group
 }
 
 TEST_F(ProcessesTest, StopsRealProcesses) {

@@ -45,7 +45,7 @@ TEST_F(LogTest, ChoosesItsFile) {
   }
 }
 
-TEST_F(LogTest, TellsWhatCannotBeOpened) {
+TEST_F(LogTest, ReportsWhatCannotBeOpened) {
   const std::string missing = Path("missing");
   const std::string file = missing + "/kwinst.log";
   const std::string too_long = "/" + std::string(1020, 'x');

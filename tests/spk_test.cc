@@ -50,11 +50,13 @@ class ServicePackTest : public Fixture {
 };
 
 TEST_F(ServicePackTest, TheLineOfAServicePackGoes) {
-  TEVInsResetPresent reset;
-  Write("PRESENT", "code:FWK:BASE:ga=R12\ncode:SPK:SP3:level=3\nzeb2:SPK:SP3\n");
-  EXPECT_EQ(reset.InitSource(CharPath(Path("PRESENT"))) + reset.InitDest(CharPath(Path("new"))), 0);
-  EXPECT_EQ(reset.Remove(CharPath("SP3"), code), 0);
-  EXPECT_EQ(Read(Path("new")), "code:FWK:BASE:ga=R12\nzeb2:SPK:SP3\n");
+  for (const std::string pack : {"SP3", ""}) {
+    TEVInsResetPresent reset;
+    const std::string from = Write("PRESENT", "code:FWK:A\ncode:SPK:" + pack + ":x\ncode:SPK\n");
+    EXPECT_EQ(reset.InitSource(CharPath(from)) + reset.InitDest(CharPath(Path("new"))), 0);
+    EXPECT_EQ(reset.Remove(CharPath(pack), code), 0);
+    EXPECT_EQ(Read(Path("new")), "code:FWK:A\ncode:SPK\n");
+  }
 }
 
 TEST_F(ServicePackTest, WritesTheHeadOfALineThatStays) {
@@ -108,7 +110,7 @@ TEST_F(ServicePackTest, SavesFirstWordsAndRestoresWholeLines) {
   EXPECT_EQ(Told(), kUntouched);
 }
 
-TEST_F(ServicePackTest, TellsWhatCannotBeRenamed) {
+TEST_F(ServicePackTest, ReportsWhatCannotBeRenamed) {
   const std::string b = Write("tree/b"), saved = MakeDir("tree/b.beforeSPK");
   Pack("b");  // no file takes the place of a directory
   EXPECT_EQ(Save(), -1);
@@ -120,7 +122,7 @@ TEST_F(ServicePackTest, TellsWhatCannotBeRenamed) {
   EXPECT_EQ(Told(), Message("ErrWndRenameFile.Text", saved, b));
 }
 
-TEST_F(ServicePackTest, TellsControlFilesThatCannotBeHad) {
+TEST_F(ServicePackTest, ReportsControlFilesThatCannotBeHad) {
   const std::string archive = Path("medium/SP1");
   const std::string not_unpacked = Message("ErrWndExtractTar.Text", os_ + "/control/SP1", archive) +
                                    Message("CheckTmpDir", "/tmp");

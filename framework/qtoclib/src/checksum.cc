@@ -87,7 +87,7 @@ KWINST_FOLDING uint32_t UpdateCrcByFolding(uint32_t crc, const unsigned char* da
 
 #endif  // __x86_64__
 
-/// The checksum of a text: its length counts as further bytes, the lowest first.
+/// The checksum of a text: the bytes of its length follow it, the lowest first.
 uint32_t Finished(uint32_t crc, uint64_t length) {
   for (; length != 0; length >>= 8) {
     const auto byte = static_cast<unsigned char>(length & 0xFF);

@@ -10,18 +10,18 @@ std::string& InformationText() {
 }
 
 void LineProblems::Add(size_t line, const char* what) {
-  if (told_.size() == 20) {
-    ++untold_;
+  if (reported_.size() == 20) {
+    ++unreported_;
     return;
   }
-  told_.push_back(file_ + ", line " + std::to_string(line) + ": " + what);
+  reported_.push_back(file_ + ", line " + std::to_string(line) + ": " + what);
 }
 
 std::vector<std::string> LineProblems::Report() const {
-  std::vector<std::string> report = told_;
-  if (untold_ > 0) {
-    report.push_back(file_ +
-                     ": lines that cannot be understood besides these: " + std::to_string(untold_));
+  std::vector<std::string> report = reported_;
+  if (unreported_ > 0) {
+    report.push_back(
+        file_ + ": lines that cannot be understood besides these: " + std::to_string(unreported_));
   }
   return report;
 }

@@ -28,7 +28,7 @@ struct Expected {
 
 struct ListedFile {
   const std::string* path;           ///< below the system directory
-  std::optional<Expected> expected;  ///< empty when its last manifest does not say it
+  std::optional<Expected> expected;  ///< not set if its last manifest does not say it
   bool in_service_pack;              ///< whether the last package that lists it is one
 };
 
@@ -126,7 +126,7 @@ class IntegrityCheck {
 };
 
 void IntegrityCheck::ReadManifest(const Package& package) {
-  // Such a name is no file name, so the package cannot have a manifest.
+  // Such a name is not a file name, so the package cannot have a manifest.
   if (package.name == "." || package.name == ".." || package.name.find('/') != std::string::npos) {
     return;
   }

@@ -33,7 +33,7 @@ struct TEVINSToc::Table {
   /// exist is an empty table where it `may_be_missing`.
   static std::unique_ptr<Table> Read(const std::string& path, bool may_be_missing);
 
-  /// The indices of the packages of a kind and type, or null when there is no such kind or type.
+  /// The indices of the packages of a kind and type, or null if there is no such kind or type.
   const std::vector<uint32_t>* Find(TEVINSPkg kind, TEVINSType type) const;
 
   /// True when a package of that type and name is in the table, whatever its kind.
