@@ -20,9 +20,11 @@
 ///
 /// A check takes at most 4096 packages of one kind and type from a medium. If the medium has more,
 /// the TEVInsCheckInstall functions that compare packages may give a wrong answer. The information
-/// text then says how many packages were left out: empty it with TEVINSToc::sResetInfoMsg before
-/// the check, and read it with TEVINSToc::sGetInfoMsg after it. Without memory for a list of
-/// packages, the list is treated as empty.
+/// text then says how many were left out: empty it with TEVINSToc::sResetInfoMsg before the check,
+/// and read it with TEVINSToc::sGetInfoMsg after it. A list without memory is treated as empty.
+///
+/// Every operating system that OSUNIX in the top directory of a tree lists is examined, if it has a
+/// control/PRESENT. A word of more than 47 characters in OSUNIX is split there.
 
 // What the medium holds.
 
@@ -51,26 +53,21 @@ KWINSTUTIL_EXPORT int TEVInsCheckMediaSAT(char* mediaDir, TEVUnicodeString* mess
 KWINSTUTIL_EXPORT int TEVInsCheckMediaSPK(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
-/// Does the medium hold a hot fix?
-///
-/// Returns
-///    0  yes, or there is no memory to look for one;
-///    4  no ("ErrorNoHFX", no parameter).
+/// Does the medium hold a hot fix? Returns 0 if so, or if there is no memory to look for one, and 4
+/// if not ("ErrorNoHFX", no parameter).
 KWINSTUTIL_EXPORT int TEVInsCheckMediaHFX(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
-/// Does the medium hold samples?
-///
-/// Returns
-///    0  yes;
-///   -1  no ("ErrEmptyMediaToc", no parameter); or `message` is null.
+/// Does the medium hold samples? Returns 0 if so, and -1 if not ("ErrEmptyMediaToc", no parameter)
+/// or if `message` is null.
 KWINSTUTIL_EXPORT int TEVInsCheckMediaSMP(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
-// What the tree holds. A package is missing if TEVINSInstToc::IsInstalled returns -1.
+// What the tree holds. A package is missing if TEVINSInstToc::IsInstalled returns -1. Without a
+// tree (null) nothing is missing, unless a function says otherwise.
 
-/// Does the medium hold a product or solution of the type that the tree does not hold? Without a
-/// tree (null) nothing is missing. `message` must not be null.
+/// Does the medium hold a product or solution of the type that the tree does not hold? `message`
+/// must not be null.
 ///
 /// Returns
 ///   1  yes;
@@ -78,8 +75,7 @@ KWINSTUTIL_EXPORT int TEVInsCheckMediaSMP(TEVINSMediaToc* media,
 KWINSTUTIL_EXPORT int TEVInsCheckInstall(TEVINSType type, TEVINSInstToc* installed,
                                          TEVINSMediaToc* media, TEVUnicodeString* message) noexcept;
 
-/// Does the medium hold samples that the tree does not hold? Without a tree (null) nothing is
-/// missing.
+/// Does the medium hold samples that the tree does not hold?
 ///
 /// Returns
 ///   1  yes;
@@ -110,10 +106,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckInstallSPK(TEVINSType type, TEVINSInstToc* inst
                                             TEVINSMediaToc* media,
                                             TEVUnicodeString* message) noexcept;
 
-/// Does the code in `installDir` have the level `gaLevel`? Every operating system that
-/// INSTALLDIR/OSUNIX lists is examined, if it has a control/PRESENT. A word of more than 47
-/// characters in OSUNIX is split there. `installDir` must not be null. `message` may be null only
-/// when no table reports a problem.
+/// Does the code in `installDir` have the level `gaLevel` on every operating system? `installDir`
+/// must not be null. `message` may be null only if no table reports a problem.
 ///
 /// Returns
 ///   1  yes;
@@ -147,26 +141,16 @@ KWINSTUTIL_EXPORT int TEVInsCheckZEBDir(char* treeDir, char* zebDir) noexcept;
 KWINSTUTIL_EXPORT int TEVInsCheckPrereq(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                         TEVUnicodeString* message) noexcept;
 
-/// Does the same as TEVInsCheckPrereq, but requires both tables.
-///
-/// Returns
-///    1  yes;
-///    0  no ("ErrWndOS" or "ErrWndGALevel": the medium's value, the tree's value); or a table is
-///       null (no message);
-///   -1  `message` is null.
+/// Does the same as TEVInsCheckPrereq, with the same statuses, but requires both tables: returns 0,
+/// without a message, if one is null.
 KWINSTUTIL_EXPORT int TEVInsCheckPrereqGA(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
-/// Does the same as TEVInsCheckPrereqGA. In addition, the service pack of the tree must not be
-/// lower than that of the medium.
-///
-/// Returns
-///    1  yes;
-///    0  no ("ErrWndOS" or "ErrWndGALevel": the medium's value, the tree's value); a table is null
-///       (no message); the tree has no service pack ("ErrWndGASPLevel2": the general-availability
-///       level, the medium's service pack, the general-availability level) or a lower one
-///       ("ErrWndGASPLevel1": the same three, the tree's service pack);
-///   -1  `message` is null.
+/// Does the same as TEVInsCheckPrereqGA, with the same statuses, and requires that the service pack
+/// of the tree is not lower than that of the medium. Returns 0 too if the tree has no service pack
+/// ("ErrWndGASPLevel2": the general-availability level, the medium's service pack, the
+/// general-availability level) or a lower one ("ErrWndGASPLevel1": the same three, the tree's
+/// service pack).
 KWINSTUTIL_EXPORT int TEVInsCheckPrereqGASP(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                             TEVUnicodeString* message) noexcept;
 
@@ -175,9 +159,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckPrereqGASP(TEVINSInstToc* installed, TEVINSMedi
 /// exists. `installDir` must not be null.
 ///
 /// Returns
-///    1  yes: the medium has a higher level and the installed one is not pending; or both levels
-///       are equal, and either the installed one is not pending and `mode` is not 0, or it is
-///       pending and `mode` is not 1;
+///    1  yes: the medium has a higher level, and the installed one is not pending; or the levels
+///       are equal, and neither 2 nor 3 is the answer;
 ///    2  the levels are equal, the installed one is not pending, and `mode` is 0;
 ///    3  the levels are equal, the installed one is pending, and `mode` is 1;
 ///   -1  no: the medium has a higher level, but the installed one is pending ("ErrWndNoCommit": the
@@ -188,11 +171,9 @@ KWINSTUTIL_EXPORT int TEVInsCheckSPKLevel(int mediaLevel, int installedLevel, ch
 
 /// Does the code have the service-pack level of the medium, and are the files of that service pack
 /// intact? The code is in the directory that INSTALLDIR/CodeDir.txt names. Without that file, or
-/// with a null `installDir`, it is looked for in "/". Every operating system that its OSUNIX lists
-/// is examined, if it has a control/PRESENT. A word of more than 47 characters in OSUNIX is split
-/// there. If there is no memory for the table of a system, the level of the system before it is
-/// used, or 0 for the first. `message` may be null only when no table reports a problem and no
-/// system has a higher level or damaged files.
+/// with a null `installDir`, it is looked for in "/". If there is no memory for the table of a
+/// system, the level of the system before it is used, or 0 for the first. `message` may be null
+/// only if no table reports a problem and no system has a higher level or damaged files.
 ///
 /// Returns
 ///   1  yes;
@@ -213,22 +194,15 @@ KWINSTUTIL_EXPORT int TEVInsCheckCodeLevel(TEVINSMediaToc* media, char* installD
 
 // Commit state and integrity.
 
-/// Is `name` one of the first `count` of `names`? Each of these ends with a zero byte within its 48
-/// bytes. `name` must not be null.
-///
-/// Returns
-///   1  yes;
-///   0  no.
+/// Is `name` one of the first `count` of `names`? Returns 1 if so, and 0 if not. Each of the names
+/// ends with a zero byte within its 48 bytes. `name` must not be null.
 KWINSTUTIL_EXPORT int TEVInsCheckUnloadCAF(char names[][48], int count, char* name) noexcept;
 
 /// Reads INSTALLDIR/control/SPKInterrupted.txt, which an interrupted service pack leaves: an
 /// integer and a word. `*interruptedValue` becomes the integer: 0 if there is none, and the nearest
 /// int if it is too large. `*automaticCommit` becomes 1 if the word is AUTOMATIC_COMMIT, and 0
-/// otherwise. It is 0 too if there is no integer, or one that is too large.
-///
-/// Returns
-///   1  read;
-///   0  the file does not exist or cannot be read, or a pointer is null.
+/// otherwise, as without an integer or after one that is too large. Returns 1 if the file was read,
+/// and 0 if it does not exist or cannot be read, or if a pointer is null.
 KWINSTUTIL_EXPORT int TEVInsCheckInterruptSPK(char* installDir, int* interruptedValue,
                                               int* automaticCommit) noexcept;
 

@@ -10,26 +10,20 @@
 
 // Free ports. Legal ports of the product are 1024 to 65535. Nothing is written to disk.
 
-/// Resets the values that the process remembers for a group of ports. No search uses them.
-///
-///   100       all values become 0, except one that stays and two that become 8080 and 8082;
-///   200, 300  the values of that group become 0;
-///   400       the values of that group become 0, except the second one, which stays;
-///   other     nothing changes.
+/// Resets the values that the process remembers for a group of ports. No search uses them. The
+/// values of the groups 200, 300 and 400 become 0, except the second one of 400, which stays. With
+/// group 100 all values become 0, except one that stays and two that become 8080 and 8082. Any
+/// other group changes nothing. Returns 0.
 ///
 /// Deliberate: the value of group 500 is stored over the first four bytes of `varOrbixPort`. So
 /// group 100 makes `varOrbixPort` an empty text, until TEVInsCheckOrbixValue writes it again.
-/// Returns 0.
 ///
 /// System: group 100 removes ORBIX_ItDaemonPort from the environment.
 KWINSTUTIL_EXPORT int InitFreePort(int group) noexcept;
 
-/// Remembers the values of a group of ports. No search uses them. Returns 0.
-///
-///   200       two values; `third` is ignored;
-///   300, 400  three values;
-///   500       one value, from 0 to 16777215. It makes `varOrbixPort` empty, see InitFreePort;
-///   other     nothing changes.
+/// Remembers the values of a group of ports: two for group 200, three for 300 and 400, and one from
+/// 0 to 16777215 for 500, which makes `varOrbixPort` empty (see InitFreePort). The other arguments
+/// are ignored, and any other group changes nothing. No search uses the values. Returns 0.
 ///
 /// System: group 500 removes ORBIX_ItDaemonPort from the environment.
 KWINSTUTIL_EXPORT int SetFreePort(int group, int first, int second, int third) noexcept;
@@ -50,11 +44,8 @@ KWINSTUTIL_EXPORT int SetFreePort(int group, int first, int second, int third) n
 /// System: binds TCP ports and releases them.
 KWINSTUTIL_EXPORT int GetFreePort(int start, TEVUnicodeString* message, int max) noexcept;
 
-/// Is `port` legal? `message` may be null.
-///
-/// Returns
-///   1  yes (`*message` is untouched);
-///   0  no ("ErrWndK7RunPort": port, 1024; or "ErrWndK7RunPortMax": port, 65535; appended).
+/// Is `port` legal? `message` may be null. Returns 1 if it is (`*message` is untouched), and 0 if
+/// not ("ErrWndK7RunPort": port, 1024; or "ErrWndK7RunPortMax": port, 65535; appended).
 KWINSTUTIL_EXPORT int CheckValuePortMinMax(int port, TEVUnicodeString* message) noexcept;
 
 /// Checks the ports of a user. A port that is taken, or equals another of them, is replaced by the
@@ -82,19 +73,16 @@ KWINSTUTIL_EXPORT extern char varOrbixBase[128];
 KWINSTUTIL_EXPORT extern char varOrbixRange[128];
 KWINSTUTIL_EXPORT extern char varOrbixBoot[128];
 
-/// Checks three values for the ORB daemon: its port, the first port that it gives to servers, and
-/// the number of these ports. Then exports ORBIX_ItDaemonPort, ORBIX_ItDaemonServerBase,
-/// ORBIX_ItDaemonServerRange and ORBIX_BootInit (1 if `boot` is 1, 0 otherwise).
+/// Checks three values for the ORB daemon, and exports them: its port, the first port that it gives
+/// to servers, and the number of these ports. ORBIX_BootInit is 1 if `boot` is 1, and 0 otherwise.
 ///
 /// Returns
 ///    1  exported (`*message` is untouched);
 ///    0  refused. Buffers and environment are untouched. The first of these messages is assigned:
-///       port below 1024 ("ErrBadOrbixPort1": port, 1023) or above 49151 ("ErrBadOrbixPort2": port,
-///       49152);
-///       base below 1024 ("ErrBadServerBase1": base, 1023) or above 65485 ("ErrBadServerBase2":
-///       base, 65486);
-///       range below 50 ("ErrBadServerRange1": range, 49) or above 65535 - base
-///       ("ErrBadServerRange2": range, 65536 - base);
+///       port below 1024 ("ErrBadOrbixPort1": port, 1023), above 49151 ("ErrBadOrbixPort2": port,
+///       49152); base below 1024 ("ErrBadServerBase1": base, 1023), above 65485
+///       ("ErrBadServerBase2": base, 65486); range below 50 ("ErrBadServerRange1": range, 49),
+///       above 65535 - base ("ErrBadServerRange2": range, 65536 - base);
 ///       no port from `port` to 49151 is free (the message of GetFreePort);
 ///       the port is taken ("ErrWndOrbixPortNotFree": port, the next free one);
 ///       the port is not below the base ("ErrWndOrbixServerBase": base, port).
@@ -106,19 +94,15 @@ KWINSTUTIL_EXPORT extern char varOrbixBoot[128];
 KWINSTUTIL_EXPORT int TEVInsCheckOrbixValue(int port, int base, int range, int boot,
                                             TEVUnicodeString* message) noexcept;
 
-/// Does the ORB daemon run? INSTALLDIR/code/bin/lsit, which lists what the daemon knows, is run
-/// without a shell. `installDir` must not be null.
-///
-/// Returns
-///   1  yes: lsit was successful;
-///   0  no: lsit failed or could not be started.
+/// Does the ORB daemon run? INSTALLDIR/code/bin/lsit, which asks it, is run without a shell.
+/// Returns 1 if that is successful, and 0 if lsit fails or cannot be started. `installDir` must not
+/// be null.
 ///
 /// System: runs INSTALLDIR/code/bin/lsit.
 extern "C" KWINSTUTIL_EXPORT int IsOrbixRunning(char* installDir) noexcept;
 
 /// Starts the ORB daemon INSTALLDIR/code/bin/orbixd in the background. It is started by the shell,
 /// with the path unquoted, and its standard output is discarded. `installDir` must not be null.
-///
 /// IT_CONFIG_PATH is set to INSTALLDIR/startup/orbix. INSTALLDIR/code/patchOrbixIRIX is put at the
 /// beginning of LD_LIBRARYN32_PATH, again at each call. Returns 0: failures are not reported.
 ///
@@ -163,19 +147,19 @@ KWINSTUTIL_EXPORT int TEVInsCheckMetasearch(MetaSearchData* data,
 
 // The product's lines in the system's services file and inetd file.
 //
-// The services file is /etc/services and the inetd file is /etc/inetd.conf. In the development mode
-// (VRK_ODT_IN and VRK_ODT_OUT are both set, to anything) they are VRK_ODT_TMP/services and
-// VRK_ODT_TMP/inetd.conf. A function that gets the path of a file uses that path in both modes. No
-// argument may be null, unless a function says so.
+// The files are /etc/services and /etc/inetd.conf; in the development mode (VRK_ODT_IN and
+// VRK_ODT_OUT are both set, to anything) VRK_ODT_TMP/services and VRK_ODT_TMP/inetd.conf. A
+// function that gets the path of a file uses that path in both modes. No argument may be null,
+// unless a function says so.
 //
-// A line belongs to a service if it begins with the name of the service, even if that is only the
-// beginning of a longer name. A line of more than 1023 characters is read in pieces of 1023, and
-// each piece is treated as a line. A last line without a newline gets one before a line is added.
+// A line belongs to a service if it begins with the name of the service, even if a longer name
+// begins so too. A line of more than 1023 characters is read in pieces of 1023, and each piece is
+// treated as a line. A last line without a newline gets one before a line is added.
 //
-// A file to which lines are added keeps its content whatever happens: if not all can be stored, it
-// is cut back to its former length. A file in which lines are replaced is rewritten: a new file
-// with the same mode and owner replaces it. If these cannot be kept, the file is treated as one
-// that cannot be written. Files are not locked against other writers.
+// A file to which lines are added keeps its content: if not all can be stored, it is cut back to
+// its former length. A file in which lines are replaced is rewritten: a new file with the same mode
+// and owner replaces it. If it cannot have these, this is treated as a file that cannot be written.
+// Files are not locked against other writers.
 //
 // If the path is a symbolic link, the link stays, and FILE is the file that it leads to. FILE.tmp
 // is beside that FILE, which is named in the messages of a failed renaming or rewriting. A link
@@ -183,20 +167,13 @@ KWINSTUTIL_EXPORT int TEVInsCheckMetasearch(MetaSearchData* data,
 
 // Are the entries there? Nothing is written to disk.
 
-/// Does `inetdFile` need the line of the daemon INSTALLDIR/code/bin/TEVSysDemon? The line must be
-/// exactly as UpdateDemon writes it.
-///
-/// Returns
-///    0  no, the file has it;
-///    1  yes, or the file cannot be read.
+/// Does `inetdFile` need the line of the daemon INSTALLDIR/code/bin/TEVSysDemon? Returns 0 if it
+/// has the line exactly as UpdateDemon writes it, and 1 if it has not or cannot be read.
 KWINSTUTIL_EXPORT int CheckNeedUpdateServices(char* inetdFile, char* installDir) noexcept;
 
 /// Does the services file have the lines of the product? With `mode` 100 these are "morvelk7bb" and
-/// "morvelk7run", with any other mode "TEVDeviceBroker".
-///
-/// Returns
-///    1  yes, all of them;
-///   -1  no; or the file cannot be read; or the development mode is on and VRK_ODT_TMP is unset.
+/// "morvelk7run", with any other mode "TEVDeviceBroker". Returns 1 if it has all of them, and -1 if
+/// not, if it cannot be read, or if the development mode is on and VRK_ODT_TMP is unset.
 ///
 /// System: reads /etc/services; in the development mode VRK_ODT_TMP/services.
 KWINSTUTIL_EXPORT int CheckEtcServices(int mode) noexcept;
@@ -237,7 +214,7 @@ KWINSTUTIL_EXPORT int UpdateNewPorts(int bbPort, int runPort, int brokerPort, ch
                                      TEVUnicodeString* message) noexcept;
 
 /// Registers the daemon program `demonPath` for the service "morvelk7run" in the inetd file, which
-/// must exist. The new line replaces every line of that service; if there is none, it is added.
+/// must exist. The new line replaces every line of that service; if it has none, the line is added.
 ///
 /// To replace lines, FILE is renamed to its backup FILE.tmp, a new FILE is written, and the backup
 /// is deleted. If the process is killed in between, the backup must be renamed back before the next
@@ -254,9 +231,9 @@ KWINSTUTIL_EXPORT int UpdateNewPorts(int bbPort, int runPort, int brokerPort, ch
 ///       text) or renamed to its backup ("ErrWndRenameServicesFile": the same);
 ///       it cannot be read a second time or written ("ErrWndWriteServicesFile": the file);
 ///       there is no memory (no message);
-///   -1  too, if the backup was made, but the file cannot be created ("ErrWndOpenServicesFile": as
-///       above) or the backup cannot be renamed back ("ErrWndWriteServicesFile": the file).
-///       FILE.tmp then holds the former content.
+///   -1  too, with the former content in FILE.tmp: the new file cannot be created
+///       ("ErrWndOpenServicesFile"), or the backup cannot be renamed back
+///       ("ErrWndWriteServicesFile").
 ///
 /// Writes: the inetd file; its backup FILE.tmp.
 /// System: changes /etc/inetd.conf; in the development mode VRK_ODT_TMP/inetd.conf.
@@ -270,8 +247,8 @@ KWINSTUTIL_EXPORT int UpdateDemon(char* demonPath, TEVUnicodeString* message) no
 KWINSTUTIL_EXPORT int SatComputeRequired(char* mediaDir, TEVUnicodeString& message) noexcept;
 
 /// Appends the line of port 7001 to the services file, unless one of its lines contains "mi-ray".
-/// If the file does not exist, it is created. If the caller may write but not read it, the line is
-/// appended whatever the file contains. `message` is ignored.
+/// If the file does not exist, it is created. If the caller may write but not read it, a newline
+/// and the line are appended, whatever the file contains. `message` is ignored.
 ///
 /// Returns
 ///    0  a line contains "mi-ray" already;
@@ -290,8 +267,7 @@ KWINSTUTIL_EXPORT int SatUpdateService(TEVUnicodeString& message) noexcept;
 /// Returns
 ///    0  the entry is there already (`message` is untouched);
 ///    1  the file was changed ("OKWriteServicesFile": the file);
-///   -2  `satDir` is null (`message` is untouched); or the inetd file could not be changed (the
-///       messages of UpdateDemon).
+///   -2  `satDir` is null (no message), or the file could not be changed (as for UpdateDemon).
 ///
 /// Writes: the inetd file; its backup FILE.tmp.
 /// System: changes /etc/inetd.conf; in the development mode VRK_ODT_TMP/inetd.conf.
