@@ -7,7 +7,8 @@
 /// Makes the call of the library that the first word names, with the words behind it, as
 /// benchmarks.cc does. Throws when it fails.
 ///
-/// "write-line-by-line" is none of the library: nothing but the writes that Remove has to make.
+/// "write-line-by-line" calls no function of the library. It makes only the writes that Remove must
+/// make.
 void Call(const std::vector<std::string>& words);
 
 #endif  // BENCH_CALLS_H_

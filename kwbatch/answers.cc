@@ -91,7 +91,7 @@ std::string AnswersText(const OptionValues& values) {
 /// The file to write: not a link but what it leads to, and never a device.
 fs::path FileBehind(const std::string& path) {
   if (fs::is_regular_file(path)) return fs::canonical(path);
-  if (!fs::exists(fs::symlink_status(path))) return path;
+  if (!IsThere(path)) return path;
   throw Refusal("The answers cannot be written to " + path + ": it is no file.\n");
 }
 

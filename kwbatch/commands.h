@@ -1,7 +1,7 @@
 #ifndef KWBATCH_COMMANDS_H_
 #define KWBATCH_COMMANDS_H_
 
-#include "options.h"
+class Options;
 
 /// \file
 /// The commands. Each is in the file of its name, and throws a Refusal when it cannot be done.

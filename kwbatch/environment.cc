@@ -2,13 +2,15 @@
 
 #include "commands.h"
 #include "console.h"
+#include "formats.h"
+#include "options.h"
 #include "paths.h"
 #include "refusal.h"
 
 void Environment(const Options& options) {
   std::string target = TargetPath(options.Word(word::kSystem));
   std::string config = options.Word(word::kConfig);
-  char path[2048] = "";
+  char path[kEnvironmentPathSize] = "";
   if (TEVInsEnvname(target.data(), config.data(), path) != 1) {
     throw Refusal("The configuration " + config + " in " + target +
                   " names no environment file.\n");

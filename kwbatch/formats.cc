@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <sstream>
 
 #include "files.h"
 
@@ -15,6 +16,14 @@ std::string ArchiveOf(const std::string& medium_dir, const std::string& componen
 
 bool IsCompressed(const std::string& archive) {
   return std::filesystem::path(archive).extension() == ".Z";
+}
+
+TableLine::TableLine(const std::string& line) {
+  std::istringstream fields(line);
+  std::string type;
+  std::getline(fields, type, ':');
+  std::getline(fields, kind, ':');
+  std::getline(fields, name, ':');
 }
 
 std::string SystemFile(const std::string& name) {

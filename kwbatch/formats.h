@@ -24,6 +24,9 @@ constexpr char kSystemList[] = "OSUNIX";
 constexpr size_t kMostSystems = 4;
 constexpr size_t kSystemNameLength = 15;
 
+constexpr size_t kPathSize = 1024;             ///< of the library's buffers for paths
+constexpr size_t kEnvironmentPathSize = 2048;  ///< for the path of an environment file
+
 // In a tree.
 constexpr char kCodePointer[] = "CodeDir.txt";  ///< in an SDK tree: the path of its code
 constexpr char kSdkPointer[] = "ZEBDir.txt";    ///< in the code tree: the path of its SDK
@@ -33,6 +36,9 @@ constexpr char kTransferErrors[] = "TEVInsErrorTransfer.log";  ///< its side log
 // In a system directory of a tree.
 constexpr char kControl[] = "control";
 constexpr char kPresent[] = "control/PRESENT";  ///< the table of what is installed
+constexpr char kPresentCopy[] = "PRESENT.";     ///< how the names of its copies beside it begin
+constexpr char kUnfinished[] = "control/Install.unfinished";  ///< kwbatch's own record
+constexpr char kPackJournal[] = "control/SPK.journal";        ///< likewise, of a service pack
 constexpr char kPendingPacks[] = "control/SPK.list";
 constexpr char kInterruptedPack[] = "control/SPKInterrupted.txt";
 constexpr char kPackPrograms[] = "control/CAFPost.list";  ///< a pack's post-install programs
@@ -42,6 +48,27 @@ constexpr char kLanguageRecord[] = "NLS.txt";
 constexpr char kCatalogs[] = "resources/msgcatalog";
 constexpr char kStartCommand[] = "code/command/tevstart";
 constexpr char kDaemon[] = "code/bin/TEVSysDemon";
+
+/// A line of a table of contents: the component that it names.
+struct TableLine {
+  explicit TableLine(const std::string& line);
+
+  bool IsUpdate() const { return kind == "SPK" || kind == "FSP" || IsHotFix(); }
+  bool IsHotFix() const { return kind == "HFX"; }
+
+  std::string kind;
+  std::string name;
+};
+
+/// The one of `files` that a line of the library's report of damaged files, "FILE: DAMAGE", is
+/// about, or an empty text. A file may have a colon in its name.
+template <typename Files>
+std::string DamagedFileIn(const std::string& line, const Files& files) {
+  for (size_t end = line.find(": "); end != std::string::npos; end = line.find(": ", end + 1)) {
+    if (files.count(line.substr(0, end)) != 0) return line.substr(0, end);
+  }
+  return "";
+}
 
 /// A language that is not always there, and its bit in a language mask.
 struct Language {

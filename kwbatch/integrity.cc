@@ -32,8 +32,7 @@ Integrity CheckIntegrity(TEVINSInstToc* installed, std::string system_dir, bool 
 bool PacksAreInPlace(const std::string& system_dir, bool sdk) {
   std::string updates;
   for (const std::string& line : LinesOf(system_dir + "/" + kPresent)) {
-    const std::string kind = line.substr(line.find(':') + 1, 4);
-    if (kind == "SPK:" || kind == "FSP:" || kind == "HFX:") updates += line + "\n";
+    if (TableLine(line).IsUpdate()) updates += line + "\n";
   }
   const TemporaryDirectory temp;
   std::filesystem::create_directory(temp.path() + "/" + kControl);
@@ -50,7 +49,7 @@ void RequireWritten(const std::string& system_dir, bool sdk,
   std::string ours;
   std::string others;
   for (std::string line; std::getline(report, line);) {
-    (FileIn(line, files).empty() ? others : ours) += line + "\n";
+    (DamagedFileIn(line, files).empty() ? others : ours) += line + "\n";
   }
   if (!others.empty()) {
     others = "Other files in " + system_dir + " are damaged:\n" + others;

@@ -22,16 +22,6 @@ Integrity CheckIntegrity(TEVINSInstToc* installed, std::string system_dir, bool 
 std::set<std::string> ListedBy(const std::vector<std::string>& packages,
                                const std::string& system_dir);
 
-/// The one of the files that a line of the report, "FILE: DAMAGE", is about, or an empty text. A
-/// file may have a colon in its name.
-template <typename Files>
-std::string FileIn(const std::string& line, const Files& files) {
-  for (size_t end = line.find(": "); end != std::string::npos; end = line.find(": ", end + 1)) {
-    if (files.count(line.substr(0, end)) != 0) return line.substr(0, end);
-  }
-  return "";
-}
-
 /// Are the files of the service packs and hot fixes there, whatever else was installed after them?
 /// False when one of a service pack is not.
 bool PacksAreInPlace(const std::string& system_dir, bool sdk);

@@ -66,9 +66,7 @@ bool Take(const std::string& line, Journal& journal) {
 
 }  // namespace
 
-std::string JournalPath(const std::string& system_dir) {
-  return system_dir + "/control/SPK.journal";
-}
+std::string JournalPath(const std::string& system_dir) { return system_dir + "/" + kPackJournal; }
 
 std::optional<Journal> Journal::Read(const std::string& system_dir) {
   const bool undoing = IsThere(JournalPath(system_dir) + kUndoSuffix);

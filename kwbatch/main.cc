@@ -87,7 +87,7 @@ void Run(const Options& options) {
   try {
     options.RunCommand();
   } catch (const NothingToDo& reason) {
-    if (!options.Has(option::kIfNeeded)) throw;
+    if (!options.Takes(option::kIfNeeded) || !options.Has(option::kIfNeeded)) throw;
     Say(reason.what());
   }
 }

@@ -3,8 +3,10 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
+#include <cstring>
 #include <filesystem>
 #include <iterator>
+#include <stdexcept>
 
 #include "answers.h"
 #include "nearest.h"
@@ -88,6 +90,20 @@ void AddCommand(CLI::App& app, const Command& command, CommandLine& line) {
   sub->footer(std::string("Examples:\n") + command.examples + "\n" + kExitStatus);
 }
 
+/// Throws a logic_error when the table of options names a command that does not exist.
+void RequireTakers(const std::vector<Command>& commands) {
+  for (const OptionGroup& group : OptionGroups()) {
+    for (const CommandName taker : group.commands) {
+      if (std::any_of(commands.begin(), commands.end(), [taker](const Command& command) {
+            return std::strcmp(command.name.text, taker.text) == 0;
+          })) {
+        continue;
+      }
+      throw std::logic_error(std::string("there is no command ") + taker.text);
+    }
+  }
+}
+
 void AddCommands(CLI::App& app, const std::vector<Command>& commands, CommandLine& line) {
   SetWording(app);
   app.allow_extras()->require_subcommand(1);
@@ -152,6 +168,7 @@ std::optional<Options> Options::Parse(int count, char** arguments,
                                       const std::vector<Command>& commands) {
   CommandLine line;
   CLI::App app("Installs media of the suite without questions.", "kwbatch");
+  RequireTakers(commands);
   AddCommands(app, commands, line);
   RejectEmptyValues(count, arguments);
   try {
@@ -177,12 +194,28 @@ std::optional<Options> Options::Parse(int count, char** arguments,
   return options;
 }
 
+bool Options::Takes(OptionName name) const {
+  for (const OptionGroup& group : OptionGroups()) {
+    if (!group.IsFor(command_->name.text)) continue;
+    for (const OptionSpec& option : group.options) {
+      if (std::strcmp(option.name.text, name.text) == 0) return true;
+    }
+  }
+  return false;
+}
+
+bool Options::Has(OptionName name) const {
+  if (Takes(name)) return values_.count(name.text) != 0;
+  throw std::logic_error(std::string(command_->name.text) + " does not take --" + name.text);
+}
+
 void Options::MakePathsAbsolute() {
   std::vector<std::string*> paths;
   for (const OptionName name :
        {option::kScratch, option::kLog, option::kSatellite, option::kWithPack, option::kJavaHome,
         option::kK6, option::kDrx, option::kInformationPath, option::kInformationEnvPath}) {
-    if (Has(name)) paths.push_back(&values_.at(name.text));
+    const auto value = values_.find(name.text);
+    if (value != values_.end()) paths.push_back(&value->second);
   }
   if (Has(word::kMedium)) paths.push_back(&words_.at(word::kMedium.text));
   for (std::string* path : paths) {
@@ -203,7 +236,7 @@ void Options::Take(const std::map<std::string, std::string>& values) {
   }
   for (const OptionGroup& group : OptionGroups()) {
     for (const OptionSpec& option : group.options) {
-      if (!Has(option.name)) continue;
+      if (values_.count(option.name.text) == 0) continue;
       if (option.value != nullptr && std::string(option.value) == "N") Number(option.name, 0);
       if (option.needs.text == nullptr || Has(option.needs)) continue;
       throw UsageError(std::string("--") + option.name.text + " needs --" + option.needs.text);
@@ -211,10 +244,7 @@ void Options::Take(const std::map<std::string, std::string>& values) {
   }
 }
 
-std::string Options::Text(OptionName name) const {
-  const auto value = values_.find(name.text);
-  return value == values_.end() ? "" : value->second;
-}
+std::string Options::Text(OptionName name) const { return Has(name) ? values_.at(name.text) : ""; }
 
 int Options::Number(OptionName name, int otherwise) const {
   if (!Has(name)) return otherwise;

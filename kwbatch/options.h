@@ -10,7 +10,7 @@
 
 class Options;
 
-/// What kwbatch can be told to do.
+/// What kwbatch can do.
 struct Command {
   CommandName name;
   std::vector<WordName> words;  ///< what must follow the name
@@ -22,13 +22,18 @@ struct Command {
 /// A command line: its command, the words after it, and its options by name, without the dashes.
 class Options {
  public:
-  /// Without a value when the help or the version was asked for, which is printed then. What the
-  /// command line leaves open is looked up in the file of answers. Its paths do not depend on the
-  /// current directory. Throws a UsageError.
+  /// Returns no value after it has printed the help or the version. Options that the command line
+  /// does not give are taken from the file of answers, and all are written to that of
+  /// --save-answers. The paths do not depend on the current directory. Throws a UsageError, or a
+  /// Refusal when the answers cannot be written.
   static std::optional<Options> Parse(int count, char** arguments,
                                       const std::vector<Command>& commands);
 
-  bool Has(OptionName name) const { return values_.count(name.text) != 0; }
+  /// Does the command take this option? All other questions about an option that it does not take
+  /// throw a logic_error: a table and the code differ.
+  bool Takes(OptionName name) const;
+
+  bool Has(OptionName name) const;
   bool Has(WordName name) const { return words_.count(name.text) != 0; }
 
   /// The value of an option; empty when it was not given.

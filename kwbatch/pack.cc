@@ -24,8 +24,9 @@ std::vector<std::string> HotFixesAbove(const Pack& pack) {
   std::vector<std::string> lines;
   bool above = false;
   for (const std::string& line : LinesOf(pack.In(kPresent))) {
-    above = above || line.find(":SPK:" + pack.journal.pack) != std::string::npos;
-    if (above && line.find(":HFX:") != std::string::npos) lines.push_back(line);
+    const TableLine component(line);
+    above = above || (component.kind == "SPK" && component.name == pack.journal.pack);
+    if (above && component.IsHotFix()) lines.push_back(line);
   }
   return lines;
 }

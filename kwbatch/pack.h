@@ -25,7 +25,8 @@ struct Pack {
 };
 
 /// The one medium of `media`: a hot fix if `hot_fix`, otherwise a service pack. Throws a Refusal,
-/// also when the library does not allow it.
+/// also when the library does not allow it. An earlier try may have been interrupted while it added
+/// lines to the tree's table: the part of a line that it left is cut off.
 Medium InstallableUpdate(std::vector<Medium> media, const Request& request, bool hot_fix);
 
 /// The name of the service pack or hot fix, which must have an archive. Throws a Refusal.

@@ -20,7 +20,7 @@ namespace {
 class ListDirectory {
  public:
   ListDirectory(const std::string& os, TEVINSType type) {
-    char temp[1024] = "";
+    char temp[kPathSize] = "";
     TEVInsGetTempDir(temp);
     if (type != zeb2) Add(std::string(temp) + "/" + os);
     Add((type == zeb2 ? std::string(temp) : path()) + "/" + kControl);
@@ -130,7 +130,7 @@ void DeleteRecords(const Pack& pack) {
 void DeleteLeftovers(const Pack& pack) {
   for (const auto& entry : fs::directory_iterator(pack.In(kControl))) {
     const std::string name = entry.path().filename();
-    if (name.compare(0, 8, "PRESENT.") == 0) Delete(entry.path());
+    if (name.rfind(kPresentCopy, 0) == 0) Delete(entry.path());
   }
   const fs::path system_dir = pack.system_dir;
   const fs::path tree = pack.type == zeb2 ? system_dir : system_dir.parent_path();

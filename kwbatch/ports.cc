@@ -7,6 +7,7 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "options.h"
 #include "refusal.h"
 #include "system_files.h"
 
@@ -166,7 +167,7 @@ void Register(const Registration& registration, Log& log) {
   }
   if (has_daemon) WriteDaemon(registration.daemon, log);
   if (has_ports || has_daemon) {
-    Tell("  inetd reads this once it is told to: pkill -HUP -x inetd", log);
+    Tell("  inetd reads this when it gets the signal HUP: pkill -HUP -x inetd", log);
   }
 }
 

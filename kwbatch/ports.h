@@ -4,7 +4,8 @@
 #include <string>
 
 #include "log.h"
-#include "options.h"
+
+class Options;
 
 /// The product's ports. They are all 0 when the services file stays as it is.
 struct Ports {
@@ -20,7 +21,7 @@ struct PortWishes {
   Ports given;             ///< the ports that options name; 0 for the others
 };
 
-/// Throws a UsageError.
+/// For a command that takes the options of ports. Throws a UsageError.
 PortWishes PortWishesOf(const Options& options);
 
 /// What is to be written into the system's files.

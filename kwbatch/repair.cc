@@ -28,9 +28,7 @@ namespace {
 std::map<std::string, std::set<std::string>> DamagedFiles(const std::string& system_dir, bool sdk) {
   std::map<std::string, std::string> packages;
   for (const std::string& line : LinesOf(system_dir + "/" + kPresent)) {
-    std::istringstream fields(line);
-    std::string name;
-    for (int field = 0; field < 3; ++field) std::getline(fields, name, ':');
+    const std::string name = TableLine(line).name;
     for (const std::string& file : ListedBy({name}, system_dir)) packages[file] = name;
   }
   std::map<std::string, std::set<std::string>> damaged;
@@ -38,7 +36,7 @@ std::map<std::string, std::set<std::string>> DamagedFiles(const std::string& sys
   if (installed == nullptr) throw Refusal("Nothing is installed in " + system_dir + ".\n");
   std::istringstream report(CheckIntegrity(installed.get(), system_dir, sdk).report);
   for (std::string line; std::getline(report, line);) {
-    const std::string file = FileIn(line, packages);
+    const std::string file = DamagedFileIn(line, packages);
     if (!file.empty()) damaged[packages[file]].insert(file);
   }
   return damaged;

@@ -1,19 +1,29 @@
 #include "request.h"
 
+#include "options.h"
 #include "paths.h"
+
+namespace {
+
+/// The value of an option; empty when it is not given, or the command does not take it.
+std::string TextOf(const Options& options, OptionName name) {
+  return options.Takes(name) ? options.Text(name) : "";
+}
+
+}  // namespace
 
 Request RequestOf(const Options& options) {
   Request request;
   if (options.Has(word::kMedium)) request.medium = MediumPath(options.Word(word::kMedium));
   if (options.Has(word::kTarget)) request.target = TargetPath(options.Word(word::kTarget));
-  request.code_tree = options.Text(option::kCode);
-  request.os = options.Text(option::kOs);
-  request.log = options.Text(option::kLog);
-  request.languages = options.Text(option::kLanguages);
-  request.fonts = options.Has(option::kFonts);
-  request.satellite = options.Text(option::kSatellite);
-  const std::string with_pack = options.Text(option::kWithPack);
+  request.code_tree = TextOf(options, option::kCode);
+  request.os = TextOf(options, option::kOs);
+  request.log = TextOf(options, option::kLog);
+  request.languages = TextOf(options, option::kLanguages);
+  request.fonts = !TextOf(options, option::kFonts).empty();
+  request.satellite = TextOf(options, option::kSatellite);
+  const std::string with_pack = TextOf(options, option::kWithPack);
   if (!with_pack.empty()) request.with_pack = MediumPath(with_pack);
-  request.ports = PortWishesOf(options);
+  if (options.Takes(option::kNoServices)) request.ports = PortWishesOf(options);
   return request;
 }

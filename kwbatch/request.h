@@ -3,8 +3,9 @@
 
 #include <string>
 
-#include "options.h"
 #include "ports.h"
+
+class Options;
 
 /// What a command is asked to do. A text is empty when the user did not give it.
 struct Request {

@@ -39,7 +39,7 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
     Save(medium, pack);
   }
   for (const std::string& line : pack.journal.table_lines) {
-    if (line.find(":HFX:") != std::string::npos) Say("To be installed again afterwards: " + line);
+    if (TableLine(line).IsHotFix()) Say("To be installed again afterwards: " + line);
   }
   PruneTable(pack);
   const int languages = InstalledLanguages(medium, target);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "console.h"
+#include "options.h"
 #include "paths.h"
 #include "refusal.h"
 

@@ -17,10 +17,11 @@ void UseScratch(const std::string& dir) {
   if (!fs::is_directory(dir)) throw Refusal("The directory " + dir + " does not exist.\n");
   for (const std::string name : {kServices, kInetd}) {
     // An interrupted run has left the file under this name.
-    if (!fs::exists(dir + "/" + name) && fs::exists(dir + "/" + name + kRewritten)) continue;
+    const std::string copy = dir + "/" + name;
+    if (!Exists(copy) && Exists(copy + kRewritten)) continue;
     std::error_code ignored;
-    if (!fs::exists(dir + "/" + name)) fs::copy_file("/etc/" + name, dir + "/" + name, ignored);
-    AppendToFile(dir + "/" + name, "");
+    if (!Exists(copy)) fs::copy_file("/etc/" + name, copy, ignored);
+    AppendToFile(copy, "");
   }
   UseSystemFilesIn(dir);
 }

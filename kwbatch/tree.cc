@@ -75,7 +75,7 @@ std::string CodeTreeFor(const Medium& medium, const std::string& target, const s
   // A service pack goes where the SDK is, which knows its code.
   if (!given.empty() && !IsUpdate(medium.kind)) return TargetPath(given);
   std::string dir = target;
-  char code_tree[1024] = "";
+  char code_tree[kPathSize] = "";
   if (TEVInsGetCodeDir(dir.data(), code_tree) != 1 || code_tree[0] == '\0') {
     throw Refusal("The SDK in " + target + " names no code" +
                   (IsUpdate(medium.kind) ? ".\n" : ": give its tree with --code.\n"));

@@ -11,7 +11,7 @@ namespace {
 constexpr const char* kLastLine = "end";
 
 std::string PathIn(const std::string& system_dir) {
-  return system_dir + "/" + kControl + "/Install.unfinished";
+  return system_dir + "/" + kUnfinished;
 }
 
 }  // namespace
