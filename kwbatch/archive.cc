@@ -8,15 +8,17 @@
 
 #include "files.h"
 #include "formats.h"
+#include "interruption.h"
 #include "refusal.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-void RunShell(std::string command) {
-  TEVUnicodeString message;
-  if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
+/// True when the command has succeeded. The library's message would be the whole command.
+bool RunShell(std::string command) {
+  TEVUnicodeString unused;
+  return TEVInsCommande(command.data(), &unused) == 1;
 }
 
 std::string ReadingCommand(const std::string& archive) {
@@ -29,13 +31,15 @@ std::string ReadingCommand(const std::string& archive) {
 /// between two members. So each failure is noted, and the archive's last block kept, which must be
 /// empty.
 std::vector<std::string> MembersOf(const std::string& archive) {
+  SafePoint();
   const TemporaryDirectory temp;
-  RunShell("cd " + temp.path() + " && mkfifo copy && { tail -c 512 copy >last & { " +
-           ReadingCommand(archive) + " || echo >unread; } | tee copy | " +
-           "TAR_OPTIONS=\"$TAR_OPTIONS --quoting-style=literal\" tar -tf - >members || echo "
-           ">unread; wait; }");
+  const bool read =
+      RunShell("cd " + temp.path() + " && mkfifo copy && { tail -c 512 copy >last & { " +
+               ReadingCommand(archive) + " || echo >unread; } | tee copy | " +
+               "TAR_OPTIONS=\"$TAR_OPTIONS --quoting-style=literal\" tar -tf - >members || echo "
+               ">unread; wait; }");
   const std::string last = TextOf(temp.path() + "/last");
-  if (IsThere(temp.path() + "/unread") || last != std::string(512, '\0')) {
+  if (!read || IsThere(temp.path() + "/unread") || last != std::string(512, '\0')) {
     throw Refusal("The archive " + archive + " is damaged or cut off.\n");
   }
   return LinesOf(temp.path() + "/members");
@@ -47,8 +51,11 @@ void Unpack(const std::string& archive, const std::vector<std::string>& members,
   std::string list;
   for (const std::string& member : members) list += member + "\n";
   Write(temp.path() + "/list", list);
-  RunShell("cd " + dir + " && " + ReadingCommand(archive) + " | tar -xf - -T " + temp.path() +
-           "/list");
+  if (RunShell("cd " + dir + " && " + ReadingCommand(archive) + " | tar -xf - -T " + temp.path() +
+               "/list")) {
+    return;
+  }
+  throw Refusal("The archive " + archive + " cannot be unpacked in " + dir + ".\n");
 }
 
 void RequireRealDirectories(const std::vector<std::string>& members, const std::string& tree) {

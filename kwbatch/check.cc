@@ -5,6 +5,7 @@
 #include "commands.h"
 #include "console.h"
 #include "journal.h"
+#include "lock.h"
 #include "medium.h"
 #include "pack.h"
 #include "plan.h"
@@ -60,6 +61,7 @@ void CheckInstallation(const Options& options, const Request& request, std::vect
 
 void Check(const Options& options) {
   const Request request = RequestOf(options);
+  const Lock lock(request.target, Lock::Kind::kReading, request);
   std::vector<Medium> media = OpenMedium(request.medium, request.os);
   if (IsUpdate(media.front().kind)) {
     CheckUpdate(request, std::move(media));

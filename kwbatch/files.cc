@@ -3,10 +3,13 @@
 #include <fcntl.h>
 #include <kb0core/TEVFile.h>
 #include <kwinstutil/kwinstutil.h>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -22,6 +25,16 @@ bool Sync(const std::string& path, int (*sync)(int)) {
   const bool synced = file >= 0 && sync(file) == 0;
   if (file >= 0) close(file);
   return synced;
+}
+
+constexpr char kTemporary[] = "/tmp/kwbatch-private-";
+
+/// Opens and locks a directory. Negative when it cannot be locked, or no directory is there.
+int LockDirectory(const std::string& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (file < 0 || flock(file, LOCK_EX | LOCK_NB) == 0) return file;
+  close(file);
+  return -1;
 }
 
 }  // namespace
@@ -85,13 +98,30 @@ std::vector<std::string> LinesOf(const std::string& path) {
   return lines;
 }
 
-TemporaryDirectory::TemporaryDirectory() {
-  std::string name = "/tmp/kwbatch-XXXXXX";
-  if (mkdtemp(name.data()) == nullptr) throw Refusal("No temporary directory can be made.\n");
-  path_ = name;
+void TemporaryDirectory::DeleteLeftovers() {
+  constexpr time_t kMinute = 60;
+  std::error_code ignored;
+  for (const auto& entry : std::filesystem::directory_iterator("/tmp", ignored)) {
+    const std::string path = entry.path();
+    struct stat info {};
+    if (path.rfind(kTemporary, 0) != 0 || lstat(path.c_str(), &info) != 0) continue;
+    // One that was just made may not be locked yet.
+    const bool ours = info.st_uid == geteuid() && (info.st_mode & 07777) == 0700;
+    if (!ours || std::time(nullptr) - info.st_mtime < kMinute) continue;
+    const int lock = LockDirectory(path);
+    if (lock < 0) continue;
+    std::filesystem::remove_all(path, ignored);
+    close(lock);
+  }
+}
+
+TemporaryDirectory::TemporaryDirectory() : path_(std::string(kTemporary) + "XXXXXX") {
+  if (mkdtemp(path_.data()) == nullptr) throw Refusal("No temporary directory can be made.\n");
+  lock_ = LockDirectory(path_);
 }
 
 TemporaryDirectory::~TemporaryDirectory() {
   std::error_code ignored;
   std::filesystem::remove_all(path_, ignored);
+  if (lock_ >= 0) close(lock_);
 }

@@ -40,9 +40,13 @@ std::string TextOf(const std::string& path);
 /// The lines of a file without their newlines; none when it cannot be read.
 std::vector<std::string> LinesOf(const std::string& path);
 
-/// A directory that lasts as long as the object, and that nobody else can enter.
+/// A directory that lasts as long as the object, and that nobody else can enter. It is locked, so
+/// that one which a killed kwbatch has left is known.
 class TemporaryDirectory {
  public:
+  /// Deletes those that this user's killed runs have left.
+  static void DeleteLeftovers();
+
   /// Throws a Refusal.
   TemporaryDirectory();
   ~TemporaryDirectory();
@@ -53,6 +57,7 @@ class TemporaryDirectory {
 
  private:
   std::string path_;
+  int lock_;
 };
 
 #endif  // KWBATCH_FILES_H_

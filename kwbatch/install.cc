@@ -2,7 +2,9 @@
 #include <kwinstutil/kwinstutil.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,7 +14,9 @@
 #include "files.h"
 #include "formats.h"
 #include "integrity.h"
+#include "interruption.h"
 #include "languages.h"
+#include "lock.h"
 #include "log.h"
 #include "medium.h"
 #include "pack.h"
@@ -29,9 +33,17 @@
 #include "tree.h"
 #include "unfinished.h"
 
+namespace fs = std::filesystem;
+
 namespace {
 
 using LanguagesBySystem = std::map<const Medium*, int>;
+
+bool IsUnfinished(const std::vector<Medium>& media, const std::string& target) {
+  return std::any_of(media.begin(), media.end(), [&target](const Medium& medium) {
+    return Unfinished::Read(SystemDir(medium, target)).has_value();
+  });
+}
 
 /// Brings what an interrupted run has left into a state from which this one can go on.
 void TakeUp(const std::vector<Medium>& media, const std::string& target) {
@@ -85,6 +97,7 @@ void MakeTree(const Plan& plan, const LanguagesBySystem& languages) {
 void TransferAll(const Plan& plan, const LanguagesBySystem& languages, Log& log) {
   Progress progress(plan.components.size());
   for (const Component& component : plan.components) {
+    SafePoint();
     const Medium& medium = *component.medium;
     progress.Begin(component.name + " (" + medium.os + ")");
     Transfer(medium, component.name, plan.request.target, languages.at(&medium), log);
@@ -113,6 +126,7 @@ bool Finish(const Plan& plan, Log& log) {
   const std::string& target = plan.request.target;
   const bool products = plan.media.front().kind == MediumKind::kProducts;
   Register(plan.registration, log);
+  SafePoint();
   const std::string& satellite = plan.request.satellite;
   if (!satellite.empty()) InstallSatellite(satellite, target, plan.request.ports.registered);
   // What an earlier try may have left.
@@ -121,7 +135,9 @@ bool Finish(const Plan& plan, Log& log) {
   }
   bool set_up = true;
   for (const Medium& medium : plan.media) {
+    SafePoint();
     if (products) set_up = RunSetup(SystemDir(medium, target), log) && set_up;
+    SafePointAfterProgram();
     Unfinished::Delete(SystemDir(medium, target));
   }
   return set_up;
@@ -135,6 +151,12 @@ void Install(const Options& options) {
   if (IsUpdate(media.front().kind)) {
     throw Refusal("The medium " + media.front().dir + " is a service pack or a hot fix.\n");
   }
+  Lock tree(request.target, Lock::Kind::kWriting, request);
+  std::optional<Lock> system;
+  if (request.ports.registered || IsUnfinished(media, request.target)) {
+    const std::string dir = fs::path(SystemFile(kServices)).parent_path();
+    system.emplace(dir, Lock::Kind::kWritingAlone, request);
+  }
   TakeUp(media, request.target);
   const Plan plan = MakePlan(request, std::move(media));
   ExportSettings(options);
@@ -144,9 +166,12 @@ void Install(const Options& options) {
   for (const Medium& medium : plan.media) {
     languages[&medium] = LanguagesToInstall(medium, request.target, plan.languages);
   }
+  SafePoint();
+  tree.MakeDirectory();
   MakeTree(plan, languages);
   for (const auto& [medium, mask] : languages) RecordLanguages(*medium, request.target, mask, log);
   TransferAll(plan, languages, log);
+  SafePoint();
   for (const auto& [medium, mask] : languages) {
     RemoveOtherLanguages(SystemDir(*medium, request.target), mask);
   }
@@ -156,9 +181,11 @@ void Install(const Options& options) {
     set_up = InstallPack(medium, request.target, pack, log) && set_up;
   }
   for (const Medium& medium : plan.media) {
+    SafePoint();
     const std::string system_dir = SystemDir(medium, request.target);
     RequireWritten(system_dir, IsSdk(medium), Unfinished::Read(system_dir)->packages, log);
   }
+  SafePoint();
   set_up = Finish(plan, log) && set_up;
   log.Succeeded();
   Summarize(plan.media, request.target);

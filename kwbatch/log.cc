@@ -10,6 +10,7 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "interruption.h"
 #include "paths.h"
 #include "refusal.h"
 
@@ -18,6 +19,7 @@ namespace fs = std::filesystem;
 namespace {
 
 bool all_is_logged = true;
+std::string log_path;
 
 /// What `print` prints on standard output, which glibc lets one exchange: it does not appear there.
 std::string Printed(const std::function<void()>& print) {
@@ -42,6 +44,7 @@ Log::Log(const std::string& path, const std::string& header)
   } else {
     OpenFile(path, header);
   }
+  log_path = FileName();
 }
 
 void Log::OpenUsual(const std::string& header) {
@@ -71,7 +74,8 @@ void Log::Keep(const std::function<void()>& write) {
 }
 
 Log::~Log() {
-  Keep([this] { log_.CloseLogFile(trailer_); });
+  TEVUnicodeString trailer = succeeded_ ? " done" : IsInterrupted() ? " interrupted" : " failed";
+  Keep([&] { log_.CloseLogFile(trailer); });
 }
 
 void Log::Write(const std::string& text) {
@@ -87,6 +91,8 @@ void Log::TakeErrors(std::string target) {
   Keep([&] { TEVInsTransferLogInfo(target.data(), "", zeb2, &log_); });
 }
 
-void Log::Succeeded() { trailer_ = " done"; }
+void Log::Succeeded() { succeeded_ = true; }
+
+const std::string& LogPath() { return log_path; }
 
 bool AllIsLogged() { return all_is_logged; }

@@ -19,7 +19,7 @@ class Log {
 
   void Write(const std::string& text);
 
-  /// Without this, the trailer says "failed".
+  /// Without this, the trailer says "failed" or "interrupted".
   void Succeeded();
 
   /// Moves the output of tar and the side log of a failed transfer from `target` to the log.
@@ -35,8 +35,11 @@ class Log {
 
   std::string name_;  ///< of the file in its directory; empty for the usual log
   TEVInstallLog log_;
-  TEVUnicodeString trailer_ = " failed";
+  bool succeeded_ = false;
 };
+
+/// The path of the log that was opened last; empty without one.
+const std::string& LogPath();
 
 /// False when something was shown instead of being logged.
 bool AllIsLogged();

@@ -4,12 +4,14 @@
 #include <unistd.h>
 
 #include <exception>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "commands.h"
 #include "console.h"
 #include "files.h"
+#include "interruption.h"
 #include "log.h"
 #include "options.h"
 #include "refusal.h"
@@ -75,42 +77,62 @@ const std::vector<Command>& Commands() {
   return commands;
 }
 
-/// Runs the command in a directory of its own: what the library and the programs of the product
-/// leave in the current directory is nobody else's.
+/// Runs the command in a directory of its own: the library and the programs of the product leave
+/// files in the current directory, which may be anybody's.
 void Run(const Options& options) {
-  // Any check reads the message catalog, whose path may be relative to the user's directory.
+  if (options.Has(option::kQuiet)) BeQuiet();
+  if (options.Has(option::kScratch)) UseScratch(options.Text(option::kScratch));
+  // A catalog's path may be relative to the user's directory. Any check reads the catalog.
   std::string here = ".";
   TEVUnicodeString unused;
   TEVInsCheckExistDir(here.data(), &unused);
+  TemporaryDirectory::DeleteLeftovers();
   const TemporaryDirectory own;
-  if (chdir(own.path().c_str()) != 0) throw Refusal("There is no way into " + own.path() + ".\n");
+  if (chdir(own.path().c_str()) != 0) throw Refusal("No temporary directory can be entered.\n");
   try {
-    options.RunCommand();
+    options.command().run(options);
   } catch (const NothingToDo& reason) {
     if (!options.Takes(option::kIfNeeded) || !options.Has(option::kIfNeeded)) throw;
     Say(reason.what());
   }
 }
 
-}  // namespace
+/// What to do after an interruption.
+std::string HowToGoOn(const Options& options) {
+  const std::string repeat = "kwbatch was interrupted. Repeat the command to go on";
+  if (options.command().run != ServicePack) return repeat + ".";
+  return repeat + ", or undo it with: kwbatch " + command::kUndoServicePack.text + " " +
+         options.Word(word::kTarget);
+}
 
-int main(int argc, char** argv) {
+/// Says why kwbatch ends, and where more can be read. Returns the exit status.
+int Report(const std::optional<Options>& options, const Refusal& refusal) {
+  const bool interrupted = options && refusal.status == kRefused && IsInterrupted();
+  Complain(interrupted ? HowToGoOn(*options) : refusal.what());
+  if (!LogPath().empty()) Complain("The log is " + LogPath());
+  return refusal.status;
+}
+
+/// Returns the exit status.
+int Work(int argc, char** argv) {
+  std::optional<Options> options;
   try {
-    if (const auto options = Options::Parse(argc, argv, Commands())) {
-      if (options->Has(option::kQuiet)) BeQuiet();
-      if (options->Has(option::kScratch)) UseScratch(options->Text(option::kScratch));
-      Run(*options);
-    }
+    options = Options::Parse(argc, argv, Commands());
+    if (options) Run(*options);
     // Whoever reads the output or the log must not take a part of it for the whole.
     return AllIsPrinted() && AllIsLogged() ? kDone : kRefused;
   } catch (const UsageError& error) {
     Complain(std::string("kwbatch: ") + error.what() + "\nSee kwbatch --help.");
     return kWrongUsage;
   } catch (const Refusal& refusal) {
-    Complain(refusal.what());
-    return refusal.status;
+    return Report(options, refusal);
   } catch (const std::exception& error) {
-    Complain(error.what());
-    return kRefused;
+    return Report(options, Refusal(error.what()));
   }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return RunInterruptibly([&] { return Work(argc, argv); });
 }

@@ -45,6 +45,7 @@ constexpr OptionName kLog{"log"};
 constexpr OptionName kOs{"os"};
 constexpr OptionName kCode{"code"};
 constexpr OptionName kIfNeeded{"if-needed"};
+constexpr OptionName kWait{"wait"};
 constexpr OptionName kLanguages{"languages"};
 constexpr OptionName kFonts{"fonts"};
 constexpr OptionName kSatellite{"satellite"};

@@ -17,7 +17,7 @@ namespace {
 
 constexpr const char* kExitStatus =
     "Exit status: 0 done, 1 refused, failed or not wholly logged, 2 wrong usage, 3 nothing to do,\n"
-    "4 done, but a program of the product has failed.";
+    "4 done, but a program of the product has failed, 5 another kwbatch works on the target.";
 
 /// What a command line gives, as CLI11 stores it.
 struct CommandLine {

@@ -45,7 +45,7 @@ class Options {
   /// The word with this name after the command, which must take such a word.
   const std::string& Word(WordName name) const { return words_.at(name.text); }
 
-  void RunCommand() const { command_->run(*this); }
+  const Command& command() const { return *command_; }
 
  private:
   explicit Options(const Command* command) : command_(command) {}

@@ -9,6 +9,7 @@
 
 #include "files.h"
 #include "formats.h"
+#include "interruption.h"
 #include "refusal.h"
 
 namespace fs = std::filesystem;
@@ -67,6 +68,7 @@ void Save(const Medium& medium, const Pack& pack) {
   }
   // The library saves what the list names, which its own control files are not.
   for (const std::string& file : pack.journal.saved_files) {
+    SafePoint();
     const std::string path = pack.In(file);
     if (IsThere(path) && TEVRenameFile(path.c_str(), (path + kSavedSuffix).c_str()) != 0) {
       throw Refusal("The file " + path + " cannot be set aside.\n");
@@ -93,7 +95,10 @@ void Restore(const Pack& pack) {
 }
 
 void DeleteSaved(const Pack& pack) {
-  for (const std::string& file : pack.journal.saved_files) Delete(pack.In(file) + kSavedSuffix);
+  for (const std::string& file : pack.journal.saved_files) {
+    SafePoint();
+    Delete(pack.In(file) + kSavedSuffix);
+  }
 }
 
 void PruneTable(const Pack& pack) {

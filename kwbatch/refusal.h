@@ -9,7 +9,7 @@
 /// \file
 /// The ways in which a command can end early, each with its exit status.
 
-enum ExitStatus { kDone, kRefused, kWrongUsage, kNothingToDo, kProgramFailed };
+enum ExitStatus { kDone, kRefused, kWrongUsage, kNothingToDo, kProgramFailed, kBusy };
 
 /// The command line or the file of answers is wrong: kWrongUsage.
 struct UsageError : std::runtime_error {

@@ -11,7 +11,9 @@
 #include "files.h"
 #include "formats.h"
 #include "integrity.h"
+#include "interruption.h"
 #include "journal.h"
+#include "lock.h"
 #include "log.h"
 #include "medium.h"
 #include "paths.h"
@@ -75,10 +77,12 @@ void RepairSystem(const Medium& medium, const std::string& target, Log& log) {
   for (const TEVINSPkg kind : content.kinds) {
     for (const std::string& package : PackagesOf(*medium.toc, content.type, kind)) {
       if (damaged.count(package) == 0) continue;
+      SafePoint();
       PutBack(medium, package, damaged.at(package), target, log);
       repaired.push_back(package);
     }
   }
+  SafePoint();
   RequireWritten(system_dir, IsSdk(medium), repaired, log);
   SyncFileSystem(system_dir);
 }
@@ -87,6 +91,7 @@ void RepairSystem(const Medium& medium, const std::string& target, Log& log) {
 
 void Repair(const Options& options) {
   const Request request = RequestOf(options);
+  const Lock lock(request.target, Lock::Kind::kWriting, request);
   const std::vector<Medium> media = OpenMedium(request.medium, request.os);
   RequireTree(request.target);
   Log log(request.log, " repair of " + request.target + " from " + request.medium + "\n");

@@ -24,6 +24,7 @@ Request RequestOf(const Options& options) {
   request.satellite = TextOf(options, option::kSatellite);
   const std::string with_pack = TextOf(options, option::kWithPack);
   if (!with_pack.empty()) request.with_pack = MediumPath(with_pack);
+  if (options.Takes(option::kWait)) request.wait = options.Number(option::kWait, 0);
   if (options.Takes(option::kNoServices)) request.ports = PortWishesOf(options);
   return request;
 }

@@ -18,6 +18,7 @@ struct Request {
   bool fonts = false;     ///< keep the language-indexed fonts
   std::string satellite;  ///< medium of the rendering satellite
   std::string with_pack;  ///< medium of the service pack that goes on again; full path
+  int wait = 0;           ///< seconds to wait for another kwbatch
   PortWishes ports;
 };
 

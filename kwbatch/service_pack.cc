@@ -9,7 +9,9 @@
 #include "files.h"
 #include "formats.h"
 #include "integrity.h"
+#include "interruption.h"
 #include "languages.h"
+#include "lock.h"
 #include "pack_files.h"
 #include "request.h"
 #include "transfer.h"
@@ -23,6 +25,7 @@ bool RunPostInstall(const Pack& pack, Log& log) {
   std::string suffix = pack.journal.pack;
   std::string system_dir = pack.system_dir;
   const bool done = TEVInsSPK(suffix.data(), system_dir.data(), log.FileName()) == 0;
+  SafePointAfterProgram();
   // The list has served its purpose.
   Delete(pack.In(kPackPrograms));
   return done;
@@ -42,11 +45,13 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
     if (TableLine(line).IsHotFix()) Say("To be installed again afterwards: " + line);
   }
   PruneTable(pack);
+  SafePoint();
   const int languages = InstalledLanguages(medium, target);
   {
     const DirectoryModes kept(pack);
     Transfer(medium, pack.journal.pack, target, languages, log);
   }
+  SafePoint();
   RequireWritten(pack.system_dir, IsSdk(medium), {pack.journal.pack}, log);
   const bool set_up = RunPostInstall(pack, log);
   DeleteLeftovers(pack);
@@ -65,6 +70,7 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
 
 void ServicePack(const Options& options) {
   const Request request = RequestOf(options);
+  const Lock lock(request.target, Lock::Kind::kWriting, request);
   const Medium medium = InstallableUpdate(OpenMedium(request.medium, request.os), request, false);
   Pack pack = PackToInstall(medium, request.target);
   Log log(request.log, " service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");

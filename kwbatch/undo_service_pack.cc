@@ -1,6 +1,8 @@
 #include "commands.h"
 #include "console.h"
 #include "files.h"
+#include "interruption.h"
+#include "lock.h"
 #include "log.h"
 #include "pack.h"
 #include "pack_files.h"
@@ -12,7 +14,9 @@ namespace {
 void Undo(Pack& pack) {
   pack.journal.BeginUndo(pack.system_dir);
   CutFragment(pack.system_dir, pack.journal.table_size);
+  SafePoint();
   Restore(pack);
+  SafePoint();
   PruneTable(pack);
   DeleteLeftovers(pack);
   SyncFileSystem(pack.system_dir);
@@ -24,6 +28,7 @@ void Undo(Pack& pack) {
 
 void UndoServicePack(const Options& options) {
   const Request request = RequestOf(options);
+  const Lock lock(request.target, Lock::Kind::kWriting, request);
   for (Pack& pack : UncommittedPacks(request)) {
     if (pack.journal.phase == Journal::Phase::kRepairing ||
         pack.journal.phase == Journal::Phase::kCommitting) {

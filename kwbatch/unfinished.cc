@@ -10,9 +10,7 @@ namespace {
 
 constexpr const char* kLastLine = "end";
 
-std::string PathIn(const std::string& system_dir) {
-  return system_dir + "/" + kUnfinished;
-}
+std::string PathIn(const std::string& system_dir) { return system_dir + "/" + kUnfinished; }
 
 }  // namespace
 

@@ -1,16 +1,20 @@
-#include <kwinstutil/kwinstutil.h>
+#include <string>
+#include <vector>
 
 #include "commands.h"
 #include "console.h"
 #include "integrity.h"
+#include "interruption.h"
+#include "lock.h"
+#include "log.h"
 #include "refusal.h"
 #include "request.h"
 #include "tree.h"
 
 namespace {
 
-/// Reports the damages of one system directory. True when there is none.
-bool VerifySystem(const std::string& system_dir, bool sdk) {
+/// Reports and logs the damages of one system directory. True when it is intact.
+bool VerifySystem(const std::string& system_dir, bool sdk, Log& log) {
   const auto installed = OpenInstalled(system_dir);
   if (installed == nullptr) {
     Show("Nothing is installed in " + system_dir + ".");
@@ -21,6 +25,7 @@ bool VerifySystem(const std::string& system_dir, bool sdk) {
   tell(system_dir + ":");
   if (!integrity.report.empty()) tell(integrity.report);
   tell(integrity.verdict);
+  log.Write(system_dir + ":\n" + integrity.report + integrity.verdict);
   return integrity.status == 0;
 }
 
@@ -28,11 +33,16 @@ bool VerifySystem(const std::string& system_dir, bool sdk) {
 
 void Verify(const Options& options) {
   const Request request = RequestOf(options);
+  const Lock lock(request.target, Lock::Kind::kReading, request);
+  const std::vector<std::string> dirs = SystemDirs(request.target, request.os);
+  Log log(request.log, " verification of " + request.target + "\n");
   bool intact = true;
-  for (const std::string& dir : SystemDirs(request.target, request.os)) {
-    intact = VerifySystem(dir, dir == request.target) && intact;
+  for (const std::string& dir : dirs) {
+    SafePoint();
+    intact = VerifySystem(dir, dir == request.target, log) && intact;
   }
-  if (intact) return;
+  SafePoint();
+  if (intact) return log.Succeeded();
   throw Refusal("The installation in " + request.target +
                 " is damaged. Put the files back with: kwbatch repair MEDIUM " + request.target +
                 "\n");

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# interruption_test.sh BUILDDIR SOURCEDIR: service packs whose transfer fails in its middle, as on a
-# full disk, and then goes well: nothing of what was saved is lost.
+# interruption_test.sh BUILDDIR SOURCEDIR: commands that are interrupted, by a transfer that fails in
+# its middle, by a signal or by the power, and then go well: nothing of what was saved is lost.
 # shellcheck source=tests/helpers.sh
 source "$2/tests/helpers.sh"
 
@@ -59,6 +59,57 @@ run 1 undo-service-pack "$work/tree"
 run 0 service-pack "$media/sp1" "$work/tree"
 expect_content committed tree
 
+# Two commands at once, and signals, while a tar takes its time. A killed kwbatch leaves its tar.
+mkdir "$work/slow"
+# shellcheck disable=SC2016
+printf '#!/bin/sh\n[ "$1 $#" = "-xf 2" ] || exec /bin/tar "$@"\ntouch %q\nsleep 2\n' \
+  "$work/begun" >"$work/slow/tar"
+chmod +x "$work/slow/tar"
+set -m
+# begin ARGUMENT...: starts kwbatch as $first, in a process group of its own.
+begin() {
+  rm -f "$work/begun"
+  PATH=$work/slow:$PATH "$kwbatch" "$@" --scratch "$work/scratch" >"$work/first" 2>&1 &
+  first=$!
+  until [[ -e $work/begun ]]; do sleep 0.05; done
+}
+expect_interruption() {
+  expect_exit 1 wait "$first"
+  grep -qF "$1" "$work/first" || fail "no '$1'"
+  tail -n 2 "$work/scratch/kwinst.log" | grep -q '] interrupted' || fail 'no trailer'
+}
+begin service-pack "$media/sp2" "$work/tree"
+run 5 verify "$work/tree"
+expect_text "process $first "
+kill -INT -- "-$first"
+expect_interruption "undo it with: kwbatch undo-service-pack $work/tree"
+grep -qF "The log is $work/scratch/kwinst.log" "$work/first" || fail 'no path of the log'
+begin service-pack "$media/sp2" "$work/tree"
+kill -TERM "$first"
+expect_interruption 'Repeat the command'
+run 0 undo-service-pack "$work/tree"
+expect_content committed tree
+begin install "$media/ga" "$work/piped" --os aix_a
+kill -KILL "$first"
+left=$(mktemp -d /tmp/kwbatch-private-XXXXXX)
+touch -d '1 hour ago' "$left"
+run 5 install "$media/ga" "$work/piped" --os aix_a
+run 0 install "$media/ga" "$work/piped" --os aix_a --wait 30
+[[ ! -e $left ]] || fail 'the directory of a killed kwbatch is still there'
+begin install "$media/ga" "$work/other" --os aix_a
+run 5 install "$media/ga" "$work/third" --os aix_a
+expect_text "works on $work/scratch"
+[[ ! -e $work/third ]] || fail 'a target was made'
+kill -HUP "$first"
+expect_interruption 'Repeat the command to go on.'
+# Nobody reads what it prints.
+# shellcheck disable=SC2016
+expect_exit 1 bash -c 'set -o pipefail; (sleep 0.5; "$0" "$@") | true' "$kwbatch" install "$media/ga" \
+  "$work/other" --os aix_a --scratch "$work/scratch"
+expect_text 'Repeat the command to go on.'
+run 0 install "$media/ga" "$work/other" --os aix_a
+set +m
+
 # The power goes right after "done": the disk has what its image holds.
 mkdir "$work/disk"
 # shellcheck disable=SC2016
@@ -72,7 +123,7 @@ expect_exit 0 unshare -m bash -ec 'mount -o loop "$1.img" "$1"
   "$0" install "$2/ga" "$1/tree" --os aix_a --scratch "$3"
   "$0" service-pack "$2/sp1" "$1/tree" --scratch "$3"
   cp "$1.img" "$1.cut" && umount "$1" && mount -o loop "$1.cut" "$1"
-  "$0" verify "$1/tree" && "$0" commit "$1/tree"' \
+  "$0" verify "$1/tree" --scratch "$3" && "$0" commit "$1/tree" --scratch "$3"' \
   "$kwbatch" "$work/disk" "$media" "$work/scratch"
 
 # An undo on a disk that is full.

@@ -48,8 +48,14 @@ run 0 tasks "$work/tree"
 expect_text TEVSleep
 run 0 tasks "$work/tree" --stop
 wait $! && fail 'a task was not stopped'
-run 0 tasks "$work/tree"
+# What started kwbatch is no task of the tree, whatever its command line.
+# shellcheck disable=SC2016
+expect_exit 0 timeout 60 sh -c '"$@"; exit $?' - "$kwbatch" tasks "$work/tree/" --stop \
+  --scratch "$work/scratch"
 expect_text ': 0'
+printf '#!/bin/sh\necho "PID USER COMMAND"\necho "  $$ root sh"\n' >"$work/parts/ps"
+chmod +x "$work/parts/ps"
+PATH=$work/parts:$PATH expect_refusal 'cannot be listed' tasks "$work/tree"
 
 # System files that are mounts cannot be replaced.
 if ! unshare -m true 2>/dev/null; then

@@ -1,0 +1,69 @@
+#include "interruption.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <csignal>
+#include <thread>
+
+#include "refusal.h"
+
+namespace {
+
+std::atomic<bool> interrupted = false;
+
+void Interrupt(int /*signal*/) { interrupted = true; }
+
+bool IsIgnored(int signal) {
+  struct sigaction action {};
+  return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+}  // namespace
+
+/// While a shell runs for the library, the C library ignores SIGINT in this process: no handler
+/// sees it. But the kernel keeps an ignored signal for a first thread that has blocked it and waits
+/// for it. Programs inherit the mask of the other thread, so Ctrl-C ends them.
+int RunInterruptibly(const std::function<int()>& work) {
+  const bool ignored = IsIgnored(SIGINT);
+  struct sigaction action {};
+  action.sa_handler = Interrupt;
+  action.sa_flags = SA_RESTART;
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+    if (!IsIgnored(signal)) sigaction(signal, &action, nullptr);
+  }
+  sigset_t waited;
+  sigset_t before;
+  sigemptyset(&waited);
+  sigaddset(&waited, SIGINT);
+  pthread_sigmask(SIG_BLOCK, &waited, &before);
+  int status = 0;
+  std::atomic<bool> done = false;
+  std::thread worker([&, waiter = pthread_self()] {
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    status = work();
+    done = true;
+    pthread_kill(waiter, SIGINT);
+  });
+  for (int signal = 0; !done;) {
+    sigwait(&waited, &signal);
+    if (!done && !ignored) Interrupt(signal);
+  }
+  worker.join();
+  return status;
+}
+
+void SafePoint() {
+  if (interrupted) throw Refusal("Interrupted.\n");
+}
+
+void SafePointAfterProgram() {
+  if (IsInterrupted()) SafePoint();
+}
+
+bool IsInterrupted() {
+  constexpr useconds_t kMoment = 20'000;
+  if (!interrupted) usleep(kMoment);
+  return interrupted;
+}
