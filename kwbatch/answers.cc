@@ -1,12 +1,12 @@
 #include "answers.h"
 
+#include <strings.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <stdexcept>
 #include <vector>
 
 #include "files.h"
@@ -18,59 +18,84 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// An option and whether the command takes it.
-struct Found {
-  const OptionSpec* option;
-  bool taken;
-};
+constexpr char kBlanks[] = " \t\r\v\f";
 
-Found FindOption(const std::string& file, const std::string& name, const std::string& command) {
+std::string Trimmed(const std::string& text) {
+  const size_t begin = text.find_first_not_of(kBlanks);
+  if (begin == std::string::npos) return "";
+  return text.substr(begin, text.find_last_not_of(kBlanks) - begin + 1);
+}
+
+bool IsQuoted(const std::string& value) {
+  const bool quotes = value.front() == '"' || value.front() == '\'';
+  return quotes && value.size() > 1 && value.front() == value.back();
+}
+
+std::string Unquoted(const std::string& value) {
+  return !value.empty() && IsQuoted(value) ? value.substr(1, value.size() - 2) : value;
+}
+
+/// What is written for a value: it stands in quotes when something would be taken off.
+std::string Quoted(const std::string& value) {
+  const bool plain = value.empty() || (Trimmed(value) == value && !IsQuoted(value));
+  return plain ? value : '"' + value + '"';
+}
+
+/// The option of this name. `line` begins the message when there is none.
+const OptionSpec& FindOption(const std::string& line, const std::string& name) {
   std::vector<std::string> known;
   for (const OptionGroup& group : OptionGroups()) {
     for (const OptionSpec& option : group.options) {
-      if (option.name.text == name) return {&option, group.IsFor(command)};
+      if (option.name.text == name) return option;
       known.emplace_back(option.name.text);
     }
   }
-  throw UsageError(file + ": there is no option \"" + name + "\"" + DidYouMean("", name, known));
+  throw UsageError(line + "there is no option \"" + name + "\"" + DidYouMean("", name, known));
 }
 
 /// What an option without a value is set to.
-std::string YesOrNo(const std::string& file, const std::string& name, const std::string& text) {
-  try {
-    return CLI::detail::to_flag_value(text) > 0 ? "yes" : "no";
-  } catch (const std::invalid_argument&) {
-    throw UsageError(file + ": " + name + " is yes or no, not \"" + text + "\"");
-  }
+std::string YesOrNo(const std::string& line, const std::string& name, const std::string& text) {
+  const auto is = [&text](const char* word) { return strcasecmp(text.c_str(), word) == 0; };
+  if (is("yes") || is("true") || is("on") || is("1")) return "yes";
+  if (is("no") || is("false") || is("off") || is("0")) return "no";
+  throw UsageError(line + name + " is yes or no, not \"" + text + "\"");
 }
 
-/// Reads `name = value` lines; of all characters in a value, only quotes around the whole of it are
-/// taken off.
-class WholeLines : public CLI::ConfigBase {
+/// The answers of a file, line by line.
+class Reader {
  public:
-  WholeLines() {
-    commentChar = arrayStart = arraySeparator = parentSeparatorChar = '\1';
-    arrayEnd = '\2';
+  explicit Reader(const std::string& path) : path_(path) {}
+
+  void Take(std::string text) {
+    constexpr char kByteOrderMark[] = "\xEF\xBB\xBF";  // some editors begin a file with it
+    if (++number_ == 1 && text.rfind(kByteOrderMark, 0) == 0) text.erase(0, 3);
+    text = Trimmed(text);
+    const bool is_section = !text.empty() && text.front() == '[' && text.back() == ']';
+    if (text.empty() || text.front() == '#' || text.front() == ';' || is_section) return;
+    const size_t equals = text.find('=');
+    const std::string line = path_ + ":" + std::to_string(number_) + ": ";
+    if (equals == std::string::npos) throw UsageError(line + "there is no \"=\" in this line");
+    TakeAnswer(line, Trimmed(text.substr(0, equals)), Unquoted(Trimmed(text.substr(equals + 1))));
   }
+
+  const OptionValues& values() const { return values_; }
+
+ private:
+  void TakeAnswer(const std::string& line, const std::string& name, const std::string& value) {
+    const OptionSpec& option = FindOption(line, name);
+    const auto [first, is_new] = lines_.emplace(name, number_);
+    if (!is_new) {
+      throw UsageError(line + name + " is in line " + std::to_string(first->second) + " too");
+    }
+    if (value.empty()) return;
+    values_[name] = option.value != nullptr ? value : YesOrNo(line, name, value);
+  }
+
+  const std::string path_;
+  int number_ = 0;
+  std::map<std::string, int> lines_;
+  OptionValues values_;
 };
-
-/// Some editors begin a file with this mark.
-void SkipByteOrderMark(std::ifstream& file) {
-  constexpr char kMark[] = "\xEF\xBB\xBF";
-  char start[sizeof(kMark)] = "";
-  file.read(start, sizeof(kMark) - 1);
-  if (std::string(start) == kMark) return;
-  file.clear(file.rdstate() & std::ios::badbit);
-  file.seekg(0);
-}
-
-/// Blanks and quotes at an end would be taken off a value that stands in no quotes.
-std::string Quoted(const std::string& value) {
-  const std::string taken_off = " \t'\"`";
-  const bool plain = value.empty() || (taken_off.find(value.front()) == std::string::npos &&
-                                       taken_off.find(value.back()) == std::string::npos);
-  return plain ? value : '"' + value + '"';
-}
 
 std::string AnswersText(const OptionValues& values) {
   std::string text =
@@ -97,40 +122,32 @@ fs::path FileBehind(const std::string& path) {
 
 }  // namespace
 
-OptionValues ReadAnswers(const std::string& path, const std::string& command) {
+OptionValues ReadAnswers(const std::string& path) {
   std::ifstream file(path);
-  SkipByteOrderMark(file);
-  const std::vector<CLI::ConfigItem> items = WholeLines().from_config(file);
+  Reader reader(path);
+  for (std::string line; std::getline(file, line);) reader.Take(line);
   if (!file.is_open() || file.bad() || fs::is_directory(path)) {
     throw UsageError("the answers in " + path + " cannot be read");
   }
-  OptionValues values;
-  for (const CLI::ConfigItem& item : items) {
-    // The begin or the end of a section.
-    if (item.inputs.empty()) continue;
-    const std::string& value = item.inputs.back();
-    const auto [option, taken] = FindOption(path, item.name, command);
-    if (!taken) continue;
-    if (value.empty()) {
-      values.erase(item.name);
-    } else {
-      values[item.name] = option->value != nullptr ? value : YesOrNo(path, item.name, value);
-    }
-  }
-  return values;
+  return reader.values();
 }
 
-void SaveAnswers(const std::string& path, const std::string& command, const OptionValues& values) {
+void SaveAnswers(const std::string& path, const OptionValues& values) {
+  const bool fit = std::none_of(values.begin(), values.end(), [](const auto& answer) {
+    return answer.second.find('\n') != std::string::npos;
+  });
+  if (!fit) {
+    throw Refusal("The answers cannot be written to " + path +
+                  ": a value does not fit in a line.\n");
+  }
   const fs::path target = FileBehind(path);
   std::string written = target.string() + ".XXXXXX";
   const int created = mkstemp(written.data());
   const bool stored =
       created != -1 && close(created) == 0 && AppendToFile(written, AnswersText(values));
-  const bool same = stored && ReadAnswers(written, command) == values;
   std::error_code failed;
-  if (same) fs::rename(written, target, failed);
-  if (same && !failed) return;
-  fs::remove(written, failed);
-  throw Refusal("The answers cannot be written to " + path +
-                (stored && !same ? ": a value cannot stand in a line.\n" : ".\n"));
+  if (stored) fs::rename(written, target, failed);
+  if (stored && !failed) return;
+  if (created != -1) fs::remove(written, failed);
+  throw Refusal("The answers cannot be written to " + path + ".\n");
 }

@@ -187,9 +187,9 @@ std::optional<Options> Options::Parse(int count, char** arguments,
     return command.name.text == name;
   }));
   options.words_ = line.words;
-  if (!line.answers.empty()) line.values.merge(ReadAnswers(line.answers, name));
+  if (!line.answers.empty()) line.values.merge(ReadAnswers(line.answers));
   options.Take(line.values);
-  if (!line.save_answers.empty()) SaveAnswers(line.save_answers, name, options.values_);
+  if (!line.save_answers.empty()) SaveAnswers(line.save_answers, line.values);
   options.MakePathsAbsolute();
   return options;
 }
@@ -227,6 +227,7 @@ void Options::MakePathsAbsolute() {
 
 void Options::Take(const std::map<std::string, std::string>& values) {
   for (const OptionGroup& group : OptionGroups()) {
+    if (!group.IsFor(command_->name.text)) continue;
     for (const OptionSpec& option : group.options) {
       const auto value = values.find(option.name.text);
       if (value == values.end()) continue;

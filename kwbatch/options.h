@@ -50,8 +50,8 @@ class Options {
  private:
   explicit Options(const Command* command) : command_(command) {}
 
-  /// Takes the values, except a flag's "no". Throws a UsageError if one must be a number and is
-  /// not, or needs another option that is not given.
+  /// Takes the values that the command has, except a flag's "no". Throws a UsageError if one must
+  /// be a number and is not, or needs another option that is not given.
   void Take(const std::map<std::string, std::string>& values);
 
   /// Makes the paths absolute that a user may give otherwise.

@@ -10,7 +10,8 @@ site=$work/site.ini
 expect_exit 0 "$kwbatch" check "$medium" "$work/answered" --scratch "$work/scratch" --fonts \
   --os aix_a --languages French --metasearch-server ' "a;b", #d' --save-answers "$site"
 [[ $(stat -c %a "$site") == 600 ]] || fail 'others may read the answers'
-expect_exit 0 "$kwbatch" install "$medium" "$work/answered" --answers "$site" --quiet \
+# The answers come through a pipe.
+expect_exit 0 "$kwbatch" install "$medium" "$work/answered" --answers <(cat "$site") --quiet \
   --languages Korean --log "$work/own.log" --save-answers "$work/again.ini"
 [[ ! -s $work/output ]] || fail 'not quiet'
 [[ ! -e $work/answered/solaris_a && ! -e $work/scratch/kwinst.log ]] || fail 'unread answers'
@@ -23,3 +24,15 @@ expect_exit 1 "$kwbatch" install "$medium" "$work/unlogged" --answers "$site" --
   --log /dev/full
 expect_text 'cannot be written'
 expect_text '] done'
+# Another command loses no answer, whatever stands in it; a failure leaves the file.
+# shellcheck disable=SC2016
+written=('java-home = "C:\temp"' 'drx = `d`' 'stop = on' 'fonts = No' '; log' "os='\"a\"'")
+# shellcheck disable=SC2016
+kept=('java-home = C:\temp' 'drx = `d`' 'stop = yes' 'fonts = no' 'os = ""a""' "scratch = $work/scratch")
+printf '%s\n' "${written[@]}" >"$site"
+run 1 verify "$work/none" --answers /dev/stdin --save-answers "$work/kept.ini" <"$site"
+grep -v '^[;[]\|^$' "$work/kept.ini" | sort |
+  diff - <(printf '%s\n' "${kept[@]}" | sort) || fail 'answers of other commands'
+cp "$work/kept.ini" "$work/before.ini"
+run 1 verify "$work/none" --os $'a\nb' --save-answers "$work/kept.ini"
+cmp "$work/before.ini" "$work/kept.ini" || fail 'a failure changed the answers'

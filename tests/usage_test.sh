@@ -22,10 +22,17 @@ expect_usage_error '--os needs a value' install a b --os=
 expect_usage_error '--orb-base needs --orb-port' install a b --orb-base 7
 expect_usage_error '"7x"' install a b --bb-port 7x --save-answers "$work/wrong.ini"
 expect_usage_error "$work/none.ini" install a b --answers "$work/none.ini"
-printf '; a comment\n[A section]\nstop = yes\nlangauges = French\n' >"$work/wrong.ini"
-expect_usage_error 'did you mean languages?' install a b --answers "$work/wrong.ini"
-echo 'fonts = perhaps' >"$work/wrong.ini"
-expect_usage_error '"perhaps"' install a b --answers "$work/wrong.ini"
+# Wrong lines of a file of answers.
+while IFS='|' read -r text lines; do
+  printf '\xEF\xBB\xBF; a comment\n[A section]\r\n%b' "$lines" >"$work/wrong.ini"
+  expect_usage_error "$text" install a b --answers "$work/wrong.ini"
+done <<'CASES'
+wrong.ini:4: there is no option "langauges"; did you mean languages?|stop = yes\nlangauges = French\n
+wrong.ini:3: fonts is yes or no, not "maybe"|fonts = maybe\n
+wrong.ini:4: os is in line 3 too|os =\nos = aix_a\r\n
+wrong.ini:5: there is no "="|\n# = \nquiet\n
+"7x"|bb-port = '7x'
+CASES
 
 red=$'\e[31m'
 if script -qc true /dev/null 2>/dev/null; then
