@@ -137,8 +137,6 @@ bool Finish(const Plan& plan, Log& log) {
   for (const Medium& medium : plan.media) {
     SafePoint();
     if (products) set_up = RunSetup(SystemDir(medium, target), log) && set_up;
-    SafePointAfterProgram();
-    Unfinished::Delete(SystemDir(medium, target));
   }
   return set_up;
 }
@@ -187,8 +185,17 @@ void Install(const Options& options) {
   }
   SafePoint();
   set_up = Finish(plan, log) && set_up;
-  log.Succeeded();
+  if (set_up) {
+    for (const Medium& medium : plan.media) {
+      Unfinished::Delete(SystemDir(medium, request.target));
+    }
+    log.Succeeded();
+  }
   Summarize(plan.media, request.target);
   Say(std::string("The log is ") + log.FileName());
-  if (!set_up) throw Refusal("A setup program has failed: see the log.\n", kProgramFailed);
+  if (!set_up) {
+    throw Refusal(
+        "A program of the product has failed: see the log. The same command runs it again.\n",
+        kProgramFailed);
+  }
 }

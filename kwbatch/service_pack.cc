@@ -13,25 +13,12 @@
 #include "languages.h"
 #include "lock.h"
 #include "pack_files.h"
+#include "refusal.h"
 #include "request.h"
+#include "setup.h"
 #include "transfer.h"
 
-namespace {
-
 using Phase = Journal::Phase;
-
-/// Runs the pack's post-install programs, whose output goes to the log. False when one has failed.
-bool RunPostInstall(const Pack& pack, Log& log) {
-  std::string suffix = pack.journal.pack;
-  std::string system_dir = pack.system_dir;
-  const bool done = TEVInsSPK(suffix.data(), system_dir.data(), log.FileName()) == 0;
-  SafePointAfterProgram();
-  // The list has served its purpose.
-  Delete(pack.In(kPackPrograms));
-  return done;
-}
-
-}  // namespace
 
 bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Log& log) {
   const bool repair = pack.journal.phase == Phase::kRepairing;
@@ -53,7 +40,9 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
   }
   SafePoint();
   RequireWritten(pack.system_dir, IsSdk(medium), {pack.journal.pack}, log);
-  const bool set_up = RunPostInstall(pack, log);
+  // While its programs fail, the pack is not installed: the same command installs it again.
+  if (!RunPostInstall(pack.system_dir, pack.journal.pack, log)) return false;
+  Delete(pack.In(kPackPrograms));
   DeleteLeftovers(pack);
   Delete(pack.In(kInterruptedPack));
   SyncFileSystem(pack.system_dir);
@@ -65,7 +54,7 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
   }
   Say("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
       (repair ? "." : ", and waits for a commit."));
-  return set_up;
+  return true;
 }
 
 void ServicePack(const Options& options) {
@@ -74,7 +63,10 @@ void ServicePack(const Options& options) {
   const Medium medium = InstallableUpdate(OpenMedium(request.medium, request.os), request, false);
   Pack pack = PackToInstall(medium, request.target);
   Log log(request.log, " service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
-  const bool set_up = InstallPack(medium, request.target, pack, log);
+  if (!InstallPack(medium, request.target, pack, log)) {
+    throw Refusal(std::string("A post-install program has failed: see the log ") + log.FileName() +
+                      ". The same command runs it again; undo-service-pack takes the pack out.\n",
+                  kProgramFailed);
+  }
   log.Succeeded();
-  if (!set_up) throw Refusal("A post-install program has failed: see the log.\n", kProgramFailed);
 }

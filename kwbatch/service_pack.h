@@ -8,7 +8,7 @@
 #include "pack.h"
 
 /// Installs a pack, or finishes its installation, and says so. False when a post-install program
-/// has failed. Throws a Refusal; the same call may follow then.
+/// has failed; the pack is not finished then. The same call may follow, after a Refusal too.
 bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Log& log);
 
 #endif  // KWBATCH_SERVICE_PACK_H_

@@ -20,13 +20,23 @@ taken=(install "$media/ga" "$work/other" --os aix_a --run-port 20061 --bb-port 2
 expect_refusal 20061 "${taken[@]}"
 [[ ! -e $work/other ]] || fail 'a port that is taken was not refused at once'
 run 0 check "${taken[@]:1}" --next-free
-# A setup program that fails does not keep the installation from its end.
+# A setup program that is killed: what it printed is in the log, and the same command runs it again.
 mkdir -p "$work/tree/solaris_a/"{control,code/bin}
-touch "$work/tree/solaris_a/"{control/Q8M.prd,code/bin/DRXPeopleUpdate}
+update=$work/tree/solaris_a/code/bin/DRXPeopleUpdate
+touch "$work/tree/solaris_a/control/Q8M.prd"
+# shellcheck disable=SC2016
+printf '%s\n' '#!/bin/sh' 'echo updating' 'kill -9 $$' >"$update"
+chmod +x "$update"
 run 4 install "$media/ga" "$work/tree" --os solaris_a --satellite "$work/satellite"
+grep -qx updating "$work/scratch/kwinst.log" || fail 'the output is not in the log'
 grep -q "solaris_a/code/bin/TEVSysDemon  #" "$work/scratch/inetd.conf" || fail 'no daemon'
 expect_text 'pkill -HUP'
 grep -q '^mi-ray ' "$work/scratch/inetd.conf" || fail 'no satellite'
+
+run 4 install "$media/ga" "$work/tree" --os solaris_a
+sed -i /kill/d "$update"
+run 0 install "$media/ga" "$work/tree" --os solaris_a
+run 3 install "$media/ga" "$work/tree" --os solaris_a
 
 printf 'default\n' >"$work/tree/prod.lp"
 printf '/etc/opt\n' >"$work/tree/EnvDir.txt"

@@ -27,6 +27,25 @@ run 0 service-pack "$media/sp2" "$work/tree"
 run 0 undo-service-pack "$work/tree"
 expect_content committed tree
 
+# A post-install program that is killed is run again, though the last one goes well.
+mkdir "$work/site" "$work/sp1"
+compress -d -c "$media/sp1/SP1.Z" | tar -C "$work/site" -xf -
+echo TEVSite TEVPostBase >"$work/site/aix_a/control/CAFPost.list"
+tar -C "$work/site" -cf "$work/sp1/SP1" aix_a
+cp "$media/sp1/TOC" "$work/sp1"
+rm -r "$work/site"
+run 0 install "$media/ga/aix_a" "$work/site"
+# shellcheck disable=SC2016
+printf '%s\n' '#!/bin/sh' 'echo at site' 'kill -9 $$' >"$work/site/aix_a/code/bin/TEVSite_SP1"
+chmod +x "$work/site/aix_a/code/bin/TEVSite_SP1"
+run 4 service-pack "$work/sp1" "$work/site"
+grep -qx 'at site' "$work/scratch/kwinst.log" || fail 'the output is not in the log'
+expect_refusal 'not finished' commit "$work/site"
+run 4 service-pack "$work/sp1" "$work/site"
+sed -i /kill/d "$work/site/aix_a/code/bin/TEVSite_SP1"
+run 0 service-pack "$work/sp1" "$work/site"
+run 0 commit "$work/site"
+
 # A pack whose list leads out of the tree, or names what would not be saved.
 for path in ../../victim 3d/model; do
   rm -rf "$work/foreign"
