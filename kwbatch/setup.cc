@@ -13,27 +13,28 @@
 #include "formats.h"
 #include "interruption.h"
 #include "paths.h"
+#include "refusal.h"
 
 namespace {
 
-/// While it exists, what programs print goes to the end of the log, if that can be opened.
-class OutputToLog {
+/// While it exists, what programs print goes to a file: a log that is full must not end them.
+class OutputToFile {
  public:
-  explicit OutputToLog(Log& log) {
-    const int file = open(log.FileName(), O_WRONLY | O_APPEND | O_CLOEXEC);
-    if (file == -1) return;
+  explicit OutputToFile(const std::string& path) {
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+    if (file == -1) throw Refusal("The file " + path + " cannot be written.\n");
     dup2(file, STDOUT_FILENO);
     dup2(file, STDERR_FILENO);
     close(file);
   }
-  ~OutputToLog() {
+  ~OutputToFile() {
     dup2(output_, STDOUT_FILENO);
     dup2(errors_, STDERR_FILENO);
     close(output_);
     close(errors_);
   }
-  OutputToLog(const OutputToLog&) = delete;
-  OutputToLog& operator=(const OutputToLog&) = delete;
+  OutputToFile(const OutputToFile&) = delete;
+  OutputToFile& operator=(const OutputToFile&) = delete;
 
  private:
   const int output_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
@@ -43,12 +44,15 @@ class OutputToLog {
 /// Lets the library run a program, and reports whether that went well: the result of `run` is 1.
 template <typename Run>
 bool RunProgram(Log& log, Run run) {
+  const TemporaryDirectory temp;
+  const std::string printed = temp.path() + "/output";
   TEVUnicodeString message;
   int status = 0;
   {
-    const OutputToLog output(log);
+    const OutputToFile output(printed);
     status = run(&message);
   }
+  log.Write(TextOf(printed));
   log.Write(message.ConvertToChar());
   SafePointAfterProgram();
   if (status != 1) Complain(message.ConvertToChar());
