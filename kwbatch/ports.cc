@@ -1,7 +1,14 @@
 #include "ports.h"
 
 #include <kwinstutil/kwinstutil.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <iterator>
 #include <sstream>
 
 #include "console.h"
@@ -12,6 +19,8 @@
 #include "system_files.h"
 
 namespace {
+
+constexpr const char* kOurServices[] = {"morvelk7bb", "morvelk7run", "TEVDeviceBroker"};
 
 /// Does inetd lack the daemon of the system directory?
 bool NeedsDaemon(const std::string& system_dir) {
@@ -61,11 +70,64 @@ Ports WantedPorts(const Ports& given) {
   return wanted;
 }
 
-/// Throws a Refusal when a given port is not the chosen one.
-void RequireGiven(int given, int chosen) {
-  if (given == 0 || given == chosen) return;
-  throw Refusal("The port " + std::to_string(given) + " is taken, or given twice. Free is " +
-                std::to_string(chosen) + "; --next-free takes it.\n");
+/// Does another service have the port in the services file?
+bool IsOfAnother(int port) {
+  for (const std::string& line : LinesOf(SystemFile(kServices))) {
+    std::istringstream words(line);
+    std::string name;
+    std::string entry;
+    const bool has_port = words >> name >> entry && entry == std::to_string(port) + "/tcp";
+    const bool ours = std::count(std::begin(kOurServices), std::end(kOurServices), name) > 0;
+    if (has_port && name.front() != '#' && !ours) return true;
+  }
+  return false;
+}
+
+/// Does a program listen on the port with IPv6? The library tries IPv4 only.
+bool IsTakenByIPv6(int port) {
+  const int tried = socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (tried == -1) return false;
+  const int only = 1;
+  setsockopt(tried, IPPROTO_IPV6, IPV6_V6ONLY, &only, sizeof(only));
+  sockaddr_in6 address{};
+  address.sin6_family = AF_INET6;
+  address.sin6_port = htons(static_cast<uint16_t>(port));
+  const auto* any = reinterpret_cast<const sockaddr*>(&address);
+  const bool taken = bind(tried, any, sizeof(address)) != 0 && errno == EADDRINUSE;
+  close(tried);
+  return taken;
+}
+
+/// The next ports, from the wanted ones on, that nobody has. Throws a Refusal when there is none,
+/// or a wanted one is not legal.
+Ports FreePorts(const Ports& wanted) {
+  Ports ports = wanted;
+  for (bool found = false; !found;) {
+    const Ports before = ports;
+    TEVUnicodeString message;
+    const int status =
+        CheckK7RunPortValue(&ports.run, &ports.bulletin_board, &ports.broker, &message);
+    const bool replaced = ports.run != before.run ||
+                          ports.bulletin_board != before.bulletin_board ||
+                          ports.broker != before.broker;
+    if (status == -1 || (status == 0 && !replaced)) throw Refused(message);
+    found = true;
+    for (int* port : {&ports.bulletin_board, &ports.run, &ports.broker}) {
+      if (!IsOfAnother(*port) && !IsTakenByIPv6(*port)) continue;
+      ++*port;
+      found = false;
+    }
+  }
+  return ports;
+}
+
+/// Says that a port is replaced. Throws a Refusal when it was given, unless another one will do.
+void TellReplaced(int wanted, int chosen, bool given, bool next_free) {
+  if (wanted == chosen) return;
+  const std::string taken = "The port " + std::to_string(wanted) +
+                            " is taken, or given twice. Free is " + std::to_string(chosen);
+  if (given && !next_free) throw Refusal(taken + "; --next-free takes it.\n");
+  Complain(taken + ", which is used instead.\n");
 }
 
 Ports ChoosePorts(const PortWishes& wishes) {
@@ -73,20 +135,11 @@ Ports ChoosePorts(const PortWishes& wishes) {
   if (IsRegistered(given)) return {};
   RequireWritable(SystemFile(kServices));
   const Ports wanted = WantedPorts(given);
-  Ports ports = wanted;
-  TEVUnicodeString message;
-  const int status =
-      CheckK7RunPortValue(&ports.run, &ports.bulletin_board, &ports.broker, &message);
-  if (status == 1) return ports;
-  const bool replaced = ports.run != wanted.run || ports.bulletin_board != wanted.bulletin_board ||
-                        ports.broker != wanted.broker;
-  if (status == -1 || !replaced) throw Refused(message);
-  if (!wishes.next_free) {
-    RequireGiven(given.bulletin_board, ports.bulletin_board);
-    RequireGiven(given.run, ports.run);
-    RequireGiven(given.broker, ports.broker);
-  }
-  Complain(message.ConvertToChar());
+  const Ports ports = FreePorts(wanted);
+  TellReplaced(wanted.bulletin_board, ports.bulletin_board, given.bulletin_board != 0,
+               wishes.next_free);
+  TellReplaced(wanted.run, ports.run, given.run != 0, wishes.next_free);
+  TellReplaced(wanted.broker, ports.broker, given.broker != 0, wishes.next_free);
   return ports;
 }
 

@@ -20,6 +20,18 @@ taken=(install "$media/ga" "$work/other" --os aix_a --run-port 20061 --bb-port 2
 expect_refusal 20061 "${taken[@]}"
 [[ ! -e $work/other ]] || fail 'a port that is taken was not refused at once'
 run 0 check "${taken[@]:1}" --next-free
+# So is the port of another service, and one on which a program listens with IPv6.
+echo 'other 20081/tcp' >>"$work/scratch/services"
+expect_refusal 'Free is 20082' check "$media/ga" "$work/other" --run-port 20081
+listener='socket(S, AF_INET6, SOCK_STREAM, 0) && setsockopt(S, 41, 26, pack("i", 1)) &&
+  bind(S, pack_sockaddr_in6(20091, IN6ADDR_ANY)) && listen(S, 1) && print("here\n") && sleep 60'
+coproc perl -MSocket=:DEFAULT,IN6ADDR_ANY,pack_sockaddr_in6 -e "\$| = 1; $listener"
+if read -r _ <&"${COPROC[0]}"; then
+  expect_refusal 'Free is 20092' check "$media/ga" "$work/other" --run-port 20091
+  kill "$COPROC_PID"
+else
+  echo 'Not tried: a port on which somebody listens with IPv6, because there is none.'
+fi
 # A setup program that is killed: what it printed is in the log, and the same command runs it again.
 mkdir -p "$work/tree/solaris_a/"{control,code/bin}
 update=$work/tree/solaris_a/code/bin/DRXPeopleUpdate
