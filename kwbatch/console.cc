@@ -1,7 +1,9 @@
 #include "console.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
@@ -33,6 +35,15 @@ std::string Coloured(const std::string& text, int colour, std::FILE* stream) {
 
 std::string WithoutNewline(const std::string& text) {
   return text.empty() || text.back() != '\n' ? text : text.substr(0, text.size() - 1);
+}
+
+/// The width of the terminal on standard output, at least that of a short line.
+size_t Columns() {
+  constexpr size_t kUsual = 80;
+  constexpr size_t kFewest = 20;
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0 || size.ws_col == 0) return kUsual;
+  return std::max<size_t>(kFewest, size.ws_col);
 }
 
 void Print(const std::string& text, std::FILE* stream) {
@@ -68,17 +79,19 @@ Progress::~Progress() {
 }
 
 void Progress::Begin(const std::string& step) {
-  constexpr size_t kWidth = 30;
   constexpr int kGreen = 32;
   ++begun_;
+  std::string text = std::to_string(begun_) + " of " + std::to_string(steps_) + ": " + step;
   if (!terminal_) {
-    std::printf("  %zu of %zu: %s\n", begun_, steps_, step.c_str());
+    std::printf("  %s\n", text.c_str());
   } else {
-    const size_t done = kWidth * begun_ / steps_;
+    const size_t columns = Columns();
+    const size_t width = std::min<size_t>(30, columns / 4);
+    const size_t done = width * begun_ / steps_;
+    text.resize(std::min(text.size(), columns - width - 6));
     // Clears what a longer name left behind.
-    std::printf("\r  [%s%s] %zu of %zu: %s\x1b[K",
-                Coloured(std::string(done, '#'), kGreen, stdout).c_str(),
-                std::string(kWidth - done, ' ').c_str(), begun_, steps_, step.c_str());
+    std::printf("\r  [%s%s] %s\x1b[K", Coloured(std::string(done, '#'), kGreen, stdout).c_str(),
+                std::string(width - done, ' ').c_str(), text.c_str());
   }
   std::fflush(stdout);
 }

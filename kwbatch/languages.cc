@@ -7,10 +7,12 @@
 #include <iterator>
 #include <sstream>
 #include <system_error>
+#include <vector>
 
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "nearest.h"
 #include "refusal.h"
 #include "tree.h"
 #include "unfinished.h"
@@ -18,6 +20,17 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+[[noreturn]] void RejectLanguage(const std::string& name) {
+  std::vector<std::string> known;
+  std::string list;
+  for (const Language& language : kLanguages) {
+    known.emplace_back(language.name);
+    list += std::string(list.empty() ? "" : ", ") + language.name;
+  }
+  throw UsageError("unknown language \"" + name + "\"" + DidYouMean("", name, known) +
+                   "\nLanguages: all, none, or some of " + list);
+}
 
 /// The bits of a comma-separated list of languages.
 int LanguageMask(const std::string& list) {
@@ -28,7 +41,7 @@ int LanguageMask(const std::string& list) {
   for (std::string name; std::getline(names, name, ',');) {
     const auto* known = std::find_if(std::begin(kLanguages), std::end(kLanguages),
                                      [&name](const Language& l) { return name == l.name; });
-    if (known == std::end(kLanguages)) throw UsageError("unknown language \"" + name + "\"");
+    if (known == std::end(kLanguages)) RejectLanguage(name);
     mask |= known->bit;
   }
   return mask;

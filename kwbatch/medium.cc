@@ -1,5 +1,10 @@
 #include "medium.h"
 
+#include <kb0core/TEVFile.h>
+
+#include <cerrno>
+#include <cstring>
+
 #include "formats.h"
 #include "paths.h"
 #include "refusal.h"
@@ -18,11 +23,18 @@ MediumKind KindOf(TEVINSMediaToc* toc) {
   throw Refused(message);
 }
 
+/// Throws a Refusal when the file is there, as far as one can tell, but cannot be read.
+void RequireReadable(const std::string& path) {
+  if (TEVFileAccess(path.c_str(), 4) == 0 || errno == ENOENT || errno == ENOTDIR) return;
+  throw Refusal("The file " + path + " cannot be read: " + std::strerror(errno) + ".\n");
+}
+
 Medium OpenSystem(const std::string& dir, const std::string& os) {
   Medium medium;
   medium.dir = dir;
   medium.of_several = !os.empty();
   std::string path = dir + "/" + kMediumTable;
+  RequireReadable(path);
   TEVINSMediaToc* toc = nullptr;
   TEVUnicodeString message;
   const int status = InitMediaToc(path.data(), &toc, &message);
@@ -58,6 +70,7 @@ std::vector<std::string> SystemsOf(const std::string& dir) {
 
 std::vector<Medium> OpenMedium(const std::string& dir, const std::string& os) {
   std::vector<Medium> media;
+  RequireReadable(dir + "/" + kSystemList);
   const std::vector<std::string> systems = SystemsOf(dir);
   for (const std::string& system : systems) {
     if (os.empty() || os == system) media.push_back(OpenSystem(dir + "/" + system, system));

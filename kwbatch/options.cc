@@ -108,7 +108,7 @@ void AddCommands(CLI::App& app, const std::vector<Command>& commands, CommandLin
   SetWording(app);
   app.allow_extras()->require_subcommand(1);
   app.set_version_flag("--version", "kwbatch " KWBATCH_VERSION, "print the version");
-  app.footer(std::string("kwbatch COMMAND --help shows what a command takes.\n") + kExitStatus);
+  app.footer(std::string("kwbatch help COMMAND shows what a command takes.\n") + kExitStatus);
   AddGroup(&app, OptionGroups().front(), line);
   AddAnswerFiles(&app, line);
   for (const Command& command : commands) AddCommand(app, command, line);
@@ -152,10 +152,26 @@ void RejectUnknown(const CLI::App& app) {
   throw UsageError("no command \"" + word + "\"" + DidYouMean("", word, known));
 }
 
+/// Writes "help COMMAND" as "COMMAND --help". Throws a UsageError for an unknown one.
+std::vector<std::string> WithoutHelpWord(std::vector<std::string> arguments,
+                                         const std::vector<Command>& commands) {
+  if (arguments.empty() || arguments.front() != "help") return arguments;
+  arguments.erase(arguments.begin());
+  std::vector<std::string> known;
+  for (const Command& command : commands) known.emplace_back(command.name.text);
+  for (const std::string& word : arguments) {
+    const bool is_option = word.rfind('-', 0) == 0;
+    if (!is_option && std::count(known.begin(), known.end(), word) == 0) {
+      throw UsageError("no command \"" + word + "\"" + DidYouMean("", word, known));
+    }
+  }
+  arguments.emplace_back("--help");
+  return arguments;
+}
+
 /// CLI11 would take the next word for the value of "--option=".
-void RejectEmptyValues(int count, char** arguments) {
-  for (int i = 1; i < count; ++i) {
-    const std::string text = arguments[i];
+void RejectEmptyValues(const std::vector<std::string>& arguments) {
+  for (const std::string& text : arguments) {
     if (text.rfind("--", 0) == 0 && text.find('=') == text.size() - 1) {
       throw UsageError(text.substr(0, text.size() - 1) + " needs a value");
     }
@@ -170,9 +186,13 @@ std::optional<Options> Options::Parse(int count, char** arguments,
   CLI::App app("Installs media of the suite without questions.", "kwbatch");
   RequireTakers(commands);
   AddCommands(app, commands, line);
-  RejectEmptyValues(count, arguments);
+  std::vector<std::string> words =
+      WithoutHelpWord(std::vector<std::string>(arguments + 1, arguments + count), commands);
+  RejectEmptyValues(words);
+  // CLI11 takes them from the end.
+  std::reverse(words.begin(), words.end());
   try {
-    app.parse(count, arguments);
+    app.parse(words);
   } catch (const CLI::Success& asked) {
     app.exit(asked);
     return std::nullopt;

@@ -2,6 +2,8 @@
 
 #include <kb0core/TEVFile.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -27,9 +29,13 @@ void UseScratch(const std::string& dir) {
 }
 
 void RequireWritable(const std::string& path) {
-  if (fs::is_regular_file(path) && TEVFileAccess(path.c_str(), 2) == 0) return;
-  throw Refusal("The file " + path +
-                " cannot be written. Be root, or use --scratch DIR or --no-services.\n");
+  const bool writable = TEVFileAccess(path.c_str(), 2) == 0;
+  const int error = errno;
+  if (writable && fs::is_regular_file(path)) return;
+  const bool forbidden = !writable && (error == EACCES || error == EPERM);
+  throw Refusal("The file " + path + " cannot be written: " +
+                (writable ? "it is no file" : std::strerror(error)) + ". " +
+                (forbidden ? "Be root, or use" : "Use") + " --scratch DIR or --no-services.\n");
 }
 
 void Overwrite(const std::string& path) {

@@ -27,13 +27,15 @@ std::vector<std::string> SystemDirs(const std::string& target, const std::string
   return dirs;
 }
 
+/// A development kit that lies in a directory of the target is nothing that the target holds.
 std::string InstalledSystem(const std::string& target) {
   const std::vector<std::string> systems = SystemsOf(target);
   if (!systems.empty()) return systems.front();
   // The list is written when all systems have their tables.
   std::error_code ignored;
   for (const auto& entry : fs::directory_iterator(target, ignored)) {
-    if (Exists(entry.path() / kPresent)) return entry.path().filename();
+    const bool sdk = Exists(entry.path() / kCodePointer);
+    if (!sdk && Exists(entry.path() / kPresent)) return entry.path().filename();
   }
   return "";
 }

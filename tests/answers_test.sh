@@ -19,6 +19,8 @@ printf 'Language-indexed fonts\nKorean\n\n' | cmp - "$work/answered/aix_a/NLS.tx
 (($(grep -cxE '={58}' "$work/own.log") == 2)) || fail 'own.log lacks its banner or closing line'
 sed -e 's/^languages = French/languages = Korean/' -e "s|^;log =.*|log = $work/own.log|" \
   -e 's/^;quiet =.*/quiet = yes/' "$site" | diff - "$work/again.ini" || fail 'answers are lost'
+run 2 check "$medium" "$work/none" --languages simplified_chines
+expect_text $'did you mean Simplified_Chinese?\nLanguages: all, none, or some of French, German'
 # What the log does not take is shown, and the exit status tells it.
 expect_exit 1 "$kwbatch" install "$medium" "$work/unlogged" --answers "$site" --quiet \
   --log /dev/full

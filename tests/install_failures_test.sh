@@ -18,6 +18,8 @@ expect_refusal 'X;touch' install "$work/foreign" "$work/new"
 mkdir "$work/empty"
 touch "$work/file"
 expect_refusal "$work/empty" install "$work/empty" "$work/new"
+ln -s TOC "$work/empty/TOC"
+expect_refusal 'TOC cannot be read' install "$work/empty" "$work/new"
 expect_refusal relative install "$medium" relative
 expect_refusal "$work/file" install "$medium" "$work/file/tree"
 expect_refusal "$work/with blank" install "$medium" "$work/with blank"

@@ -25,6 +25,12 @@ run 0 install "$media/sdk" "$work/sdk" --code "$work/tree"
 grep -q Simulation "$work/sdk/control/PRESENT" && fail 'an SDK package without its code'
 expect_check 1 'is not installed' sdk sdk
 run 0 verify "$work/sdk"
+mkdir around
+mv sdk around
+expect_check 1 'The directory' ga around
+expect_refusal 'Nothing is installed' tasks "$work/around"
+mv around/sdk .
+expect_refusal 'level R13' repair "$media/other-level" "$work/tree"
 
 expect_exit 0 "$kwbatch" install media/samples "$work/tree" --scratch scratch --log own.log
 [[ -s own.log ]] || fail 'no log at a relative path'

@@ -12,6 +12,7 @@ expect_usage_error() {
 
 expect_usage_error 'which command?'
 expect_usage_error 'did you mean service-pack?' servicepack a b
+expect_usage_error 'did you mean install?' help instal
 expect_usage_error 'TARGET is required' install a
 expect_usage_error '"c"' install a b c
 expect_usage_error 'did you mean --languages?' install a b --langauges=French
@@ -58,6 +59,7 @@ source "$source/kwbatch/kwbatch.bash"
 [[ $(complete_words install --languages Ja) == Japanese ]] || fail 'completion of a language'
 [[ -z $(complete_words install --os ver) ]] || fail 'completion of a value'
 
+"$kwbatch" help tasks | diff - <("$kwbatch" tasks --help) || fail 'help COMMAND'
 # The manual names what the help does.
 for command in '' $("$kwbatch" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'); do
   "$kwbatch" ${command:+"$command"} --help
