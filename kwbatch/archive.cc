@@ -1,10 +1,14 @@
 #include "archive.h"
 
+#include <kb0core/TEVFile.h>
 #include <kwinstutil/kwinstutil.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
+#include <map>
 #include <set>
+#include <sstream>
 
 #include "files.h"
 #include "formats.h"
@@ -25,24 +29,63 @@ std::string ReadingCommand(const std::string& archive) {
   return (IsCompressed(archive) ? "compress -d -c " : "cat ") + archive;
 }
 
-}  // namespace
+/// Throws a Refusal unless the shell finds the program.
+void RequireProgram(const std::string& name) {
+  const char* path = std::getenv("PATH");
+  std::istringstream dirs(path == nullptr ? "/bin:/usr/bin" : path);
+  for (std::string dir; std::getline(dirs, dir, ':');) {
+    if (TEVFileAccess((dir.empty() ? name : dir + "/" + name).c_str(), 1) == 0) return;
+  }
+  throw Refusal("The program " + name + " is missing, which the archives need.\n");
+}
+
+/// The member in a line of tar: "MODE OWNER SIZE DATE TIME PATH". What a link leads to follows its
+/// path; devices have no size.
+Member MemberIn(const std::string& line) {
+  std::istringstream fields(line);
+  std::string mode;
+  std::string text;
+  Member member{"", 0};
+  fields >> mode >> text >> text;
+  if (text.find(',') == std::string::npos) member.size = std::strtoull(text.c_str(), nullptr, 10);
+  fields >> text >> text;
+  fields.get();
+  std::getline(fields, member.path);
+  const char* link = mode[0] == 'l' ? " -> " : mode[0] == 'h' ? " link to " : nullptr;
+  if (link != nullptr) member.path.resize(std::min(member.path.find(link), member.path.size()));
+  return member;
+}
 
 /// A pipe has the status of its last program only, and tar is content with an archive that ends
 /// between two members. So each failure is noted, and the archive's last block kept, which must be
 /// empty.
-std::vector<std::string> MembersOf(const std::string& archive) {
+std::vector<Member> ReadMembers(const std::string& archive) {
   SafePoint();
+  RequireProgram("tar");
+  if (IsCompressed(archive)) RequireProgram("compress");
   const TemporaryDirectory temp;
   const bool read =
       RunShell("cd " + temp.path() + " && mkfifo copy && { tail -c 512 copy >last & { " +
                ReadingCommand(archive) + " || echo >unread; } | tee copy | " +
-               "TAR_OPTIONS=\"$TAR_OPTIONS --quoting-style=literal\" tar -tf - >members || echo "
-               ">unread; wait; }");
+               "TAR_OPTIONS=\"$TAR_OPTIONS --quoting-style=literal --numeric-owner\" LC_ALL=C "
+               "tar -tvf - >members || echo >unread; wait; }");
   const std::string last = TextOf(temp.path() + "/last");
   if (!read || IsThere(temp.path() + "/unread") || last != std::string(512, '\0')) {
     throw Refusal("The archive " + archive + " is damaged or cut off.\n");
   }
-  return LinesOf(temp.path() + "/members");
+  std::vector<Member> members;
+  for (const std::string& line : LinesOf(temp.path() + "/members")) {
+    members.push_back(MemberIn(line));
+  }
+  return members;
+}
+
+}  // namespace
+
+const std::vector<Member>& MembersOf(const std::string& archive) {
+  static std::map<std::string, std::vector<Member>> known;
+  const auto found = known.find(archive);
+  return found != known.end() ? found->second : known[archive] = ReadMembers(archive);
 }
 
 void Unpack(const std::string& archive, const std::vector<std::string>& members,
@@ -58,10 +101,10 @@ void Unpack(const std::string& archive, const std::vector<std::string>& members,
   throw Refusal("The archive " + archive + " cannot be unpacked in " + dir + ".\n");
 }
 
-void RequireRealDirectories(const std::vector<std::string>& members, const std::string& tree) {
+void RequireRealDirectories(const std::vector<Member>& members, const std::string& tree) {
   std::set<fs::path> dirs;
-  for (const std::string& member : members) {
-    for (fs::path dir = fs::path(member).parent_path(); dir.has_relative_path();
+  for (const Member& member : members) {
+    for (fs::path dir = fs::path(member.path).parent_path(); dir.has_relative_path();
          dir = dir.parent_path()) {
       if (!dirs.insert(dir).second) break;
     }

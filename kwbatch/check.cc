@@ -35,7 +35,7 @@ void CheckUpdate(const Request& request, std::vector<Medium> media) {
   if (hot_fix) {
     UpdateName(medium);
   } else {
-    PackToInstall(medium, target);
+    RequireSpace(medium, target, PackToInstall(medium, target));
   }
   Say(medium.dir + " may be installed in " + SystemDir(medium, target) + ".");
 }

@@ -6,6 +6,7 @@
 #include "integrity.h"
 #include "journal.h"
 #include "refusal.h"
+#include "space.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -46,6 +47,7 @@ bool HasOnlyDirectories(const std::string& target) {
 }
 
 void RequireTarget(const Medium& medium, const std::string& target) {
+  RequireReadWrite(target);
   TEVUnicodeString message;
   const std::string installed = InstalledSystem(target);
   const std::string system = installed.empty() ? medium.os : installed;

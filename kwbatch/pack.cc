@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <utility>
 
 #include "archive.h"
@@ -11,6 +12,7 @@
 #include "pack_archive.h"
 #include "paths.h"
 #include "refusal.h"
+#include "space.h"
 #include "tree.h"
 #include "unfinished.h"
 
@@ -53,7 +55,11 @@ Medium InstallableUpdate(std::vector<Medium> media, const Request& request, bool
   RequireInstallable(medium, request.target,
                      CodeTreeFor(medium, request.target, request.code_tree));
   if (hot_fix) {
-    RequireRealDirectories(MembersOf(ArchiveOf(medium.dir, UpdateName(medium))), request.target);
+    const std::vector<Member>& members = MembersOf(ArchiveOf(medium.dir, UpdateName(medium)));
+    RequireRealDirectories(members, request.target);
+    Demand demand(request.target);
+    demand.Add(members);
+    demand.Require();
   }
   return std::move(medium);
 }
@@ -87,6 +93,18 @@ Pack PackToInstall(const Medium& medium, const std::string& target) {
   }
   if (journal && journal->phase == Phase::kPending) pack.journal.phase = Phase::kInstalling;
   return pack;
+}
+
+void RequireSpace(const Medium& medium, const std::string& target, const Pack& pack) {
+  std::set<std::string> kept;
+  const std::string root = IsSdk(medium) ? "" : medium.os + "/";
+  for (const std::string& file : pack.journal.saved_files) {
+    const bool saved = IsThere(pack.In(file) + kSavedSuffix);
+    if (pack.journal.phase != Phase::kRepairing && !saved) kept.insert(root + file);
+  }
+  Demand demand(target);
+  demand.Add(MembersOf(ArchiveOf(medium.dir, pack.journal.pack)), kept);
+  demand.Require();
 }
 
 std::vector<Pack> UncommittedPacks(const Request& request) {

@@ -36,6 +36,9 @@ std::string UpdateName(const Medium& medium);
 /// Throws a Refusal.
 Pack PackToInstall(const Medium& medium, const std::string& target);
 
+/// Throws a Refusal when there is no room for the files of the pack beside those that it replaces.
+void RequireSpace(const Medium& medium, const std::string& target, const Pack& pack);
+
 /// The uncommitted packs of a target. Throws a NothingToDo when there is none.
 std::vector<Pack> UncommittedPacks(const Request& request);
 

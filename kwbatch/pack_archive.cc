@@ -54,19 +54,18 @@ void NoteFile(const std::string& file, const std::string& system_dir, Journal& j
 
 /// What is in the archive of a pack.
 struct Contents {
-  std::vector<std::string> list;     ///< lines of the pack's list, two for each file
-  std::vector<std::string> table;    ///< lines of its table of contents
-  std::vector<std::string> members;  ///< paths of all files, below the tree
+  std::vector<std::string> list;   ///< lines of the pack's list, two for each file
+  std::vector<std::string> table;  ///< lines of its table of contents
+  std::vector<Member> members;     ///< all files
 };
 
 /// `root` is the system directory's path in the archive, with its slash.
 Contents ReadArchive(const std::string& archive, const std::string& root, const std::string& name) {
-  std::vector<std::string> members = MembersOf(archive);
   const TemporaryDirectory temp;
   const std::string list = root + kControl + "/" + name;
   Unpack(archive, {list, list + kPackTableSuffix}, temp.path());
   return {LinesOf(temp.path() + "/" + list), LinesOf(temp.path() + "/" + list + kPackTableSuffix),
-          std::move(members)};
+          MembersOf(archive)};
 }
 
 /// The files that the pack brings, below the system directory. Refuses a list that does not name
@@ -81,11 +80,12 @@ std::set<std::string> FilesOf(const Contents& contents, const std::string& root,
   }
   const std::string list = std::string(kControl) + "/" + name;
   files.insert({list, list + kPackTableSuffix, kPackPrograms});
-  for (const std::string& member : contents.members) {
+  for (const Member& member : contents.members) {
+    const std::string& path = member.path;
     const bool listed =
-        member.compare(0, root.size(), root) == 0 && files.count(member.substr(root.size())) != 0;
-    if (listed || member.empty() || member.back() == '/') continue;
-    throw Refusal("The pack's list does not name the file " + member + " of its archive.\n");
+        path.compare(0, root.size(), root) == 0 && files.count(path.substr(root.size())) != 0;
+    if (listed || path.empty() || path.back() == '/') continue;
+    throw Refusal("The pack's list does not name the file " + path + " of its archive.\n");
   }
   return files;
 }

@@ -141,16 +141,20 @@ Plan MakePlan(const Request& request, std::vector<Medium> media) {
   plan.request.code_tree = CodeTreeFor(media.front(), target, request.code_tree);
   plan.media = Installable(std::move(media), plan.request);
   AllSystems(plan.media, target);
-  std::vector<std::string> archives;
   for (const Medium& medium : plan.media) {
     AddMissing(medium, target, plan.request.code_tree, plan.components);
   }
   for (const Medium& medium : plan.media) AddPackAbove(medium, plan);
+  Demand demand(target);
   for (const Component& component : plan.components) {
-    RequireRealDirectories(MembersOf(component.archive), target);
-    archives.push_back(component.archive);
+    const std::vector<Member>& members = MembersOf(component.archive);
+    RequireRealDirectories(members, target);
+    demand.Add(members);
   }
-  RequireSpace(archives, target);
+  for (const Medium& pack : plan.packs) {
+    demand.Add(MembersOf(ArchiveOf(pack.dir, UpdateName(pack))));
+  }
+  demand.Require();
   if (plan.media.front().kind == MediumKind::kProducts) {
     plan.registration = PlanRegistration(request.ports, SystemDir(plan.media.front(), target));
   }

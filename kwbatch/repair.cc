@@ -55,12 +55,12 @@ void PutBack(const Medium& medium, const std::string& package, const std::set<st
   }
   const std::string root = IsSdk(medium) ? "" : medium.os + "/";
   std::vector<std::string> members;
-  for (const std::string& member : MembersOf(archive)) {
-    const std::string path = fs::path(member).lexically_normal();
+  for (const Member& member : MembersOf(archive)) {
+    const std::string path = fs::path(member.path).lexically_normal();
     if (path.compare(0, root.size(), root) != 0 || files.count(path.substr(root.size())) == 0) {
       continue;
     }
-    members.push_back(member);
+    members.push_back(member.path);
     log.Write("put back: " + path + "\n");
     Say("  " + path);
   }

@@ -62,6 +62,7 @@ void ServicePack(const Options& options) {
   const Lock lock(request.target, Lock::Kind::kWriting, request);
   const Medium medium = InstallableUpdate(OpenMedium(request.medium, request.os), request, false);
   Pack pack = PackToInstall(medium, request.target);
+  RequireSpace(medium, request.target, pack);
   Log log(request.log, " service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
   if (!InstallPack(medium, request.target, pack, log)) {
     throw Refusal(std::string("A post-install program has failed: see the log ") + log.FileName() +

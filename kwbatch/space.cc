@@ -1,13 +1,37 @@
 #include "space.h"
 
 #include <kwinstutil/kwinstutil.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
 
-#include <cstdint>
+#include <algorithm>
 #include <filesystem>
 
 #include "console.h"
-#include "formats.h"
+#include "files.h"
 #include "refusal.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The path, or the nearest directory above it that exists.
+std::string ExistingPart(fs::path path) {
+  while (!Exists(path) && path.has_relative_path()) path = path.parent_path();
+  return path;
+}
+
+struct statvfs Usage(const std::string& dir) {
+  struct statvfs usage {};
+  if (statvfs(dir.c_str(), &usage) == 0) return usage;
+  throw Refusal("The free space of " + dir + " cannot be measured.\n");
+}
+
+std::string Amount(int64_t bytes, int64_t inodes) {
+  return std::to_string(bytes / 1024) + " KB and " + std::to_string(inodes) + " inodes";
+}
+
+}  // namespace
 
 unsigned int FreeSpace(const std::string& target) {
   unsigned int available = 0;
@@ -16,14 +40,69 @@ unsigned int FreeSpace(const std::string& target) {
   return available;
 }
 
-void RequireSpace(const std::vector<std::string>& archives, const std::string& target) {
-  constexpr uintmax_t kGrowth = 4;  // of a compressed archive, at most as a rule
-  uintmax_t required = 0;
-  for (const std::string& archive : archives) {
-    required += std::filesystem::file_size(archive) / 1024 * (IsCompressed(archive) ? kGrowth : 1);
+void RequireReadWrite(const std::string& path) {
+  const std::string dir = ExistingPart(path);
+  if ((Usage(dir).f_flag & ST_RDONLY) == 0) return;
+  throw Refusal("The file system of " + dir + " is read-only.\n");
+}
+
+Demand::Volume& Demand::VolumeOf(const std::string& dir) {
+  const auto [known, is_new] = known_.emplace(dir, nullptr);
+  if (!is_new) return *known->second;
+  constexpr int64_t kOwnBlocks = 32;  // of the tree's tables and kwbatch's records
+  constexpr int64_t kOwnInodes = 16;
+  const std::string existing = ExistingPart(dir);
+  struct stat info {};
+  stat(existing.c_str(), &info);
+  const auto found = volumes_.find(info.st_dev);
+  known->second = found != volumes_.end() ? &found->second : nullptr;
+  if (known->second == nullptr) {
+    const auto block = static_cast<int64_t>(Usage(existing).f_frsize);
+    known->second = &volumes_[info.st_dev];
+    *known->second = {existing, block, kOwnBlocks, kOwnInodes};
   }
-  const unsigned int available = FreeSpace(target);
-  Say("About " + std::to_string(required) + " KB are needed, " + std::to_string(available) +
-      " KB are free.");
-  if (required > available) throw Refusal("There is not enough space in " + target + ".\n");
+  return *known->second;
+}
+
+void Demand::AddDirectory(const std::string& dir) {
+  if (known_.count(dir) != 0 || Exists(dir) || !new_dirs_.insert(dir).second) return;
+  AddDirectory(fs::path(dir).parent_path());
+  Volume& volume = VolumeOf(dir);
+  ++volume.blocks;
+  ++volume.inodes;
+}
+
+void Demand::Add(const std::vector<Member>& members, const std::set<std::string>& kept) {
+  for (const Member& member : members) {
+    const fs::path path = fs::path(target_) / member.path;
+    const std::string dir = path.parent_path();
+    AddDirectory(dir);
+    if (!path.has_filename()) continue;
+    Volume& volume = VolumeOf(dir);
+    volume.blocks += (static_cast<int64_t>(member.size) + volume.block - 1) / volume.block;
+    ++volume.inodes;
+    struct stat old {};
+    const bool stays = kept.count(member.path) != 0;
+    if (stays || new_dirs_.count(dir) != 0 || lstat(path.c_str(), &old) != 0) continue;
+    volume.blocks -= old.st_blocks * 512 / volume.block;
+    --volume.inodes;
+  }
+}
+
+void Demand::Require() const {
+  std::string missing;
+  for (const auto& [device, volume] : volumes_) {
+    const struct statvfs usage = Usage(volume.dir);
+    const int64_t bytes = std::max<int64_t>(0, volume.blocks) * volume.block;
+    const int64_t inodes = std::max<int64_t>(0, volume.inodes);
+    const auto free_bytes = static_cast<int64_t>(usage.f_bavail * usage.f_frsize);
+    // A file system may make inodes as they are needed, and has no number of them then.
+    const bool counts_inodes = usage.f_files != 0;
+    const auto free_inodes = static_cast<int64_t>(counts_inodes ? usage.f_favail : 0);
+    const std::string text = "In " + volume.dir + ", " + Amount(bytes, inodes) + " are needed, " +
+                             Amount(free_bytes, free_inodes) + " are free.\n";
+    if (bytes > free_bytes || (counts_inodes && inodes > free_inodes)) missing += text;
+    Say(text);
+  }
+  if (!missing.empty()) throw Refusal("There is not enough space. " + missing);
 }

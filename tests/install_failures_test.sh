@@ -26,6 +26,14 @@ expect_refusal "$work/with blank" install "$medium" "$work/with blank"
 [[ ! -e $work/new && ! -e $work/relative && ! -e "$work/with blank" ]] ||
   fail 'a refused target was made'
 
+# A program that the archives need is missing.
+mkdir "$work/few"
+for program in sh cat tar mkfifo tail tee; do ln -s "$(command -v $program)" "$work/few"; done
+run_bare() { PATH=$work/few "$kwbatch" "$@"; }
+if [[ ! ${KWBATCH_WRAPPER-} ]]; then
+  expect_exit 1 run_bare check "$medium" "$work/new" --scratch "$work/scratch"
+  expect_text 'The program compress is missing'
+fi
 archive=$work/damaged/Modeler.Z
 cp -r "$medium/aix_a" "$work/damaged"
 head -c 9000 "$medium/aix_a/Modeler.Z" >"$archive"
@@ -72,21 +80,30 @@ run 0 install "$work/damaged" "$work/broken"
 cmp "$medium/aix_a/TOC" "$work/broken/aix_a/control/PRESENT" || fail 'PRESENT after a failure'
 printf 'French\n\n' | cmp - "$work/broken/aix_a/NLS.txt" || fail 'the languages after a failure'
 
-# install_on_disk SIZE TEXT: an installation that the disk is too small for, and says so.
-install_on_disk() {
-  new_scratch
-  # shellcheck disable=SC2016
-  expect_exit 1 unshare -m bash -c \
-    'mount -t tmpfs -o size="$4" none "$2" && exec "$0" install "$1" "$2/tree" --scratch "$3"' \
-    "$kwbatch" "$medium" "$work/small" "$work/scratch" "$1"
-  expect_text "$2"
-}
-
 mkdir "$work/small"
 if ! unshare -m mount -t tmpfs none "$work/small" 2>/dev/null; then
   echo 'Not tried: a full disk, because this user may not mount one.'
   exit
 fi
-install_on_disk 64k "$work/small/tree"
-# Small files take more of a disk than archives show: this one fills up on the way.
-install_on_disk 1500k "cd $work/small/tree;"
+
+# on_disk STATUS OPTIONS SCRIPT: installs on a tmpfs, in which the script is run then.
+on_disk() {
+  new_scratch
+  # shellcheck disable=SC2016
+  expect_exit "$1" unshare -m bash -ec 'mount -t tmpfs -o "$1" none "$3/small"
+    "$0" install "$2" "$3/small/tree" --scratch "$3/scratch"; cd "$3/small"; eval "$4"' \
+    "$kwbatch" "$2" "$medium" "$work" "${3-}"
+}
+
+# What is needed is known before anything is written: the blocks of the files, and their inodes.
+on_disk 1 size=1500k
+expect_text "not enough space. In $work/small"
+on_disk 1 nr_inodes=500
+expect_text 'not enough space'
+on_disk 0 size=16M,nr_inodes=2000 'df -k --output=used,iused .'
+read -r used inodes < <(tail -n 1 "$work/output")
+read -r needed files < <(sed -nE 's/^In .*, ([0-9]+) KB and ([0-9]+) inodes are needed.*/\1 \2/p' "$work/output")
+((needed >= used && needed < used + 400 && files >= inodes && files < inodes + 40)) ||
+  fail "$needed KB and $files inodes were said, $used and $inodes are used"
+on_disk 1 ro
+expect_text 'is read-only'
