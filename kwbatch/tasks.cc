@@ -53,7 +53,9 @@ std::string OtherProcesses() {
         "with its parent. The ps of the package procps does.\n");
   }
   std::set<pid_t> ours;
-  for (pid_t process = getpid(); parents.count(process) != 0 && ours.insert(process).second;) {
+  // 0 is what the ids of the heading are taken for.
+  for (pid_t process = getpid(); process != 0 && parents.count(process) != 0;) {
+    if (!ours.insert(process).second) break;
     process = parents.at(process);
   }
   std::string others;

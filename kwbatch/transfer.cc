@@ -1,7 +1,20 @@
 #include "transfer.h"
 
 #include "console.h"
+#include "formats.h"
 #include "refusal.h"
+
+namespace {
+
+/// The message without the file to which tar has printed: that goes to the log, and is deleted.
+std::string WithoutTarErrors(const TEVUnicodeString& message, const std::string& target) {
+  std::string text = message.ConvertToChar();
+  const std::string redirection = " >" + target + "/" + kTarErrors + " 2>&1";
+  const size_t found = text.find(redirection);
+  return found == std::string::npos ? text : text.erase(found, redirection.size());
+}
+
+}  // namespace
 
 void Transfer(const Medium& medium, std::string name, std::string target, int languages, Log& log) {
   std::string source = medium.dir;
@@ -10,11 +23,11 @@ void Transfer(const Medium& medium, std::string name, std::string target, int la
   const int status =
       TEVInsTransferCAF(name.data(), source.data(), target.data(), os, languages, message);
   log.Write(name + " (" + medium.os + "): " + (status == 0 ? "installed" : "failed") + "\n" +
-            message.ConvertToChar());
+            WithoutTarErrors(message, target));
   if (status == 0) {
     if (message.ConvertToChar()[0] != '\0') Say(message.ConvertToChar());
     return;
   }
   log.TakeErrors(target);
-  throw Refused(message);
+  throw Refusal(WithoutTarErrors(message, target));
 }
