@@ -32,15 +32,6 @@ TEST_F(ActionsTest, ReportsTheOutcomeOfEachCommand) {
   EXPECT_EQ(Told(), Message("CmdSuccessful", "cp " + from + " " + Path("copy")));
 }
 
-TEST_F(ActionsTest, CreatesFilesOfOneLine) {
-  const std::string file = Write("file", "a longer text than the new one\n");
-  EXPECT_EQ(TEVInsCreateFile(CharPath(file), CharPath("100%s"), &message_), 1);
-  EXPECT_EQ(Told(), Message("CreateFile_OK", file));
-  EXPECT_EQ(Read(file), "100%s\n");
-  EXPECT_EQ(TEVInsCreateFile(CharPath(dir_), CharPath("text"), &message_), -1);
-  EXPECT_EQ(Told(), Message("CreateFile_KO", dir_));
-}
-
 TEST_F(ActionsTest, ReportsHowTheSetupEnded) {
   const std::string kMessages[] = {
       Message("PalomirSetupRC_0"), Message("PalomirSetupRC_1", "exit 1"),

