@@ -11,9 +11,9 @@
 
 namespace {
 
-std::atomic<bool> interrupted = false;
+std::atomic<bool> asked_to_end = false;
 
-void Interrupt(int /*signal*/) { interrupted = true; }
+void Interrupt(int /*signal*/) { asked_to_end = true; }
 
 bool IsIgnored(int signal) {
   struct sigaction action {};
@@ -55,7 +55,7 @@ int RunInterruptibly(const std::function<int()>& work) {
 }
 
 void SafePoint() {
-  if (interrupted) throw Refusal("Interrupted.\n");
+  if (asked_to_end) throw Refusal("Interrupted.\n");
 }
 
 void SafePointAfterProgram() {
@@ -64,6 +64,6 @@ void SafePointAfterProgram() {
 
 bool IsInterrupted() {
   constexpr useconds_t kMoment = 20'000;
-  if (!interrupted) usleep(kMoment);
-  return interrupted;
+  if (!asked_to_end) usleep(kMoment);
+  return asked_to_end;
 }

@@ -6,7 +6,7 @@
 namespace {
 
 /// The value of an option; empty when it is not given, or the command does not take it.
-std::string TextOf(const Options& options, OptionName name) {
+std::string GivenText(const Options& options, OptionName name) {
   return options.Takes(name) ? options.Text(name) : "";
 }
 
@@ -16,13 +16,13 @@ Request RequestOf(const Options& options) {
   Request request;
   if (options.Has(word::kMedium)) request.medium = MediumPath(options.Word(word::kMedium));
   if (options.Has(word::kTarget)) request.target = TargetPath(options.Word(word::kTarget));
-  request.code_tree = TextOf(options, option::kCode);
-  request.os = TextOf(options, option::kOs);
-  request.log = TextOf(options, option::kLog);
-  request.languages = TextOf(options, option::kLanguages);
-  request.fonts = !TextOf(options, option::kFonts).empty();
-  request.satellite = TextOf(options, option::kSatellite);
-  const std::string with_pack = TextOf(options, option::kWithPack);
+  request.code_tree = GivenText(options, option::kCode);
+  request.os = GivenText(options, option::kOs);
+  request.log = GivenText(options, option::kLog);
+  request.languages = GivenText(options, option::kLanguages);
+  request.fonts = !GivenText(options, option::kFonts).empty();
+  request.satellite = GivenText(options, option::kSatellite);
+  const std::string with_pack = GivenText(options, option::kWithPack);
   if (!with_pack.empty()) request.with_pack = MediumPath(with_pack);
   if (options.Takes(option::kWait)) request.wait = options.Number(option::kWait, 0);
   if (options.Takes(option::kNoServices)) request.ports = PortWishesOf(options);

@@ -18,10 +18,8 @@
 #include "setup.h"
 #include "transfer.h"
 
-using Phase = Journal::Phase;
-
 bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Log& log) {
-  const bool repair = pack.journal.phase == Phase::kRepairing;
+  const bool repair = pack.journal.phase == Journal::Phase::kRepairing;
   pack.Enter(pack.journal.phase);
   MarkInterrupted(pack);
   if (!repair) {
@@ -50,7 +48,7 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
     Delete(JournalPath(pack.system_dir));
     SyncFileSystem(pack.system_dir);
   } else {
-    pack.Enter(Phase::kPending);
+    pack.Enter(Journal::Phase::kPending);
   }
   Say("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
       (repair ? "." : ", and waits for a commit."));
