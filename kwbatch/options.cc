@@ -158,6 +158,7 @@ std::vector<std::string> WithoutHelpWord(std::vector<std::string> arguments,
   if (arguments.empty() || arguments.front() != "help") return arguments;
   arguments.erase(arguments.begin());
   std::vector<std::string> known;
+  known.reserve(commands.size());
   for (const Command& command : commands) known.emplace_back(command.name.text);
   for (const std::string& word : arguments) {
     const bool is_option = word.rfind('-', 0) == 0;
