@@ -19,6 +19,11 @@ void Commit(const Options& options) {
             " commit of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
     SyncFileSystem(pack.system_dir);
     pack.Enter(Journal::Phase::kCommitting);
+    for (const std::string& path : KeepSiteFiles(pack)) {
+      const std::string text = "A file that was changed here is kept as " + path + ".\n";
+      Say(text);
+      log.Write(text);
+    }
     DeleteSaved(pack);
     DeleteRecords(pack);
     SyncFileSystem(pack.system_dir);

@@ -44,6 +44,8 @@ constexpr char kInterruptedPack[] = "control/SPKInterrupted.txt";
 constexpr char kPackPrograms[] = "control/CAFPost.list";  ///< a pack's post-install programs
 constexpr char kPackTableSuffix[] = ".toc";               ///< of the table that a pack brings
 constexpr char kSavedSuffix[] = ".beforeSPK";             ///< of a file that a pack replaces
+constexpr char kSiteSuffix[] =
+    ".site";  ///< of a file that the site had changed, and a pack replaced
 constexpr char kLanguageRecord[] = "NLS.txt";
 constexpr char kCatalogs[] = "resources/msgcatalog";
 constexpr char kStartCommand[] = "code/command/tevstart";

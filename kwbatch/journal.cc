@@ -35,6 +35,7 @@ bool HasBegun(const std::string& system_dir) {
 /// The list that a line's first word stands for, or null.
 std::vector<std::string>* ListOf(Journal& journal, const std::string& word) {
   if (word == "saved") return &journal.saved_files;
+  if (word == "site") return &journal.site_files;
   if (word == "new") return &journal.new_files;
   if (word == "directory") return &journal.new_directories;
   if (word == "line") return &journal.table_lines;
@@ -119,6 +120,7 @@ void Journal::Write(const std::string& system_dir) const {
   std::ostringstream file;
   file << kPhases[static_cast<int>(phase)] << ' ' << pack << "\nsize " << table_size << '\n';
   for (const std::string& name : saved_files) file << "saved " << name << '\n';
+  for (const std::string& name : site_files) file << "site " << name << '\n';
   for (const std::string& name : new_files) file << "new " << name << '\n';
   for (const std::string& name : new_directories) file << "directory " << name << '\n';
   for (const std::string& line : table_lines) file << "line " << line << '\n';

@@ -41,6 +41,7 @@ struct Journal {
   std::string pack;                          ///< its name
   int64_t table_size = 0;                    ///< of control/PRESENT before the pack
   std::vector<std::string> saved_files;      ///< that the pack replaces
+  std::vector<std::string> site_files;       ///< those of them that the site had changed
   std::vector<std::string> new_files;        ///< that the pack adds
   std::vector<std::string> new_directories;  ///< likewise, inner ones last
   std::vector<std::string> table_lines;      ///< that the pack adds to control/PRESENT

@@ -1,6 +1,7 @@
 // kwbatch: installs media without questions, through the public interface of libKWINSTUTIL.
 
 #include <kwinstutil/dirs.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <exception>
@@ -86,6 +87,8 @@ void Run(const Options& options) {
   std::string here = ".";
   TEVUnicodeString unused;
   TEVInsCheckExistDir(here.data(), &unused);
+  // The modes in a tree do not depend on the user.
+  umask(S_IWGRP | S_IWOTH);
   TemporaryDirectory::DeleteLeftovers();
   const TemporaryDirectory own;
   if (chdir(own.path().c_str()) != 0) throw Refusal("No temporary directory can be entered.\n");

@@ -33,6 +33,17 @@ std::vector<std::string> HotFixesAbove(const Pack& pack) {
   return lines;
 }
 
+/// Refuses a hot fix without room, or that would replace the directory behind a link.
+void RequireHotFixFiles(const Medium& medium, const std::string& target) {
+  const std::vector<Member>& members = MembersOf(ArchiveOf(medium.dir, UpdateName(medium)));
+  RequireRealDirectories(members, target);
+  std::set<std::string> kept;
+  for (const Member& member : members) kept.insert(member.path);
+  Demand demand(target);
+  demand.Add(members, kept);
+  demand.Require();
+}
+
 }  // namespace
 
 void Pack::Enter(Phase phase) {
@@ -48,19 +59,19 @@ Medium InstallableUpdate(std::vector<Medium> media, const Request& request, bool
   }
   if (media.size() > 1) throw Refusal("The medium is for several systems: choose one with --os.\n");
   const std::string system_dir = SystemDir(medium, request.target);
-  if (const auto unfinished = Unfinished::Read(system_dir)) {
-    throw unfinished->NotFinished(system_dir);
-  }
+  const auto unfinished = Unfinished::Read(system_dir);
+  // A hot fix is taken up again where it was interrupted.
+  const bool begun =
+      unfinished && hot_fix && unfinished->packages == std::vector<std::string>{UpdateName(medium)};
+  if (unfinished && !begun) throw unfinished->NotFinished(system_dir);
   if (const auto journal = Journal::Read(system_dir)) CutFragment(system_dir, journal->table_size);
-  RequireInstallable(medium, request.target,
-                     CodeTreeFor(medium, request.target, request.code_tree));
-  if (hot_fix) {
-    const std::vector<Member>& members = MembersOf(ArchiveOf(medium.dir, UpdateName(medium)));
-    RequireRealDirectories(members, request.target);
-    Demand demand(request.target);
-    demand.Add(members);
-    demand.Require();
+  try {
+    RequireInstallable(medium, request.target,
+                       CodeTreeFor(medium, request.target, request.code_tree));
+  } catch (const NothingToDo&) {
+    if (!begun) throw;
   }
+  if (hot_fix) RequireHotFixFiles(medium, request.target);
   return std::move(medium);
 }
 
@@ -89,6 +100,7 @@ Pack PackToInstall(const Medium& medium, const std::string& target) {
   // A committed pack stays committed: there is nothing to go back to.
   if (!journal && installed) {
     pack.journal.phase = Phase::kRepairing;
+    pack.journal.site_files.clear();
     for (const std::string& line : HotFixesAbove(pack)) pack.journal.table_lines.push_back(line);
   }
   if (journal && journal->phase == Phase::kPending) pack.journal.phase = Phase::kInstalling;

@@ -11,6 +11,7 @@
 #include "files.h"
 #include "formats.h"
 #include "refusal.h"
+#include "site_files.h"
 
 namespace fs = std::filesystem;
 
@@ -102,5 +103,7 @@ Journal JournalOf(const Medium& medium, const std::string& name, const std::stri
   journal.table_size = static_cast<int64_t>(fs::file_size(system_dir + "/" + kPresent));
   journal.table_lines = contents.table;
   for (const std::string& file : FilesOf(contents, root, name)) NoteFile(file, system_dir, journal);
+  const std::set<std::string> saved(journal.saved_files.begin(), journal.saved_files.end());
+  journal.site_files = ChangedFiles(system_dir, IsSdk(medium), saved);
   return journal;
 }

@@ -11,6 +11,7 @@
 #include "formats.h"
 #include "interruption.h"
 #include "refusal.h"
+#include "site_files.h"
 
 namespace fs = std::filesystem;
 
@@ -92,6 +93,19 @@ void Restore(const Pack& pack) {
   }
   const std::vector<std::string>& dirs = pack.journal.new_directories;
   for (auto dir = dirs.rbegin(); dir != dirs.rend(); ++dir) rmdir(pack.In(*dir).c_str());
+}
+
+std::vector<std::string> KeepSiteFiles(const Pack& pack) {
+  std::vector<std::string> kept;
+  for (const std::string& file : pack.journal.site_files) {
+    const std::string saved = pack.In(file) + kSavedSuffix;
+    if (!IsThere(saved)) continue;
+    kept.push_back(SitePath(pack.In(file)));
+    if (TEVRenameFile(saved.c_str(), kept.back().c_str()) != 0) {
+      throw Refusal("The file " + saved + " cannot be renamed.\n");
+    }
+  }
+  return kept;
 }
 
 void DeleteSaved(const Pack& pack) {

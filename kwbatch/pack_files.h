@@ -20,6 +20,9 @@ void Save(const Medium& medium, const Pack& pack);
 /// Puts back what was set aside, and removes what was not there before.
 void Restore(const Pack& pack);
 
+/// Gives the files that the site had changed the names that SitePath chooses, and returns these.
+std::vector<std::string> KeepSiteFiles(const Pack& pack);
+
 /// Deletes what was set aside.
 void DeleteSaved(const Pack& pack);
 

@@ -21,6 +21,12 @@
 bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Log& log) {
   const bool repair = pack.journal.phase == Journal::Phase::kRepairing;
   pack.Enter(pack.journal.phase);
+  for (const std::string& file : pack.journal.site_files) {
+    const std::string text =
+        "Changed here: " + pack.In(file) + "; a commit keeps it as FILE" + kSiteSuffix + ".\n";
+    Say(text);
+    log.Write(text);
+  }
   MarkInterrupted(pack);
   if (!repair) {
     RecordPending(pack);

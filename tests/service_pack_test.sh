@@ -34,7 +34,10 @@ echo TEVSite TEVPostBase >"$work/site/aix_a/control/CAFPost.list"
 tar -C "$work/site" -cf "$work/sp1/SP1" aix_a
 cp "$media/sp1/TOC" "$work/sp1"
 rm -r "$work/site"
-run 0 install "$media/ga/aix_a" "$work/site"
+(umask 077 && run 0 install "$media/ga/aix_a" "$work/site")
+expect_content before site
+modeler=$work/site/aix_a/code/bin/TEVModeler
+echo ours >"$modeler"
 # shellcheck disable=SC2016
 printf '%s\n' '#!/bin/sh' 'echo at site' 'kill -9 $$' >"$work/site/aix_a/code/bin/TEVSite_SP1"
 chmod +x "$work/site/aix_a/code/bin/TEVSite_SP1"
@@ -44,7 +47,28 @@ expect_refusal 'not finished' commit "$work/site"
 run 4 service-pack "$work/sp1" "$work/site"
 sed -i /kill/d "$work/site/aix_a/code/bin/TEVSite_SP1"
 run 0 service-pack "$work/sp1" "$work/site"
+expect_text "$modeler; a commit keeps it"
+# A file that was changed here is kept, also when a hot fix fails and is repeated.
 run 0 commit "$work/site"
+expect_text "$modeler.site"
+drafting=$work/site/aix_a/code/bin/TEVDrafting
+echo ours >"$drafting"
+mkdir "$work/fix" "$work/hf1"
+tar -C "$work/fix" -xf "$media/hf1/HF1"
+mv "$work/fix/aix_a/code/bin/"TEV{Modeler,Drafting}
+sed -i s/TEVModeler/TEVDrafting/ "$work/fix/aix_a/control/HF1"
+cp "$media/hf1/TOC" "$work/hf1"
+tar -C "$work/fix" -cf "$work/hf1/HF1" aix_a
+cp -r "$work/hf1" "$work/bad"
+sed -i 's/hot fix 1/hot fix 9/' "$work/bad/HF1"
+expect_refusal 'TEVDrafting: content has changed' hot-fix "$work/bad" "$work/site"
+! grep HF1 "$work/site/aix_a/control/PRESENT" || fail 'a damaged hot fix is in the table'
+expect_refusal 'not finished' hot-fix "$media/hf2" "$work/site"
+run 0 hot-fix "$work/hf1" "$work/site"
+run 3 hot-fix "$work/hf1" "$work/site"
+[[ $(<"$modeler.site") == ours && $(<"$drafting.site") == ours && ! -e $drafting.site.2 ]] ||
+  fail 'the files of the site are lost'
+run 0 verify "$work/site"
 
 # A pack whose list leads out of the tree, or names what would not be saved.
 for path in ../../victim 3d/model; do
