@@ -4,13 +4,16 @@
 
 #include "commands.h"
 #include "console.h"
+#include "files.h"
 #include "journal.h"
 #include "lock.h"
 #include "medium.h"
 #include "pack.h"
 #include "plan.h"
 #include "ports.h"
+#include "refusal.h"
 #include "request.h"
+#include "running_tasks.h"
 #include "settings.h"
 #include "tree.h"
 #include "unfinished.h"
@@ -57,6 +60,19 @@ void CheckInstallation(const Options& options, const Request& request, std::vect
   TellRegistration(plan.registration);
 }
 
+/// Warns of programs that run from the tree.
+void WarnOfTasks(const std::string& target) {
+  if (!Exists(target)) return;
+  try {
+    const size_t count = RunningTasks(target).commands().size();
+    if (count == 0) return;
+    Complain("Warning: programs run from " + target + ": " + std::to_string(count) +
+             ". They are listed by: kwbatch tasks " + target);
+  } catch (const Refusal& refusal) {
+    Complain(std::string("Warning: ") + refusal.what());
+  }
+}
+
 }  // namespace
 
 void Check(const Options& options) {
@@ -68,4 +84,5 @@ void Check(const Options& options) {
   } else {
     CheckInstallation(options, request, std::move(media));
   }
+  WarnOfTasks(request.target);
 }

@@ -73,6 +73,7 @@ void Demand::AddDirectory(const std::string& dir) {
 }
 
 void Demand::Add(const std::vector<Member>& members, const std::set<std::string>& kept) {
+  VolumeOf(target_);
   for (const Member& member : members) {
     const fs::path path = fs::path(target_) / member.path;
     const std::string dir = path.parent_path();

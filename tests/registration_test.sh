@@ -68,6 +68,8 @@ cp /bin/sleep "$system/code/bin/TEVSleep"
 "$system/code/bin/TEVSleep" 100 &
 run 0 tasks "$work/tree"
 expect_text TEVSleep
+run 0 check "$media/samples" "$work/tree"
+expect_text "Warning: programs run from $work/tree: 1"
 run 0 tasks "$work/tree" --stop
 wait $! && fail 'a task was not stopped'
 # What started kwbatch is no task of the tree, whatever its command line.
