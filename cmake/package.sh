@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # package.sh: builds the preset "package", and makes a .tar.gz and Debian packages of it in
-# build/package. The same commit gives the same bytes: every date in them is that of the commit.
+# build/package. The same sources give the same bytes, with git or without: every date in them is that
+# of the newest entry of CHANGELOG.md.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 dir=build/package
@@ -31,7 +32,8 @@ repack() {
   rm -rf "$content"
 }
 
-SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct 2>/dev/null || echo 1767225600)}
+newest=$(sed -nE '/^## /{s/.*([0-9]{4}-[0-9]{2}-[0-9]{2}).*/\1/p;q}' CHANGELOG.md)
+SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(date -u -d "${newest:?}" +%s)}
 export SOURCE_DATE_EPOCH
 umask 022
 # Debian's CXXFLAGS, CPPFLAGS and LDFLAGS, with all hardening; with them the compiler leaves no path
