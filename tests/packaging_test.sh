@@ -91,6 +91,8 @@ exported_symbols() {
 # The version script has a name on each line: in quotes as it is, else with patterns.
 check_exported_symbols() {
   local script=$source/src/kwinstutil.map pattern name
+  # What is inline, and the members for derived classes, which are the library's own.
+  local inside='TEVUnicodeChar::TEVUnicodeChar|TEVUnicodeString::~TEVUnicodeString|TEVINSToc::(TEVINSToc|table)'
   declared_names "$source/include/kwinstutil" KWINSTUTIL_EXPORT >"$work/declared"
   sed -nE 's/^ +"?([A-Za-z_][A-Za-z_0-9:~]*).*;$/\1/p' "$script" | LC_ALL=C sort |
     diff "$work/declared" - || fail 'the headers (<) and the version script (>) differ'
@@ -105,8 +107,9 @@ check_exported_symbols() {
   for name in kb0core qtoclib; do
     declared_names "$source/framework/$name/include/$name" "${name^^}_EXPORT" | uniq >"$work/declared"
     exported_symbols "$libdir/lib${name^^}.so" | sed 's/(.*//' | LC_ALL=C sort -u |
-      LC_ALL=C comm -13 "$work/declared" - >"$work/exported"
-    [[ ! -s $work/exported ]] || fail "lib${name^^} shows more than its headers: $(<"$work/exported")"
+      LC_ALL=C comm -3 "$work/declared" - | grep -vxE "$inside" >"$work/exported" || true
+    [[ ! -s $work/exported ]] ||
+      fail "lib${name^^}: in its headers, or (indented) exported, only: $(<"$work/exported")"
   done
 }
 
@@ -117,6 +120,7 @@ check_loaded_by_hand() {
 #include <dlfcn.h>
 #include <kwinstutil/kwinstutil.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <iostream>
@@ -127,6 +131,7 @@ int main(int, char** argv) {
       dlsym(library, "_Z14ExportJavaHomePcP16TEVUnicodeString"));
   auto check_dir = reinterpret_cast<decltype(&TEVInsCheckExistDir)>(
       dlsym(library, "_Z19TEVInsCheckExistDirPcP16TEVUnicodeString"));
+  if (chdir("/") != 0) return 1;
   char there[] = "/tmp", none[] = "/none", home[] = "/java";
   TEVUnicodeString message;
   check_dir(there, &message);
@@ -143,10 +148,11 @@ int main(int, char** argv) {
 }
 TEXT
   "$compiler" -std=c++17 "${flags[@]}" -I"$work/copy/include" "$work/loader.cc" -o "$libdir/loader" \
-    -L"$libdir" -lKB0CORE -ldl -Wl,-rpath,"\$ORIGIN"
+    -L"$libdir" -lKB0CORE -ldl
   cp -r "$work/copy" "$work/moved:copy"
   libdir=$work/moved:copy/${libdir#"$work/copy/"}
-  expect_exit 0 "$libdir/loader" "$libdir/libKWINSTUTIL.so"
+  cd "$libdir"
+  LD_LIBRARY_PATH=. expect_exit 0 ./loader ./libKWINSTUTIL.so
   expect_text 'The directory /none'
 }
 

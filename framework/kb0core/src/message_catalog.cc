@@ -2,7 +2,9 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
+#include <memory>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -127,19 +129,23 @@ const std::string* FindText(const Catalog* catalog, const std::string& key) {
 }
 
 /// The directory of the catalogs in the installed copy that this library is a part of.
-std::string DirectoryOfThisCopy() {
+std::string DirectoryOfThisCopy() noexcept {
   static const char here = 0;
   Dl_info library;
   if (dladdr(&here, &library) == 0) return {};
-  const std::string path = library.dli_fname;
-  const size_t slash = path.rfind('/');
-  return slash == std::string::npos ? "" : path.substr(0, slash + 1) + KB0CORE_CATALOG_FROM_LIBRARY;
+  const std::unique_ptr<char, decltype(&std::free)> path(realpath(library.dli_fname, nullptr),
+                                                         &std::free);
+  if (path == nullptr) return {};
+  *std::strrchr(path.get(), '/') = '\0';
+  return path.get() + std::string("/") + KB0CORE_CATALOG_FROM_LIBRARY;
 }
+
+/// Found when the library is loaded: its path may be relative to the directory of that moment.
+const std::string& beside = *new std::string(DirectoryOfThisCopy());
 
 /// The directories that may have catalogs, in the order of the search. Only ':' in the variable
 /// separates two of them: the path of an installation may contain one.
 std::vector<std::string> CatalogDirectories() {
-  static const auto& beside = *new std::string(DirectoryOfThisCopy());
   const char* variable = std::getenv("TEVMsgCatalogPath");
   std::istringstream entries(variable == nullptr ? "" : variable);
   std::vector<std::string> directories;
