@@ -12,6 +12,7 @@ int TEVInsCheckIntegrityGA(TEVINSInstToc* installed, char* path, std::ostream& r
 
 int TEVInsCheckIntegrityGA(TEVINSInstToc* installed, char* path, char* reportFile,
                            TEVUnicodeString* message, int zebMedia) noexcept {
+  const MessageFrame frame;
   // Deliberate: if the file cannot be opened, there is no report, and the status is the same.
   std::ofstream report(reportFile, std::ios::app);
   return TEVInsCheckResult(installed, path, report, message, zebMedia);
