@@ -77,8 +77,7 @@ bool RunSetup(std::string system_dir, Log& log) {
          done;
 }
 
-/// As TEVInsSPK does, which returns the status of the last program only, and 0 for one that a
-/// signal has ended.
+/// As TEVInsSPK does, which returns the status of the last program only.
 bool RunPostInstall(const std::string& system_dir, const std::string& pack, Log& log) {
   setenv("LD_LIBRARYN32_PATH", (system_dir + "/code/bin").c_str(), 1);
   setenv("TEVInstallPath", system_dir.c_str(), 1);

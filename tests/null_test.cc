@@ -28,7 +28,7 @@ class NullTest : public Fixture {
   TEVUnicodeString* const m = &message_;
 };
 
-TEST_F(NullTest, ReportsTheInstallerThatNothingWasDone) {
+TEST_F(NullTest, ReportsThatNothingWasDone) {
   TEVINSMediaToc media(nullptr);
   TEVINSInstToc tree(nullptr);
   // What stands in braces takes the place of the pointers, one of them null, that are passed on.

@@ -116,7 +116,7 @@ TEST_F(TocTest, InstalledTables) {
   });
 }
 
-TEST_F(TocTest, IntegrityTellsEachDamage) {
+TEST_F(TocTest, IntegrityReportsEachDamage) {
   MakeTree("code:PRD:P\n");
   const std::string prog = Listed("code/bin/prog"), wrong = "code/bin/prog\n0644 7 1\n";
   const std::string changed = "code/bin/prog: content has changed\n";

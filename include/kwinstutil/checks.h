@@ -19,12 +19,14 @@
 /// and a present one are not. In a message a missing value is an empty string.
 ///
 /// A check takes at most 4096 packages of one kind and type from a medium. If the medium has more,
-/// the TEVInsCheckInstall functions that compare packages may give a wrong answer. The information
-/// text then says how many were left out: empty it with TEVINSToc::sResetInfoMsg before the check,
-/// and read it with TEVINSToc::sGetInfoMsg after it. A list without memory is treated as empty.
+/// TEVInsCheckInstall, TEVInsCheckInstallSMP, TEVInsCheckInstallZEB and TEVInsCheckInstallSPK may
+/// give a wrong answer. The information text then says how many were left out: empty it with
+/// TEVINSToc::sResetInfoMsg before the check, and read it with TEVINSToc::sGetInfoMsg after it. If
+/// there is no memory for a list of packages, the list is treated as empty.
 ///
-/// Every operating system that OSUNIX in the top directory of a tree lists is examined, if it has a
-/// control/PRESENT. A word of more than 47 characters in OSUNIX is split there.
+/// TEVInsCheckInstallCode and TEVInsCheckCodeLevel read the operating systems of a tree from OSUNIX
+/// in its top directory. A system without control/PRESENT is skipped. A word of more than 47
+/// characters in OSUNIX is split there.
 
 // What the medium holds.
 
@@ -47,9 +49,11 @@ KWINSTUTIL_EXPORT int TEVInsCheckMediaSAT(char* mediaDir, TEVUnicodeString* mess
 /// Does the medium hold a service pack?
 ///
 /// Returns
-///    0  a service pack of the code (without memory to look for one, none is found);
-///    1  a service pack of the SDK only, or there is no memory to look for one (no message);
-///    4  no service pack ("ErrorNoSPK", no parameter).
+///    0  the code has one;
+///    1  only the SDK has one, or there is no memory for the list of the SDK's packs (no message);
+///    4  no ("ErrorNoSPK", no parameter).
+///
+/// Without memory for the list of the code's packs, only the SDK is examined.
 KWINSTUTIL_EXPORT int TEVInsCheckMediaSPK(TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
@@ -96,8 +100,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckInstallZEB(TEVINSInstToc* installed, TEVINSMedi
                                             TEVINSInstToc* installedCode,
                                             TEVUnicodeString* message) noexcept;
 
-/// Does the medium hold a fix package that the tree does not hold, or not the same number of them
-/// as the tree? Of the tree, the fix packages of the code are counted, whatever `type` is.
+/// Does the medium hold a fix package that the tree does not hold, or does the number of fix
+/// packages differ? The tree's number is always that of its code, whatever `type` is.
 ///
 /// Returns
 ///   1  yes;
@@ -141,16 +145,20 @@ KWINSTUTIL_EXPORT int TEVInsCheckZEBDir(char* treeDir, char* zebDir) noexcept;
 KWINSTUTIL_EXPORT int TEVInsCheckPrereq(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                         TEVUnicodeString* message) noexcept;
 
-/// Does the same as TEVInsCheckPrereq, with the same statuses, but requires both tables: returns 0,
-/// without a message, if one is null.
+/// Does the same as TEVInsCheckPrereq, but requires both tables: if one is null, returns 0 without
+/// a message.
 KWINSTUTIL_EXPORT int TEVInsCheckPrereqGA(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                           TEVUnicodeString* message) noexcept;
 
-/// Does the same as TEVInsCheckPrereqGA, with the same statuses, and requires that the service pack
-/// of the tree is not lower than that of the medium. Returns 0 too if the tree has no service pack
-/// ("ErrWndGASPLevel2": the general-availability level, the medium's service pack, the
-/// general-availability level) or a lower one ("ErrWndGASPLevel1": the same three, the tree's
-/// service pack).
+/// Does the same as TEVInsCheckPrereqGA, and requires that the service pack of the tree is not
+/// lower than that of the medium.
+///
+/// Returns
+///    1  yes;
+///    0  no (as TEVInsCheckPrereqGA); or the tree has no service pack ("ErrWndGASPLevel2": the
+///       general-availability level, the medium's service pack, the general-availability level)
+///       or a lower one ("ErrWndGASPLevel1": the same three, the tree's service pack);
+///   -1  `message` is null.
 KWINSTUTIL_EXPORT int TEVInsCheckPrereqGASP(TEVINSInstToc* installed, TEVINSMediaToc* media,
                                             TEVUnicodeString* message) noexcept;
 
@@ -160,7 +168,7 @@ KWINSTUTIL_EXPORT int TEVInsCheckPrereqGASP(TEVINSInstToc* installed, TEVINSMedi
 ///
 /// Returns
 ///    1  yes: the medium has a higher level, and the installed one is not pending; or the levels
-///       are equal, and neither 2 nor 3 is the answer;
+///       are equal, and it is not pending while `mode` is not 0, or pending while `mode` is not 1;
 ///    2  the levels are equal, the installed one is not pending, and `mode` is 0;
 ///    3  the levels are equal, the installed one is pending, and `mode` is 1;
 ///   -1  no: the medium has a higher level, but the installed one is pending ("ErrWndNoCommit": the
@@ -201,8 +209,8 @@ KWINSTUTIL_EXPORT int TEVInsCheckUnloadCAF(char names[][48], int count, char* na
 /// Reads INSTALLDIR/control/SPKInterrupted.txt, which an interrupted service pack leaves: an
 /// integer and a word. `*interruptedValue` becomes the integer: 0 if there is none, and the nearest
 /// int if it is too large. `*automaticCommit` becomes 1 if the word is AUTOMATIC_COMMIT, and 0
-/// otherwise, as without an integer or after one that is too large. Returns 1 if the file was read,
-/// and 0 if it does not exist or cannot be read, or if a pointer is null.
+/// otherwise. If the integer is missing or too large, the word is not read. Returns 1 if the file
+/// was read, and 0 if it does not exist or cannot be read, or if a pointer is null.
 KWINSTUTIL_EXPORT int TEVInsCheckInterruptSPK(char* installDir, int* interruptedValue,
                                               int* automaticCommit) noexcept;
 
@@ -214,7 +222,7 @@ KWINSTUTIL_EXPORT int TEVInsCheckInterruptSPK(char* installDir, int* interrupted
 ///    0  no: the table reports a problem (see InitInstallToc); the level is pending
 ///       ("MsgCheckInstallSPKNotCommitted": installDir, the general-availability level, spLevel);
 ///       or the code has another level ("MsgCheckBadInstalledSPK": the same three, the installed
-///       level). Without a general-availability level the last two have no message;
+///       level). If the table has no general-availability level, the last two have no message;
 ///   -1  `installDir` or `message` is null.
 KWINSTUTIL_EXPORT int TEVInsCheckInstallSPKCommitted(char* installDir, int spLevel, char* osName,
                                                      TEVUnicodeString* message) noexcept;

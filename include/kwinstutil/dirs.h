@@ -12,8 +12,8 @@
 /// empty path. Where a nearest existing ancestor is looked for, that ancestor may have at most 1023
 /// characters.
 
-// Validation. Nothing is written to disk. `message` must not be null. It is assigned with each
-// failure that names a key, and untouched otherwise.
+// Validation. Nothing is written to disk. `message` must not be null. It is assigned for each
+// failure that is listed with a message, and untouched otherwise.
 
 /// Does `dir` exist, and may it be written? A plain file is accepted too. Shortens `dir`.
 ///
@@ -30,9 +30,10 @@ KWINSTUTIL_EXPORT int TEVInsCheckExistDir(char* dir, TEVUnicodeString* message) 
 ///
 /// Returns
 ///    0  yes;
-///   -1  no. `examined` is untouched if an argument is null; if `dir` is "/", a missing path below
-///       "//" or a relative path of which no part exists; or if the tested directory has more than
-///       1023 characters.
+///   -1  no. `examined` is untouched in these cases:
+///       an argument is null;
+///       `dir` is "/", a missing path below "//", or a relative path of which no part exists;
+///       the tested directory has more than 1023 characters.
 KWINSTUTIL_EXPORT int TEVInsCheckAccessDir(char* dir, char* examined) noexcept;
 
 /// Is `dir` absolute and without blanks and tabs?

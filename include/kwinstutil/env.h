@@ -38,9 +38,9 @@ KWINSTUTIL_EXPORT extern char* portal_k6panel;
 KWINSTUTIL_EXPORT extern int EnvJava;
 KWINSTUTIL_EXPORT extern int TCKBootInit;
 
-// Export. An entry that does not fit its buffer, with its key and "=", is refused without a
-// message, and what is refused keeps its former entries. If the environment has no memory for an
-// entry, the status is -1 too, without a message; the entries before it are exported then.
+// Export. If KEY=VALUE does not fit its buffer, it is refused without a message. The former entry
+// of what is refused stays. If the environment has no memory for an entry, the status is -1 too,
+// without a message; the entries before it are exported then.
 
 /// Exports TEVMetasearchPath, TEVSharedWorkbookPath and TEVW3PublishPath, as they are given. A null
 /// path is skipped. Every other path must be absolute, without blanks and tabs, and writable; if it

@@ -10,13 +10,14 @@
 
 // Free ports. Legal ports of the product are 1024 to 65535. Nothing is written to disk.
 
-/// Resets the values that the process remembers for a group of ports. No search uses them. The
-/// values of the groups 200, 300 and 400 become 0, except the second one of 400, which stays. With
-/// group 100 all values become 0, except one that stays and two that become 8080 and 8082. Any
-/// other group changes nothing. Returns 0.
+/// Resets the values that the process remembers for a group of ports. No search uses them. For
+/// group 200, 300 or 400 the values of that group become 0, except the second one of 400, which
+/// stays. For group 100 all values become 0, except one that stays and two that become 8080 and
+/// 8082. Any other group changes nothing. Returns 0.
 ///
-/// Deliberate: the value of group 500 is stored over the first four bytes of `varOrbixPort`. So
-/// group 100 makes `varOrbixPort` an empty text, until TEVInsCheckOrbixValue writes it again.
+/// Deliberate: the value of group 500 is stored over the first four bytes of `varOrbixPort`. Group
+/// 100 sets that value too, so `varOrbixPort` is an empty text until TEVInsCheckOrbixValue writes
+/// it again.
 ///
 /// System: group 100 removes ORBIX_ItDaemonPort from the environment.
 KWINSTUTIL_EXPORT int InitFreePort(int group) noexcept;
@@ -30,7 +31,7 @@ KWINSTUTIL_EXPORT int SetFreePort(int group, int first, int second, int third) n
 
 /// Searches for the first TCP port from `start` to `max` that can be bound on every address of this
 /// host. The port is not kept: it was free when it was tried. Only ports from 0 to 65535 are tried.
-/// Port 0 stands for any free port.
+/// If port 0 is tried, the system chooses a free port.
 ///
 /// Returns
 ///    n  the port (`*message` is untouched);
@@ -132,7 +133,8 @@ struct MetaSearchData {
 /// Checks that `port` and `snapshotsPort` are free, and exports every setting in a variable named
 /// after its field: MetaSearchLanguage, MetaSearchServer and so on. MetaSearchEnableProxy is YES or
 /// NO. With a null `data` nothing is checked, and all variables become empty. An entry has at most
-/// 127 bytes (proxy domains: 1023), with its key and "=". A text may be a value of an earlier call.
+/// 127 bytes (proxy domains: 1023), with its key and "=". A text may
+/// point into the environment, to a value that an earlier call exported.
 ///
 /// Returns
 ///    1  exported (`*message` is untouched);
@@ -152,23 +154,25 @@ KWINSTUTIL_EXPORT int TEVInsCheckMetasearch(MetaSearchData* data,
 // function that gets the path of a file uses that path in both modes. No argument may be null,
 // unless a function says so.
 //
-// A line belongs to a service if it begins with the name of the service, even if a longer name
-// begins so too. A line of more than 1023 characters is read in pieces of 1023, and each piece is
-// treated as a line. A last line without a newline gets one before a line is added.
+// A line belongs to a service if it begins with the name of the service. No more is compared: a
+// line of "morvelk7runner" belongs to "morvelk7run" too. A line of more than 1023 characters is
+// read in pieces of 1023, and each piece is treated as a line. A last line without a newline gets
+// one before a line is added.
 //
 // A file to which lines are added keeps its content: if not all can be stored, it is cut back to
 // its former length. A file in which lines are replaced is rewritten: a new file with the same mode
-// and owner replaces it. If it cannot have these, this is treated as a file that cannot be written.
-// Files are not locked against other writers.
+// and owner replaces it. If the mode or the owner cannot be kept, this is treated as a file that
+// cannot be written. Files are not locked against other writers.
 //
 // If the path is a symbolic link, the link stays, and FILE is the file that it leads to. FILE.tmp
-// is beside that FILE, which is named in the messages of a failed renaming or rewriting. A link
-// that leads nowhere is treated as a file that cannot be opened.
+// lies beside that FILE. The messages of a failed renaming or rewriting name FILE, not the link. A
+// link that leads nowhere is treated as a file that cannot be opened.
 
 // Are the entries there? Nothing is written to disk.
 
 /// Does `inetdFile` need the line of the daemon INSTALLDIR/code/bin/TEVSysDemon? Returns 0 if it
-/// has the line exactly as UpdateDemon writes it, and 1 if it has not or cannot be read.
+/// has the line exactly as UpdateDemon writes it, and 1 if the line is missing or the file cannot
+/// be read.
 KWINSTUTIL_EXPORT int CheckNeedUpdateServices(char* inetdFile, char* installDir) noexcept;
 
 /// Does the services file have the lines of the product? With `mode` 100 these are "morvelk7bb" and
@@ -205,7 +209,8 @@ KWINSTUTIL_EXPORT int UpdatePorts(int bbPort, int runPort, int brokerPort, char*
 ///       the new content, and FILE may be gone;
 ///   -1  failed. The file is as it was, and there is no new FILE.tmp:
 ///       the file cannot be opened or read ("ErrWndOpenServicesFile": the file, the system's error
-///       text), or FILE.tmp cannot be opened (the same: empty, the error text);
+///       text), or FILE.tmp cannot be opened ("ErrWndOpenServicesFile": an empty text, the error
+///       text);
 ///       there is no memory ("ErrWndAllocServicesFile": empty, the bytes needed);
 ///       it cannot be read a second time or be stored ("ErrWndWriteServicesFile": the file).
 ///
@@ -232,8 +237,8 @@ KWINSTUTIL_EXPORT int UpdateNewPorts(int bbPort, int runPort, int brokerPort, ch
 ///       it cannot be read a second time or written ("ErrWndWriteServicesFile": the file);
 ///       there is no memory (no message);
 ///   -1  too, with the former content in FILE.tmp: the new file cannot be created
-///       ("ErrWndOpenServicesFile"), or the backup cannot be renamed back
-///       ("ErrWndWriteServicesFile").
+///       ("ErrWndOpenServicesFile": the file, the system's error text), or the backup cannot be
+///       renamed back ("ErrWndWriteServicesFile": the file).
 ///
 /// Writes: the inetd file; its backup FILE.tmp.
 /// System: changes /etc/inetd.conf; in the development mode VRK_ODT_TMP/inetd.conf.

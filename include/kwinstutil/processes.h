@@ -62,7 +62,7 @@ class KWINSTUTIL_EXPORT TEVInsTaskList {
   void TEVInsKillTask() noexcept;
 
   /// Takes a new snapshot with "ps -ef". A line of more than 1023 characters is read in pieces of
-  /// 1023, and each piece is treated as a line. A line whose number is not a process id is ignored.
+  /// 1023, and each piece is treated as a line. A line without a valid process id is ignored.
   ///
   /// Returns the number of processes, or 0 on failure.
   ///

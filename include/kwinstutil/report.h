@@ -90,9 +90,9 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
   /// Writes: appends the trailer to the log.
   void CloseLogFile(TEVUnicodeString& trailer) noexcept;
 
-  /// Appends the text file `source`, up to its first line that begins with a zero byte. Any other
-  /// zero byte ends its line. Does nothing when no log is open, or `source` cannot be read or is
-  /// the log itself.
+  /// Appends the text file `source`, up to its first line that begins with a zero byte. In other
+  /// lines, what follows a zero byte is left out. Does nothing when no log is open, or `source`
+  /// cannot be read or is the log itself.
   ///
   /// Writes: appends to the log.
   void CopyFile(char* source) noexcept;
@@ -102,8 +102,8 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
   /// Writes: deletes the log.
   void DeleteLogFile() noexcept;
 
-  /// The path that was last opened, or tried, in the home directory or another directory; empty
-  /// before. A path of more than 1023 characters is not remembered. Valid as long as the log lives.
+  /// The path of the last OpenLogFile, even if it failed. Empty before the first one. A path of
+  /// more than 1023 characters is not remembered. Valid as long as the log lives.
   char* GetLogFileName() noexcept;
 
   /// The local time as "Sun Nov 15 22:32:20 2026", valid until the next call.
@@ -115,8 +115,8 @@ class KWINSTUTIL_EXPORT TEVInstallLog {
   int OpenStream(const char* file, bool fits, TEVUnicodeString& message);
   void Write(const char* text);
 
-  // An installer may know these three: their order and kind stay. The first two are owned, and null
-  // if the constructor had no memory for them.
+  // Installers may depend on the order and the types of these members: do not change them. The
+  // first two are owned, and null if the constructor had no memory for them.
   char* path_;         ///< what GetLogFileName returns, in 1024 bytes
   char* name_;         ///< the constructor's name
   std::FILE* stream_;  ///< null while no file is open

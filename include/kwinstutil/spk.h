@@ -6,7 +6,7 @@
 
 #include <fstream>
 
-// The interface has always had std::strstream; its header warns that it is deprecated.
+// std::strstream is a part of the interface; its header warns that it is deprecated.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 #pragma push_macro("__DEPRECATED")
@@ -24,10 +24,10 @@
 /// caller moves the new file into the place of the old one. Use an object once. No argument may
 /// be null.
 ///
-/// A line is TYPE:KIND:NAME, then anything. Each field is cut at 47 characters and at its first
-/// zero byte. If the first or second field was cut at 47, the next character is replaced by ':';
-/// that is done only in a line with all three fields. The last line needs no newline. An empty file
-/// has no lines.
+/// A line is TYPE:KIND:NAME, then anything. For the comparison, each field is cut at 47 characters
+/// and at its first zero byte. If the first or second field was cut at 47, the next character is
+/// replaced by ':'; that is done only in a line with all three fields. The last line needs no
+/// newline. An empty file has no lines.
 class KWINSTUTIL_EXPORT TEVInsResetPresent {
  public:
   TEVInsResetPresent() noexcept;
@@ -103,7 +103,7 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
 // starts with a zero byte ends the list. Paths and names go to the shell unquoted.
 //
 // Both functions delete the unpacked control file once they have read it, and also if they cannot
-// open it. Its directories stay. A call that ends before leaves the file.
+// open it. Its directories stay. If a call fails earlier, the file stays.
 //
 // On failure `message` is assigned. Both functions have these messages:
 //   "ErrWndOpenControlFile.Text": the path of the unpacked control file, the system's error number;

@@ -13,16 +13,14 @@ using kwinst::MessageFrame;
 
 namespace {
 
-constexpr int kLineSize = 1024;
-
 /// The options for the environment that `lpFile` and EnvDir.txt name. Empty if one of these files
 /// cannot be read.
 std::string EnvironmentOptions(const char* installDir, const std::string& lpFile) {
-  char name[kLineSize];
-  char directory[kLineSize];
-  if (!kwinst::ReadFirstWord(JoinPath(installDir, lpFile), name, kLineSize) ||
+  char name[kwinst::kPathSize];
+  char directory[kwinst::kPathSize];
+  if (!kwinst::ReadFirstWord(JoinPath(installDir, lpFile), name, sizeof name) ||
       !kwinst::ReadFirstLine(JoinPath(installDir, kwinst::kEnvironmentPointer).c_str(), directory,
-                             kLineSize)) {
+                             sizeof directory)) {
     return "";
   }
   return Format(" -env %s -direnv %s", name, directory);

@@ -29,7 +29,7 @@ bool LinksTo(const char* name, const char* part) {
   const std::string path = kwinst::JoinPath(kBootDir, name);
   TEVFileInfo info;
   if (TEVGetFileInfo(path.c_str(), &info) != 0 || !S_ISLNK(info.mode)) return false;
-  char target[1024 + 1];
+  char target[kwinst::kPathSize];
   const ssize_t length = readlink(path.c_str(), target, sizeof target - 1);
   if (length < 0) return false;
   target[length] = '\0';
@@ -37,9 +37,10 @@ bool LinksTo(const char* name, const char* part) {
 }
 
 /// A copy of `text`, or null if there is no memory for it.
-std::unique_ptr<char[]> Copy(const char (&text)[1024]) {
-  std::unique_ptr<char[]> copy(new (std::nothrow) char[sizeof text]);
-  if (copy != nullptr) std::memcpy(copy.get(), text, sizeof text);
+template <size_t size>
+std::unique_ptr<char[]> Copy(const char (&text)[size]) {
+  std::unique_ptr<char[]> copy(new (std::nothrow) char[size]);
+  if (copy != nullptr) std::memcpy(copy.get(), text, size);
   return copy;
 }
 

@@ -35,7 +35,7 @@ InetdOutcome RewriteWithBackup(const std::string& path, const LineTable& table,
                                const MessageFrame& frame, TEVUnicodeString& message) {
   const std::optional<std::string> real = RealFile(path);
   if (!real) return CannotOpen(path, std::strerror(errno), frame, message);
-  const std::string backup = *real + ".tmp";
+  const std::string backup = *real + kRewriteSuffix;
   DropLink(backup, *real);
   if (TEVRenameFile(real->c_str(), backup.c_str()) != 0) {
     const char* error = std::strerror(errno);
@@ -58,7 +58,7 @@ InetdOutcome RewriteWithBackup(const std::string& path, const LineTable& table,
 }  // namespace
 
 InetdOutcome RegisterInInetd(const std::string& service, const std::string& line,
-                             const std::string& standing, TEVUnicodeString& message) {
+                             const std::string& existing, TEVUnicodeString& message) {
   const MessageFrame frame;
   const std::optional<std::string> path = SystemFile("inetd.conf");
   if (!path) {
@@ -75,11 +75,11 @@ InetdOutcome RegisterInInetd(const std::string& service, const std::string& line
   const bool read = ForEachPiece<kSlotSize>(file.get(), [&](std::string_view piece) {
     ++lines;
     found = found || BeginsWith(piece, service);
-    stands = piece == standing;
+    stands = piece == existing;
     return !stands;
   });
   if (!read) return CannotOpen(*path, std::strerror(errno), frame, message);
-  if (stands) return InetdOutcome::kStands;
+  if (stands) return InetdOutcome::kAlreadyThere;
   if (!found) return Written(AppendAndClose(std::move(file), *path, line), *path, frame, message);
 
   LineTable table(lines);

@@ -22,8 +22,8 @@ struct Replacement {
   std::string line;
 };
 
-/// The content of a file that will be rewritten. There is room for three lines more than the file
-/// has, if each has kSlotSize bytes. Lines lie one behind the other, so that most of that memory is
+/// The content of a file that will be rewritten. It has memory for the file's lines and three
+/// more, each of kSlotSize bytes. Lines lie one behind the other, so that most of that memory is
 /// never touched.
 class LineTable {
  public:

@@ -8,11 +8,11 @@
 
 namespace {
 
-/// The values of the groups, except that of group 500. Nothing reads them; an installer may.
+/// The values of the groups, except that of group 500. Nothing reads them.
 int remembered[8];
 
-/// Stores the value of group 500 over the first bytes of varOrbixPort, highest byte first. Any port
-/// makes that an empty text.
+/// Stores the value of group 500 over the first bytes of varOrbixPort, highest byte first. The
+/// first byte of a port is zero, so varOrbixPort becomes empty.
 void StoreOverOrbixPort(int value) {
   const uint32_t big_endian = htonl(static_cast<uint32_t>(value));
   std::memcpy(varOrbixPort, &big_endian, sizeof(big_endian));

@@ -65,7 +65,7 @@ int SatUpdateInet(char* satDir, TEVUnicodeString& message) noexcept {
   switch (kwinst::RegisterInInetd(kService, entry + '\n', entry, message)) {
     case kwinst::InetdOutcome::kFailed:
       return -2;
-    case kwinst::InetdOutcome::kStands:
+    case kwinst::InetdOutcome::kAlreadyThere:
       return 0;
     case kwinst::InetdOutcome::kChanged:
       break;

@@ -101,7 +101,7 @@ int Replace(const std::string& path, const LineTable& table, const MessageFrame&
     if (message != nullptr) *message = frame.Build("ErrWndOpenServicesFile", {path, error});
     return -1;
   }
-  const std::string temporary = *real + ".tmp";
+  const std::string temporary = *real + kwinst::kRewriteSuffix;
   std::string error;
   kwinst::DropLink(temporary, *real);
   InputFile file = kwinst::OpenSystemFile(temporary, "w", &error);

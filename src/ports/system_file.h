@@ -8,6 +8,9 @@
 
 namespace kwinst {
 
+/// Of the file beside a system file while that is rewritten: the new content, or the old one.
+constexpr char kRewriteSuffix[] = ".tmp";
+
 /// The path of the system file: /etc/NAME, or VRK_ODT_TMP/NAME if VRK_ODT_IN and VRK_ODT_OUT are
 /// both set. No value if they are set and VRK_ODT_TMP is not.
 std::optional<std::string> SystemFile(const std::string& name);

@@ -11,8 +11,8 @@ namespace kwinst {
 /// The checksum that cksum(1) prints, of one file after another.
 class FileChecksum {
  public:
-  /// Computes the checksum of the file `path` of `size` bytes, which is no symbolic link. Does not
-  /// look for more: that would be one more system call for each file. Returns 0, or the error
+  /// Computes the checksum of the file `path` of `size` bytes, which is no symbolic link. Bytes
+  /// after `size` are not read, which saves a system call for each file. Returns 0, or the error
   /// number when the file cannot be read.
   int Compute(const std::string& path, uint64_t size, uint32_t& checksum);
 

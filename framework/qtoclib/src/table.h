@@ -29,14 +29,14 @@ struct Package {
 
 /// The content of a table file.
 struct TEVINSToc::Table {
-  /// Reads a table file. What cannot be read goes to the information text; a file that does not
-  /// exist is an empty table where it `may_be_missing`.
+  /// Reads a table file. What cannot be read goes to the information text; if
+  /// `may_be_missing` is true, a missing file is an empty table.
   static std::unique_ptr<Table> Read(const std::string& path, bool may_be_missing);
 
   /// The indices of the packages of a kind and type, or null if there is no such kind or type.
   const std::vector<uint32_t>* Find(TEVINSPkg kind, TEVINSType type) const;
 
-  /// True when a package of that type and name is in the table, whatever its kind.
+  /// Returns true if a package of that type and name is in the table, whatever its kind.
   bool Has(TEVINSType type, std::string_view name) const;
 
   std::string path;

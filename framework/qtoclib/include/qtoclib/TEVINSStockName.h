@@ -8,9 +8,9 @@
 
 /// A list of package names in one block of memory.
 ///
-/// A block of zero bytes is a valid empty list. Callers allocate a zeroed block of the size of this
-/// structure and release it without calling a destructor. So the structure is plain, has a fixed
-/// capacity, and owns nothing.
+/// A block filled with zeros is a valid empty list. Callers allocate a zeroed block of the size of
+/// this structure and release it without calling a destructor. So the structure is plain, has a
+/// fixed capacity, and owns nothing.
 struct QTOCLIB_EXPORT TEVINSStockName {
   static constexpr int kCapacity = 4096;  ///< names that the list can hold
   static constexpr int kNameSize = 52;    ///< bytes of one name, its terminator included

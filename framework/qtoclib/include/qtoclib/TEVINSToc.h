@@ -22,8 +22,8 @@
 /// name has 1 to 47 characters.
 ///
 /// Opening a table never fails. A file or a line that cannot be read is reported in the information
-/// text, and the other lines are used. The whole process has one information text. If there are
-/// many bad lines, twenty are reported one by one.
+/// text, and the other lines are used. The whole process has one information text. Of bad
+/// lines, the first twenty are reported; the others are only counted.
 class QTOCLIB_EXPORT TEVINSToc {
  public:
   TEVINSToc(const TEVINSToc&) = delete;
@@ -34,7 +34,7 @@ class QTOCLIB_EXPORT TEVINSToc {
   /// Points `text` to the information text, which is valid until it changes. If it is empty, `text`
   /// is untouched.
   static void sGetInfoMsg(char*& text);
-  /// Discards the information text.
+  /// Does the same as sResetInfoMsg. Call it when the text is no longer needed.
   static void sClearInfoMsg();
 
   /// Adds the names of the packages of that kind and type to `list`, in the order of the file. If

@@ -6,8 +6,8 @@ enum TEVINSType {
   code = 0,           ///< the product's code
   zeb2 = 1,           ///< the SDK; names of packages end in ".zeb2"
   documentation = 2,  ///< documentation
-  unknownM = 3,       ///< no meaning of its own
-  unknownQ = 4,       ///< no meaning of its own
+  unknownM = 3,       ///< reserved
+  unknownQ = 4,       ///< reserved
   samples = 5,        ///< samples
 };
 
