@@ -57,13 +57,19 @@ add_debian_package(dev libkwinstutil-dev libdevel "${runtime} (= ${PROJECT_VERSI
 
 add_debian_package(kwbatch kwbatch admin "${runtime} (= ${PROJECT_VERSION})"
                    "batch installer for engineering-software suites"
-                   "The batch installer, and a script that makes media to try it on.")
+                   "The batch installer.")
+add_debian_package(kwmedium kwmedium admin "${runtime} (= ${PROJECT_VERSION})"
+                   "media for engineering-software suites"
+                   "Makes, checks and signs media; and a script that makes some to try.")
+set(CPACK_DEBIAN_KWMEDIUM_PACKAGE_RECOMMENDS gpg)
 install(PROGRAMS ${PROJECT_SOURCE_DIR}/examples/sample-medium/make-media.sh
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kwbatch/examples COMPONENT kwbatch)
-configure_file(docs/kwbatch.1 ${PROJECT_BINARY_DIR}/packaging/kwbatch.1 COPYONLY)
-execute_process(COMMAND gzip -9nf ${PROJECT_BINARY_DIR}/packaging/kwbatch.1
-                COMMAND_ERROR_IS_FATAL ANY)
-install(FILES ${PROJECT_BINARY_DIR}/packaging/kwbatch.1.gz
-        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT kwbatch)
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kwmedium/examples COMPONENT kwmedium)
+foreach(program kwbatch kwmedium)
+  configure_file(docs/${program}.1 ${PROJECT_BINARY_DIR}/packaging/${program}.1 COPYONLY)
+  execute_process(COMMAND gzip -9nf ${PROJECT_BINARY_DIR}/packaging/${program}.1
+                  COMMAND_ERROR_IS_FATAL ANY)
+  install(FILES ${PROJECT_BINARY_DIR}/packaging/${program}.1.gz
+          DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${program})
+endforeach()
 
 include(CPack)

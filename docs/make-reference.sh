@@ -13,4 +13,4 @@ KWINSTUTIL_VERSION=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeList
 # Only the man pages of headers and classes are of use. "env.h" alone could be anybody's header.
 rm -f "$pages"/*.md.3 "$pages"/*.dox.3 "$pages"/md_* "$pages"/_* "$pages"/effects.3
 for page in "$pages"/*.h.3; do mv "$page" "$pages/kwinstutil_${page##*/}"; done
-cp docs/kwbatch.1 build/docs/man/man1
+cp docs/kwbatch.1 docs/kwmedium.1 build/docs/man/man1

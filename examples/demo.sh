@@ -23,7 +23,7 @@ kwbatch() {
 
 say 'Making the sample media'
 rm -rf "$media" "$tree" "$scratch"
-"$root/examples/sample-medium/make-media.sh" "$media"
+KWMEDIUM=$build/kwmedium/kwmedium "$root/examples/sample-medium/make-media.sh" "$media"
 mkdir -p "$scratch"
 printf 'ftp\t\t21/tcp\nssh\t\t22/tcp\n' >"$scratch/services"
 printf 'ftp stream tcp nowait root /usr/sbin/ftpd ftpd\n' >"$scratch/inetd.conf"

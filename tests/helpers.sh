@@ -5,6 +5,7 @@ set -euo pipefail
 export LC_ALL=C TEVMsgCatalogPath=$2/resources/msgcatalog
 umask 022
 kwbatch=$1/kwbatch/kwbatch
+export KWMEDIUM=$1/kwmedium/kwmedium
 make_media=$2/examples/sample-medium/make-media.sh
 sample_media=$1/tests/sample_media
 work=$(mktemp -d)
@@ -84,7 +85,7 @@ take_media() {
   command -v compress >/dev/null || skip 'there is no compress'
   (
     flock 9
-    [[ $sample_media -nt $make_media ]] && exit
+    [[ $sample_media -nt $make_media && $sample_media -nt $KWMEDIUM ]] && exit
     rm -rf "$sample_media"
     "$make_media" "$sample_media.new" && mv "$sample_media.new" "$sample_media"
   ) 9>"$sample_media.lock"

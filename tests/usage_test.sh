@@ -60,9 +60,13 @@ source "$source/kwbatch/kwbatch.bash"
 [[ -z $(complete_words install --os ver) ]] || fail 'completion of a value'
 
 "$kwbatch" help tasks | diff - <("$kwbatch" tasks --help) || fail 'help COMMAND'
-# The manual names what the help does.
-for command in '' $("$kwbatch" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'); do
-  "$kwbatch" ${command:+"$command"} --help
-done | grep -oE -- '--[a-z0-9-]+' | sort -u >"$work/help"
-sed 's/\\-/-/g' "$source/docs/kwbatch.1" | grep -oE -- '--[a-z0-9-]+' | sort -u |
-  diff "$work/help" - || fail 'kwbatch --help and kwbatch(1) differ'
+# The manuals name what the help does.
+for name in kwbatch kwmedium; do
+  program=$KWMEDIUM
+  [[ $name == kwmedium ]] || program=$kwbatch
+  for command in '' $("$program" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'); do
+    "$program" ${command:+"$command"} --help
+  done | grep -oE -- '--[a-z0-9-]+' | sort -u >"$work/help"
+  sed 's/\\-/-/g' "$source/docs/$name.1" | grep -oE -- '--[a-z0-9-]+' | sort -u | diff "$work/help" - ||
+    fail "$name --help and $name(1) differ"
+done

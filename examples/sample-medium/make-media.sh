@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# make-media.sh OUTDIR: writes the sample media, the same bytes at every run.
+# make-media.sh OUTDIR: writes the sample media, the same bytes at every run: directories with what
+# a build would leave, and lists of which kwmedium (or the program that KWMEDIUM names) makes media.
 #
 #   ga            general availability R12 for two operating systems: OSUNIX, and a medium for each
 #   sdk           development kits of R12, one of them for a product that ga does not have
@@ -11,9 +12,8 @@
 #   other-level   general availability R13
 #
 # All but ga are media for one operating system: other-os for hpux_b, the others for aix_a.
-# A medium is a directory with a table of contents and an archive for each component in it.
 set -euo pipefail
-export LC_ALL=C
+export LC_ALL=C SOURCE_DATE_EPOCH=1000000000
 umask 022
 
 readonly languages=(French German Italian Japanese Simplified_Chinese Korean)
@@ -22,49 +22,30 @@ declare -A ready=([English]='ready' [French]='prêt' [German]='bereit' [Italian]
 declare -A stopped=([English]='stopped' [French]='arrêté' [German]='beendet' [Italian]='terminato'
   [Japanese]='停止' [Simplified_Chinese]='已停止' [Korean]='중지됨')
 
-# begin_medium DIRECTORY ROOT [LEVEL]: an empty medium. Its archives unpack in ROOT of the target
-# tree: the operating system's directory, or "." for content that is the same on all of them.
+# begin_medium NAME OS [LEVEL]: a list for kwmedium, whose lines are of this operating system.
 begin_medium() {
-  medium=$out/$1
-  root=$2
+  medium=$1
+  os=$2
   level=${3:-R12}
-  rm -rf "$medium"
-  mkdir -p "$medium"
-  : >"$medium/TOC"
+  list=$stage/$medium.list
 }
 
-# begin_component TYPE KIND NAME [KEY=VALUE...]: an empty component and its table line.
+# begin_component TYPE KIND NAME [KEY=VALUE...]: a component, its line of the list and its directory.
 begin_component() {
   local IFS=:
   component=$3
-  tree=$stage/$component/$root
-  files=()
-  mkdir -p "$tree/control"
-  printf '%s\n' "$*" >"$tree/control/$component.toc"
-  files+=("control/$component.toc")
-}
-
-# begin_update TYPE KIND NAME [KEY=VALUE...]: a component whose own table is not in the manifest:
-# whoever takes the update back needs it until the listed files are gone.
-begin_update() {
-  begin_component "$@"
-  files=()
+  tree=$stage/$medium/$os/$component
+  mkdir -p "$tree"
+  printf '%s\n' "$*:from=$medium/$os/$component" >>"$list"
 }
 
 # add_parts TYPE NAME...: the parts of a service pack, a table line each.
 add_parts() {
-  printf "$1:FSP:%s\n" "${@:2}" >>"$tree/control/$component.toc"
+  printf "$1:FSP:%s\n" "${@:2}" >>"$list"
 }
 
-# add_file PATH: a file with the content of standard input, listed in the manifest. Not to be used
-# at the end of a pipe, which is a process of its own: the list would not grow.
+# add_file PATH: a file with the content of standard input.
 add_file() {
-  add_removable "$1"
-  files+=("$1")
-}
-
-# add_removable PATH: a file that the installation may leave out, and the manifest therefore does.
-add_removable() {
   [[ -d $tree/${1%/*} ]] || mkdir -p "$tree/${1%/*}"
   cat >"$tree/$1"
 }
@@ -73,7 +54,7 @@ add_removable() {
 add_program() {
   add_file "code/bin/$1" <<PROGRAM
 #!/bin/sh
-# $1: $2 ($root)
+# $1: $2 ($os)
 tree=\$(cd "\$(dirname "\$0")/../.." && pwd) || exit 1
 echo "$1: $2, from \$tree"
 [ \$# -eq 0 ] || echo "$1: arguments: \$*"
@@ -93,14 +74,13 @@ add_series() {
         $((number * row % 360)) $((number * 37 % 100)) $((row * row)) $((row * 61 % 100))
     done
     printf '%s' "$text" >"$tree/$path"
-    files+=("$path")
   done
 }
 
 # add_post_programs NAME...: programs that run once the service pack is installed, and their list.
 add_post_programs() {
   local name
-  add_removable control/CAFPost.list <<<"$(printf '%s\n' "$@")"
+  add_file control/CAFPost.list <<<"$(printf '%s\n' "$@")"
   for name in "$@"; do
     add_file "code/bin/${name}_$component" <<PROGRAM
 #!/bin/sh
@@ -142,7 +122,7 @@ add_catalogs() {
   local language
   add_file "resources/msgcatalog/$component.msg" <<<"$(catalog English)"
   for language in "${languages[@]}"; do
-    catalog "$language" | add_removable "resources/msgcatalog/$language/$component.msg"
+    catalog "$language" | add_file "resources/msgcatalog/$language/$component.msg"
   done
 }
 
@@ -157,31 +137,8 @@ font() {
   done
 }
 
-# Path, then mode, size and checksum of each listed file.
-manifest() {
-  local path mode size crc
-  cd "$tree"
-  stat -c '%n %a %s' "${files[@]}" >"$stage/files"
-  cksum "${files[@]}" | cut -d ' ' -f 1 | paste -d ' ' "$stage/files" - | sort |
-    while read -r path mode size crc; do
-      printf '%s\n%s %s %s\n' "$path" "$mode" "$size" "$crc"
-    done
-}
-
-# pack_component plain|compressed: writes the archive and the component's lines of the table.
-pack_component() {
-  local archive=$medium/$component
-  (manifest) >"$stage/manifest"
-  mv "$stage/manifest" "$tree/control/$component"
-  (cd "$stage/$component" && tar --sort=name --mtime=@1000000000 --owner=0 --group=0 \
-    --numeric-owner --format=ustar -cf "$archive" -- *)
-  if [[ $1 == compressed ]]; then compress -f "$archive"; fi
-  cat "$tree/control/$component.toc" >>"$medium/TOC"
-  rm -rf "${stage:?}/$component"
-}
-
 base() {
-  begin_component code FWK BASE "os=$root" "ga=$level"
+  begin_component code FWK BASE "os=$os" "ga=$level" compress=no
   add_program TEVSoftwareMgt 'software management'
   add_program TEVSysDemon 'system daemon'
   add_program TEVDeviceBroker 'device broker'
@@ -214,16 +171,14 @@ PROGRAM
   chmod 755 "$tree/code/command/tevstart"
   add_series resources/graphic icon 60
   add_catalogs
-  pack_component plain
 }
 
-# product NAME PACKING FILES TEXT: a product with one program and a series of data files.
+# product NAME COMPRESS FILES TEXT: a product with one program and a series of data files.
 product() {
-  begin_component code PRD "$1"
+  begin_component code PRD "$1" "compress=$2"
   add_program "TEV$1" "$4"
   add_series "code/data/$1" template "$3"
   add_catalogs
-  pack_component "$2"
 }
 
 visualization() {
@@ -233,47 +188,42 @@ visualization() {
   add_series resources/materials material 90
   add_file resources/fonts/Stroke/LATN.font <<<"$(font LATN 96)"
   for name in SICH TRCH KANJ KOHG SSS4; do
-    font "$name" 400 | add_removable "resources/fonts/Stroke/$name.font"
+    font "$name" 400 | add_file "resources/fonts/Stroke/$name.font"
   done
   add_catalogs
-  pack_component compressed
 }
 
 # solution NAME PRODUCT...: the list of the products that it brings together.
 solution() {
-  begin_component code SLT "$1"
+  begin_component code SLT "$1" compress=no
   add_file "code/data/$1/products.lst" <<<"$(printf '%s\n' "${@:2}")"
   add_catalogs
-  pack_component plain
 }
 
 make_ga() {
-  local os
-  rm -rf "$out/ga"
-  for os in aix_a solaris_a; do
-    begin_medium "ga/$os" "$os"
+  local system
+  for system in aix_a solaris_a; do
+    begin_medium ga "$system"
     base
-    product Modeler compressed 160 'solids and surfaces'
-    product Drafting plain 70 'drawings and sheets'
+    product Modeler yes 160 'solids and surfaces'
+    product Drafting no 70 'drawings and sheets'
     visualization
     solution MechanicalDesign Modeler Drafting Visualization
-    printf '%s\n' "$os" >>"$out/ga/OSUNIX"
   done
 }
 
 # development_kit KIND NAME [KEY=VALUE...]: the headers and the library stub of a product.
 development_kit() {
   local part
-  begin_component zeb2 "$1" "$2.zeb2" "${@:3}"
+  begin_component zeb2 "$1" "$2.zeb2" "${@:3}" compress=no
   for part in Session Document Attribute; do add_header "$2" "$part" "$level"; done
   add_file "lib/libTEV$2.stub" <<<"$(printf "TEV$2%s\n" \
     {Create,Delete}{Session,Document,Attribute})"
-  pack_component plain
 }
 
 make_sdk() {
-  begin_medium sdk .
-  development_kit PRD Modeler os=aix_a "ga=$level"
+  begin_medium sdk aix_a
+  development_kit PRD Modeler "os=$os" "ga=$level"
   development_kit PRD Drafting
   development_kit SLT MechanicalDesign
   development_kit PRD Simulation
@@ -283,59 +233,54 @@ make_sdk() {
 sample() {
   begin_component samples SMP "$1" "${@:3}"
   add_series "samples/$1" sample "$2"
-  pack_component compressed
 }
 
 make_samples() {
   begin_medium samples aix_a
-  sample ModelerSamples 20 "os=$root" "ga=$level"
+  sample ModelerSamples 20 "os=$os" "ga=$level"
   sample DrawingSamples 12
 }
 
 make_service_packs() {
   begin_medium sp1 aix_a
-  begin_update code SPK SP1 "os=$root" "ga=$level" level=1
+  begin_component code SPK SP1 "os=$os" "ga=$level" level=1
   add_parts code SP1-BASE SP1-Modeler
   add_program TEVModeler 'solids and surfaces, service pack 1'
   add_program TEVSysDemon 'system daemon, service pack 1'
   add_program TEVRepair 'repair of documents'
   add_series code/data/Modeler template 2
   add_post_programs TEVPostModeler TEVPostBase
-  pack_component compressed
 
   begin_medium sp2 aix_a
-  begin_update code SPK SP2 "os=$root" "ga=$level" level=2
+  begin_component code SPK SP2 "os=$os" "ga=$level" level=2 compress=no
   add_parts code SP2-BASE SP2-Modeler SP2-Drafting
   add_program TEVModeler 'solids and surfaces, service pack 2'
   add_program TEVDrafting 'drawings and sheets, service pack 2'
   add_post_programs TEVPostModeler TEVPostBase
-  pack_component plain
 
-  begin_medium sp1-sdk .
-  begin_update zeb2 SPK SP1.zeb2 os=aix_a "ga=$level" level=1
+  begin_medium sp1-sdk aix_a
+  begin_component zeb2 SPK SP1.zeb2 "os=$os" "ga=$level" level=1 compress=no
   add_parts zeb2 SP1-Modeler.zeb2
   add_header Modeler Document "$level, service pack 1"
-  pack_component plain
 }
 
-# hot_fix NAME PACKING PROGRAM TEXT: a medium with a new version of one program. The first line of
+# hot_fix NAME COMPRESS PROGRAM TEXT: a medium with a new version of one program. The first line of
 # its table is the service pack that the fix is for.
 hot_fix() {
   begin_medium "${1/HF/hf}" aix_a
-  echo "code:SPK:SP1:os=$root:ga=$level:level=1" >>"$medium/TOC"
-  begin_update code HFX "$1"
+  echo "code:SPK:SP1:os=$os:ga=$level:level=1" >>"$list"
+  begin_component code HFX "$1" "compress=$2"
   add_program "$3" "$4"
-  pack_component "$2"
 }
 
 make_other() {
   begin_medium other-os hpux_b
   base
-  product Modeler compressed 20 'solids and surfaces'
+  product Modeler yes 20 'solids and surfaces'
 
   begin_medium other-level aix_a R13
   base
-  product Modeler compressed 20 'solids and surfaces'
+  product Modeler yes 20 'solids and surfaces'
 }
 
 if (($# != 1)); then
@@ -343,13 +288,17 @@ if (($# != 1)); then
   exit 2
 fi
 mkdir -p "$1"
-out=$(cd "$1" && pwd)
 stage=$(mktemp -d)
 trap 'rm -rf "$stage"' EXIT
 make_ga
 make_sdk
 make_samples
 make_service_packs
-hot_fix HF1 plain TEVModeler 'solids and surfaces, service pack 1, hot fix 1'
-hot_fix HF2 compressed TEVSysDemon 'system daemon, service pack 1, hot fix 2'
+hot_fix HF1 no TEVModeler 'solids and surfaces, service pack 1, hot fix 1'
+hot_fix HF2 yes TEVSysDemon 'system daemon, service pack 1, hot fix 2'
 make_other
+for list in "$stage"/*.list; do
+  medium=$1/$(basename "$list" .list)
+  rm -rf "$medium"
+  "${KWMEDIUM:-kwmedium}" product "$list" "$medium" --quiet
+done

@@ -87,15 +87,6 @@ KWINST_FOLDING uint32_t UpdateCrcByFolding(uint32_t crc, const unsigned char* da
 
 #endif  // __x86_64__
 
-/// The checksum of a text: the bytes of its length follow it, the lowest first.
-uint32_t Finished(uint32_t crc, uint64_t length) {
-  for (; length != 0; length >>= 8) {
-    const auto byte = static_cast<unsigned char>(length & 0xFF);
-    crc = UpdateCrcByTable(crc, &byte, 1);
-  }
-  return ~crc;
-}
-
 struct Descriptor {
   explicit Descriptor(int opened) : number(opened) {}
   Descriptor(const Descriptor&) = delete;
@@ -127,6 +118,14 @@ uint32_t UpdateCrc(uint32_t crc, const unsigned char* data, size_t size) {
   return UpdateCrcByTable(crc, data, size);
 }
 
+uint32_t FinishedCrc(uint32_t crc, uint64_t length) {
+  for (; length != 0; length >>= 8) {
+    const auto byte = static_cast<unsigned char>(length & 0xFF);
+    crc = UpdateCrcByTable(crc, &byte, 1);
+  }
+  return ~crc;
+}
+
 int FileChecksum::Compute(const std::string& path, uint64_t size, uint32_t& checksum) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   if (file.number == -1) return errno;
@@ -138,7 +137,7 @@ int FileChecksum::Compute(const std::string& path, uint64_t size, uint32_t& chec
     length += static_cast<uint64_t>(count);
   }
   if (count < 0) return errno;
-  checksum = Finished(crc, length);
+  checksum = FinishedCrc(crc, length);
   return 0;
 }
 

@@ -25,6 +25,10 @@ class FileChecksum {
 uint32_t UpdateCrc(uint32_t crc, const unsigned char* data, size_t size);
 uint32_t UpdateCrcByTable(uint32_t crc, const unsigned char* data, size_t size);
 
+/// The checksum of a text with the remainder `crc`: the bytes of its length follow it, the lowest
+/// first.
+uint32_t FinishedCrc(uint32_t crc, uint64_t length);
+
 }  // namespace kwinst
 
 #endif  // QTOCLIB_CHECKSUM_H_

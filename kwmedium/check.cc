@@ -1,0 +1,215 @@
+#include "check.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <set>
+#include <sstream>
+#include <vector>
+
+#include "archive_reader.h"
+#include "check_archive.h"
+#include "kwbatch/console.h"
+#include "kwbatch/files.h"
+#include "kwbatch/formats.h"
+#include "kwbatch/medium.h"
+#include "kwbatch/refusal.h"
+#include "package_line.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string ReasonOf(const Refusal& refusal) {
+  const std::string text = refusal.what();
+  return text.substr(0, text.find_last_not_of('\n') + 1);
+}
+
+/// The check of a medium, or of a part of it that is for one system.
+class MediumCheck {
+ public:
+  MediumCheck(std::string dir, std::string os, Findings& findings)
+      : dir_(std::move(dir)), os_(std::move(os)), findings_(findings) {}
+
+  void Run();
+
+ private:
+  void ReadTable();
+  void CheckLines();
+  void CheckLevels();
+  void CheckKinds();
+  void CheckComponent(const PackageLine& line);
+  void FindStrayFiles();
+
+  void Fault(const std::string& what) { findings_.faults.push_back(Printable(dir_ + "/" + what)); }
+  void Warn(const std::string& what) { findings_.warnings.push_back(Printable(dir_ + "/" + what)); }
+
+  const std::string dir_;
+  std::string os_;  ///< as the list of systems says, or else the table
+  Findings& findings_;
+  std::vector<PackageLine> lines_;
+  std::map<std::string, std::string> texts_;  ///< the lines as they are, by name
+  std::set<std::string> known_ = {kMediumTable, kSystemList, kChecksums, kSignature};
+};
+
+void MediumCheck::Run() {
+  ReadTable();
+  if (lines_.empty()) return Fault(std::string(kMediumTable) + ": no line can be used");
+  CheckLines();
+  CheckLevels();
+  CheckKinds();
+  for (const PackageLine& line : lines_) CheckComponent(line);
+  FindStrayFiles();
+}
+
+void MediumCheck::ReadTable() {
+  size_t number = 0;
+  for (const std::string& text : LinesOf(dir_ + "/" + kMediumTable)) {
+    ++number;
+    const std::string place = std::string(kMediumTable) + ":" + std::to_string(number) + ": ";
+    try {
+      const auto line = ParsePackageLine(text);
+      if (!line) continue;
+      if (!texts_.emplace(line->name, text).second) throw Refusal("The name is there twice.\n");
+      lines_.push_back(*line);
+    } catch (const Refusal& refusal) {
+      Fault(place + ReasonOf(refusal));
+    }
+  }
+}
+
+/// The operating system and the level must be there, and the same in all lines.
+void MediumCheck::CheckLines() {
+  for (const char* key : {"os", "ga"}) {
+    std::set<std::string> values;
+    for (const PackageLine& line : lines_) {
+      if (line.Has(key)) values.insert(line.Value(key));
+    }
+    const std::string table = std::string(kMediumTable) + ": ";
+    if (values.empty() || values.begin()->empty()) {
+      Fault(table + "no line has " + key + "=");
+    } else if (values.size() > 1) {
+      Fault(table + "the lines differ in " + key + "=");
+    } else if (std::string(key) == "os") {
+      if (os_.empty()) os_ = *values.begin();
+      if (os_ != *values.begin()) Fault(table + "is for " + *values.begin() + ", not " + os_);
+    }
+  }
+}
+
+/// Levels rise; the parts of a pack, and the hot fixes for it, follow it.
+void MediumCheck::CheckLevels() {
+  std::map<TEVINSPkg, int> levels;
+  for (const PackageLine& line : lines_) {
+    const std::string place = std::string(kMediumTable) + ": " + line.name + ": ";
+    if (line.kind == SPK || line.kind == HFX) {
+      int& level = levels[line.kind];
+      if (LevelOf(line) <= level) Fault(place + "its level is not above that of the line before");
+      level = std::max(level, LevelOf(line));
+    }
+    if ((line.kind == FSP || line.kind == HFX) && levels.count(SPK) == 0) {
+      Fault(place + "there is no service pack before it");
+    }
+  }
+}
+
+/// Asks the library what the medium is, and names what is never installed from such a one.
+void MediumCheck::CheckKinds() {
+  try {
+    const std::vector<Medium> media = OpenMedium(dir_, "");
+    const Content content = ContentOf(media.front().kind);
+    for (const PackageLine& line : lines_) {
+      const bool part = IsUpdate(media.front().kind) && (line.kind == FSP || line.kind == SPK);
+      const bool taken = line.type == content.type &&
+                         std::count(content.kinds.begin(), content.kinds.end(), line.kind) > 0;
+      if (part || taken) continue;
+      Fault(std::string(kMediumTable) + ": " + line.name +
+            ": is not installed from a medium of this kind");
+    }
+  } catch (const Refusal& refusal) {
+    Fault(std::string(kMediumTable) + ": an installation refuses it: " + ReasonOf(refusal));
+  }
+}
+
+void MediumCheck::CheckComponent(const PackageLine& line) {
+  const bool header =
+      line.kind == SPK &&
+      std::any_of(lines_.begin(), lines_.end(), [](const PackageLine& l) { return l.kind == HFX; });
+  const std::string path = ArchiveOf(dir_, line.name);
+  if (path.empty() && line.kind != FSP && !header) return Fault(line.name + ": is missing");
+  if (path.empty()) return;
+  known_.insert(fs::path(path).filename());
+  if (line.kind == FSP || header) return Warn(line.name + ": is never unpacked");
+  Say("  " + path);
+  ArchiveToCheck archive{path,
+                         line.name,
+                         line.type == zeb2 ? "" : os_ + "/",
+                         line.kind == SPK || line.kind == HFX,
+                         {texts_[line.name]}};
+  for (const PackageLine& part : lines_) {
+    if (line.kind == SPK && part.kind == FSP) archive.table.insert(texts_[part.name]);
+  }
+  CheckArchive(archive, findings_);
+}
+
+void MediumCheck::FindStrayFiles() {
+  std::set<std::string> names;
+  for (const auto& entry : fs::directory_iterator(dir_)) names.insert(entry.path().filename());
+  for (const std::string& name : names) {
+    if (known_.count(name) == 0) Warn(name + ": is not in the table");
+  }
+}
+
+/// A satellite has no table: an archive, and the space that it needs.
+void CheckSatellite(const std::string& dir, Findings& findings) {
+  const std::string space = dir + "/LFSFS";
+  uint64_t kilobytes = 0;
+  std::istringstream text(TextOf(space));
+  if (!(text >> kilobytes)) findings.faults.push_back(space + ": does not begin with a number");
+  try {
+    ArchiveReader reader(dir + "/" + kSatelliteArchive);
+    for (ArchiveMember member; reader.Next(member);) {
+    }
+  } catch (const Refusal& refusal) {
+    findings.faults.push_back(ReasonOf(refusal));
+  }
+}
+
+/// The systems of a medium; an empty name when it is for one only.
+std::vector<std::string> SystemsToCheck(const std::string& dir, Findings& findings) {
+  const std::string list = dir + "/" + kSystemList;
+  if (!Exists(list)) return {""};
+  std::vector<std::string> systems;
+  std::istringstream words(TextOf(list));
+  for (std::string word; words >> word;) {
+    if (word.size() > kSystemNameLength || word.find('/') != std::string::npos || !IsText(word)) {
+      findings.faults.push_back(list + ": " + Printable(word) + " is no name of a system");
+    } else if (!fs::is_directory(dir + "/" + word)) {
+      findings.faults.push_back(list + ": there is no directory " + word);
+    } else {
+      systems.push_back(word);
+    }
+  }
+  if (systems.size() > kMostSystems) findings.faults.push_back(list + ": more than four systems");
+  if (systems.empty()) findings.faults.push_back(list + ": there is nothing to install");
+  return systems;
+}
+
+}  // namespace
+
+Findings CheckMedium(const std::string& dir) {
+  if (!fs::is_directory(dir)) throw Refusal("The directory " + dir + " does not exist.\n");
+  Findings findings;
+  if (!Exists(dir + "/" + kMediumTable) && Exists(dir + "/" + kSatelliteArchive)) {
+    CheckSatellite(dir, findings);
+    return findings;
+  }
+  for (const std::string& os : SystemsToCheck(dir, findings)) {
+    MediumCheck(os.empty() ? dir : dir + "/" + os, os, findings).Run();
+  }
+  return findings;
+}
+
+bool IsSigned(const std::string& dir) { return Exists(dir + "/" + kSignature); }

@@ -1,0 +1,221 @@
+#include "check_archive.h"
+
+#include <algorithm>
+#include <cstring>
+#include <filesystem>
+#include <map>
+#include <sstream>
+#include <string_view>
+#include <vector>
+
+#include "archive_reader.h"
+#include "checksum.h"
+#include "kwbatch/formats.h"
+#include "kwbatch/refusal.h"
+#include "package_line.h"
+#include "sources.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr mode_t kPermissions = 07777;
+
+/// A file of the archive, or what its manifest says of it.
+struct File {
+  mode_t mode;
+  uint64_t size;
+  uint32_t checksum;
+};
+
+bool IsInside(const fs::path& path) {
+  return !path.empty() && path.is_relative() && *path.lexically_normal().begin() != "..";
+}
+
+class ArchiveCheck {
+ public:
+  ArchiveCheck(const ArchiveToCheck& archive, Findings& findings)
+      : archive_(archive),
+        findings_(findings),
+        list_(std::string(kControl) + "/" + archive.component),
+        table_(list_ + kPackTableSuffix) {}
+
+  void Run();
+
+ private:
+  void Take(ArchiveReader& reader, const ArchiveMember& member);
+  bool IsWellPlaced(const ArchiveMember& member);
+  void TakeLink(const ArchiveMember& member);
+  void WarnOfMode(const std::string& path, mode_t mode);
+  void ReadManifest();
+  void CompareFiles();
+  void CheckTable();
+  void CheckPrograms();
+
+  void Fault(const std::string& what) {
+    findings_.faults.push_back(Printable(archive_.path + ": " + what));
+  }
+  void Warn(const std::string& what) {
+    findings_.warnings.push_back(Printable(archive_.path + ": " + what));
+  }
+
+  const ArchiveToCheck& archive_;
+  Findings& findings_;
+  const std::string list_;
+  const std::string table_;
+  std::set<std::string> seen_;
+  std::map<std::string, File> files_;         ///< by their path below the system directory
+  std::map<std::string, File> listed_;        ///< in the manifest
+  std::map<std::string, std::string> texts_;  ///< of the files in control
+};
+
+void ArchiveCheck::Run() {
+  try {
+    ArchiveReader reader(archive_.path);
+    if (IsCompressed(archive_.path) && !reader.IsMadeByCompress()) {
+      Fault("not made with compress, as its name says");
+    }
+    for (ArchiveMember member; reader.Next(member);) Take(reader, member);
+  } catch (const Refusal& refusal) {
+    const std::string text = refusal.what();
+    findings_.faults.push_back(text.substr(0, text.size() - 1));
+    return;
+  }
+  ReadManifest();
+  CompareFiles();
+  CheckTable();
+  CheckPrograms();
+}
+
+/// Does the member go where its component's files belong?
+bool ArchiveCheck::IsWellPlaced(const ArchiveMember& member) {
+  const std::string& path = member.path;
+  const std::string& root = archive_.root;
+  if (!IsText(path)) {
+    Fault(path + ": the name is not UTF-8, or has control characters");
+  } else if (!IsInside(path)) {
+    Fault(path + ": leads out of the target");
+  } else if (path.compare(0, root.size(), root) != 0) {
+    Fault(path + ": is not below " + root);
+  } else if (!S_ISDIR(member.mode) && !seen_.insert(path).second) {
+    Fault(path + ": is there twice");
+  } else {
+    return true;
+  }
+  return false;
+}
+
+void ArchiveCheck::TakeLink(const ArchiveMember& member) {
+  const fs::path below = member.path.substr(archive_.root.size());
+  const bool symbolic = S_ISLNK(member.mode);
+  if (!IsInside(symbolic ? below.parent_path() / member.link : fs::path(member.link))) {
+    Fault(member.path + ": a link to " + member.link + ", which leads out of the target");
+  } else {
+    Warn(member.path + ": a link to " + member.link);
+  }
+}
+
+void ArchiveCheck::WarnOfMode(const std::string& path, mode_t mode) {
+  constexpr mode_t kReadable = S_IRUSR | S_IRGRP | S_IROTH;
+  if ((mode & (S_ISUID | S_ISGID)) != 0) {
+    Warn(path + ": runs with the rights of its owner or group");
+  }
+  if ((mode & S_IWOTH) != 0) Warn(path + ": everybody may write it");
+  if ((mode & kReadable) != kReadable) Warn(path + ": not everybody may read it");
+}
+
+void ArchiveCheck::Take(ArchiveReader& reader, const ArchiveMember& member) {
+  if (!IsWellPlaced(member) || S_ISDIR(member.mode)) return;
+  const std::string path = member.path.substr(archive_.root.size());
+  const char* reason = archive_.update ? WhyNotInUpdate(path, member.mode) : nullptr;
+  if (reason != nullptr) Fault(path + ": " + reason);
+  if (!member.link.empty()) return TakeLink(member);
+  if (!S_ISREG(member.mode)) return Warn(path + ": a device or a pipe");
+  WarnOfMode(path, member.mode);
+  const bool control = path.rfind(std::string(kControl) + "/", 0) == 0;
+  const uint32_t crc = reader.ReadContent(control ? &texts_[path] : nullptr);
+  files_[path] = {member.mode & kPermissions, member.size, kwinst::FinishedCrc(crc, member.size)};
+  if (control && path != list_ && path != table_ && path != kPackPrograms) {
+    Fault(path + ": installations use the directory " + kControl);
+  }
+}
+
+/// Two lines for each file: its path; its mode, size and checksum.
+void ArchiveCheck::ReadManifest() {
+  if (files_.count(list_) == 0) return Fault("the manifest " + list_ + " is missing");
+  std::istringstream text(texts_[list_]);
+  std::string path;
+  std::string numbers;
+  for (size_t line = 1; std::getline(text, path); line += 2) {
+    const std::string place = list_ + ":" + std::to_string(line) + ": ";
+    File file{};
+    std::string rest;
+    std::getline(text, numbers);
+    std::istringstream fields(numbers);
+    fields >> std::oct >> file.mode >> std::dec >> file.size >> file.checksum;
+    if (!fields || fields >> rest) {
+      return Fault(place + "the mode, size and checksum of " + path + " do not follow");
+    }
+    if (!IsInside(path)) {
+      Fault(place + path + " leads out of the target");
+    } else if (!listed_.emplace(path, file).second) {
+      Fault(place + path + " is listed twice");
+    }
+  }
+  if (listed_.empty()) Fault(list_ + ": lists no file");
+}
+
+void ArchiveCheck::CompareFiles() {
+  for (const auto& [path, listed] : listed_) {
+    const auto file = files_.find(path);
+    if (file == files_.end()) {
+      Fault(path + ": is in the manifest, but not in the archive");
+    } else if (file->second.size != listed.size) {
+      Fault(path + ": the size is not that of the manifest");
+    } else if (file->second.mode != (listed.mode & kPermissions)) {
+      Fault(path + ": the mode is not that of the manifest");
+    } else if (file->second.checksum != listed.checksum) {
+      Fault(path + ": the content is not that of the manifest");
+    }
+    if (!archive_.root.empty() && IsOfLanguage(path)) {
+      Fault(path + ": is in the manifest, but installations may leave out its language");
+    }
+  }
+  if (files_.count(list_) == 0) return;
+  for (const auto& [path, file] : files_) {
+    const bool own =
+        path == list_ || (archive_.update && (path == table_ || path == kPackPrograms));
+    const bool of_language = !archive_.root.empty() && !archive_.update && IsOfLanguage(path);
+    if (own || of_language || listed_.count(path) != 0) continue;
+    Fault(path + ": is not in the manifest");
+  }
+}
+
+void ArchiveCheck::CheckTable() {
+  if (files_.count(table_) == 0) return Fault("the table " + table_ + " is missing");
+  std::set<std::string> lines;
+  std::istringstream text(texts_[table_]);
+  for (std::string line; std::getline(text, line);) {
+    if (!line.empty() && line[0] != '#') lines.insert(line);
+  }
+  if (lines != archive_.table) Fault(table_ + ": is not what the medium's table says");
+}
+
+void ArchiveCheck::CheckPrograms() {
+  std::istringstream words(texts_[kPackPrograms]);
+  for (std::string word; words >> word;) {
+    const std::string program = "code/bin/" + word + "_" + archive_.component;
+    const auto file = files_.find(program);
+    if (file == files_.end()) {
+      Fault(std::string(kPackPrograms) + ": there is no " + program);
+    } else if ((file->second.mode & S_IXUSR) == 0) {
+      Fault(program + ": may not be run");
+    }
+  }
+}
+
+}  // namespace
+
+void CheckArchive(const ArchiveToCheck& archive, Findings& findings) {
+  ArchiveCheck(archive, findings).Run();
+}

@@ -1,0 +1,132 @@
+#!/usr/bin/env bash
+# medium_build_test.sh BUILDDIR SOURCEDIR: kwmedium makes media, and kwbatch installs them.
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
+
+# expect_no_medium TEXT ARGUMENT...: kwmedium refuses to make $work/out, and leaves nothing of it.
+expect_no_medium() {
+  expect_exit 1 "$KWMEDIUM" "${@:2}"
+  expect_text "$1"
+  [[ ! -e $work/out && -z $(compgen -G "$work/.out-*") ]] || fail "left over: $1"
+}
+
+# make NAME COMMAND...: a medium without faults.
+make() {
+  expect_exit 0 "$KWMEDIUM" "${@:2}" "$work/$1"
+  expect_exit 0 "$KWMEDIUM" check "$work/$1"
+}
+
+take_media
+mkdir -p one/base/code/bin one/modeler/{code/bin,resources/msgcatalog/French}
+printf '#!/bin/sh\n' | tee one/base/code/bin/TEVSysDemon >one/modeler/code/bin/TEVModeler
+echo 'a = "é"' >'one/modeler/resources/msgcatalog/French/Modeler é.msg'
+chmod 755 one/*/code/bin/*
+ln -s TEVSysDemon one/base/code/bin/daemon
+cat >one/suite.list <<'TEXT'
+# A comment
+code:FWK:BASE:os=aix_a:ga=R12:from=base:compress=zstd
+code:PRD:Modeler:from=modeler
+code:FWK:BASE:os=hpux_b:ga=R12:from=base:compress=gzip
+code:PRD:Modeler:from=modeler:compress=no
+TEXT
+# The same bytes, whoever makes them.
+export SOURCE_DATE_EPOCH=1500000000
+make ga product one/suite.list
+cp -r one two
+(umask 077 && LC_ALL=fr_FR.UTF-8 TZ=Asia/Tokyo "$KWMEDIUM" product two/suite.list again --quiet)
+diff -r ga again || fail 'the same input gave other bytes'
+[[ $(stat -c %a again again/TOC again/*/BASE 2>/dev/null | sort -u | xargs) == '644 755' ]] ||
+  fail 'not everybody may read the medium'
+tar -tvf ga/aix_a/BASE | awk '$2 != "0/0" || $4 != "2017-07-14" { exit 1 }' || fail 'owners and times'
+
+# Faults of a list, with its line. The list is there line by line.
+line=code:PRD:X:from=one/modeler
+printf 'code:FWK:BASE:os=aix_a:ga=R12:from=one/base\n' >first_line
+mkdir empty foreign pipe own
+touch "foreign/$(printf 'a\377')"
+mkfifo pipe/x
+mkdir own/control
+touch own/control/PRESENT
+while IFS='|' read -r text command; do
+  cp first_line list
+  printf '%b\n' "$command" >>list
+  expect_no_medium "list:2: $text" product list out
+done <<TEXT
+The directory none does not exist|code:PRD:X:from=none
+The directory of its files is missing|code:PRD:X
+There are no files|code:PRD:X:from=empty
+The name foreign/a? is not UTF-8|code:PRD:X:from=foreign
+pipe/x is no file|code:PRD:X:from=pipe
+own/control/PRESENT is in the directory control|code:PRD:X:from=own
+The name BASE is in line 1 already|code:PRD:BASE:from=one/base
+The name TOC is that of another|code:PRD:TOC:from=one/base
+"kode" is no type|kode:PRD:X
+The line is not UTF-8|code:PRD:\\0377
+There is no key "form"|$line:form=x
+compress= is|$line:compress=7
+The operating system "a123456789abcdef" has more|$line:os=a123456789abcdef
+Only service packs|$line:level=1
+one/base/code/bin/daemon is no regular|code:SPK:X:from=one/base
+one/modeler/resources/msgcatalog/French/Modeler é.msg |code:SPK:X:from=one/modeler
+TEXT
+echo code:PRD:X:from=one/base >list
+expect_no_medium 'list:1: No line up to here' product list out
+expect_no_medium 'none: The list' product none out
+expect_exit 1 "$KWMEDIUM" product one/suite.list ga
+expect_text 'ga exists already'
+
+# A file that is written while it is read, and a disk that fills up.
+head -c 50000000 /dev/urandom >one/modeler/code/large
+(while sleep 0.01; do echo >>one/modeler/code/large; done) &
+expect_no_medium "suite.list:3: one/modeler/code/large has changed" product one/suite.list out
+kill $!
+mkdir small
+if unshare -m mount -t tmpfs none small 2>/dev/null; then
+  # shellcheck disable=SC2016
+  expect_exit 1 unshare -m bash -c 'mount -t tmpfs -o size=1m none small && "$0" product "$1" small/out
+    status=$?; [[ -z $(ls -A small) ]] && exit $status' "$KWMEDIUM" one/suite.list
+  expect_text 'suite.list:3: '
+  expect_text 'No space left on device'
+fi
+# One that is stopped: nothing is left either.
+"$KWMEDIUM" product one/suite.list out >output 2>&1 &
+sleep 0.3
+kill $!
+wait $! && fail 'a medium was made after a signal'
+expect_text Interrupted
+expect_no_medium 'none: The list' product none out
+
+# A service pack from two trees, or from two media. What it was made of is what it makes.
+run 0 install "$media/ga" "$work/tree" --os aix_a
+cp -r tree new
+echo '# changed' >>new/aix_a/code/bin/TEVModeler
+echo new >new/aix_a/code/data/new
+chmod 700 new/aix_a/resources/graphic/icon001.dat
+rm new/aix_a/resources/graphic/icon002.dat
+echo changed >new/aix_a/resources/msgcatalog/French/BASE.msg
+printf '#!/bin/sh\necho set up\n' >TEVPost
+chmod 755 TEVPost
+pack=(service-pack --name SP1 --level 1 --post TEVPost)
+trees=(--from tree --to new)
+expect_no_medium '  resources/graphic/icon002.dat' "${pack[@]}" "${trees[@]}" out
+trees+=(--leave-removed)
+expect_no_medium '  resources/msgcatalog/French/BASE.msg' "${pack[@]}" "${trees[@]}" out
+expect_no_medium 'Nothing has changed' "${pack[@]}" --from tree --to tree out
+make pack "${pack[@]}" "${trees[@]}" --leave-languages
+printf '%s\n' code:SPK:SP1:os=aix_a:ga=R12:level=1 code:FSP:SP1-BASE code:FSP:SP1-Modeler | diff - pack/TOC
+run 0 service-pack "$work/pack" "$work/tree"
+run 0 verify "$work/tree"
+run 0 commit "$work/tree"
+for file in code/bin/TEVModeler code/data/new resources/graphic/icon001.dat; do
+  cmp {new,tree}/aix_a/$file || fail "$file after the service pack"
+done
+[[ $(compress -dc pack/SP1.Z | tar -t | grep -vc '/$') == 7 ]] || fail 'too much in the pack'
+expect_exit 0 "$KWMEDIUM" hot-fix --from new --name HF1 --pack SP1 --pack-level 1 fix code/bin/TEVModeler
+expect_exit 0 "$KWMEDIUM" check fix
+run 0 hot-fix "$work/fix" "$work/tree"
+# Of two media, for all their systems.
+echo '# changed' >>two/base/code/bin/TEVSysDemon
+make ga2 product two/suite.list
+make both service-pack --from ga --to ga2 --name SP1 --level 1
+[[ $(<both/hpux_b/TOC) == code:SPK:SP1:os=hpux_b:ga=R12:level=1$'\n'code:FSP:SP1-BASE ]] || fail 'the pack of media'
+[[ $(xargs <both/OSUNIX) == 'aix_a hpux_b' ]] || fail 'the systems of the pack'
