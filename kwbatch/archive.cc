@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <set>
 #include <sstream>
@@ -25,8 +26,20 @@ bool RunShell(std::string command) {
   return TEVInsCommande(command.data(), &unused) == 1;
 }
 
+/// The program that takes the compression off, or "cat". What compress has not made has no name of
+/// its own: tar knows it by its content, but not in a pipe.
+std::string UnpackingProgram(const std::string& archive) {
+  if (IsCompressed(archive)) return "compress";
+  std::ifstream file(archive, std::ios::binary);
+  std::string start(4, '\0');
+  file.read(start.data(), static_cast<std::streamsize>(start.size()));
+  if (start == "\x28\xB5\x2F\xFD") return "zstd";
+  return start.compare(0, 2, "\x1F\x8B") == 0 ? "gzip" : "cat";
+}
+
 std::string ReadingCommand(const std::string& archive) {
-  return (IsCompressed(archive) ? "compress -d -c " : "cat ") + archive;
+  const std::string program = UnpackingProgram(archive);
+  return program + (program == "cat" ? " " : " -d -c ") + archive;
 }
 
 /// Throws a Refusal unless the shell finds the program.
@@ -62,7 +75,7 @@ Member MemberIn(const std::string& line) {
 std::vector<Member> ReadMembers(const std::string& archive) {
   SafePoint();
   RequireProgram("tar");
-  if (IsCompressed(archive)) RequireProgram("compress");
+  RequireProgram(UnpackingProgram(archive));
   const TemporaryDirectory temp;
   const bool read =
       RunShell("cd " + temp.path() + " && mkfifo copy && { tail -c 512 copy >last & { " +

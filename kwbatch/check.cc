@@ -5,6 +5,7 @@
 #include "commands.h"
 #include "console.h"
 #include "files.h"
+#include "genuine.h"
 #include "journal.h"
 #include "lock.h"
 #include "medium.h"
@@ -78,6 +79,7 @@ void WarnOfTasks(const std::string& target) {
 void Check(const Options& options) {
   const Request request = RequestOf(options);
   const Lock lock(request.target, Lock::Kind::kReading, request);
+  if (!request.verified) TellUnverified(request.medium);
   std::vector<Medium> media = OpenMedium(request.medium, request.os);
   if (IsUpdate(media.front().kind)) {
     CheckUpdate(request, std::move(media));

@@ -11,6 +11,8 @@
 // On a medium.
 constexpr char kMediumTable[] = "TOC";
 constexpr char kSatelliteArchive[] = "LumaforgeSatellite.Z";
+constexpr char kChecksums[] = "SHA256SUMS";      ///< of all other files of a signed medium
+constexpr char kSignature[] = "SHA256SUMS.sig";  ///< of that list
 constexpr char kSdkSuffix[] = ".zeb2";  ///< an SDK package's name is its code package's plus this
 
 /// The path of a component's archive in the directory of a medium, compressed or not; empty when

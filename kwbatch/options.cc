@@ -233,8 +233,9 @@ bool Options::Has(OptionName name) const {
 void Options::MakePathsAbsolute() {
   std::vector<std::string*> paths;
   for (const OptionName name :
-       {option::kScratch, option::kLog, option::kSatellite, option::kWithPack, option::kJavaHome,
-        option::kK6, option::kDrx, option::kInformationPath, option::kInformationEnvPath}) {
+       {option::kScratch, option::kLog, option::kSatellite, option::kWithPack, option::kKeyring,
+        option::kJavaHome, option::kK6, option::kDrx, option::kInformationPath,
+        option::kInformationEnvPath}) {
     const auto value = values_.find(name.text);
     if (value != values_.end()) paths.push_back(&value->second);
   }

@@ -1,5 +1,7 @@
 #include "request.h"
 
+#include "files.h"
+#include "genuine.h"
 #include "options.h"
 #include "paths.h"
 
@@ -8,6 +10,17 @@ namespace {
 /// The value of an option; empty when it is not given, or the command does not take it.
 std::string GivenText(const Options& options, OptionName name) {
   return options.Takes(name) ? options.Text(name) : "";
+}
+
+/// With a keyring, all media are replaced by copies that are genuine.
+void RequireGenuine(Request& request, const Options& options) {
+  std::string keyring = GivenText(options, option::kKeyring);
+  if (keyring.empty() && Exists(kUsualKeyring)) keyring = kUsualKeyring;
+  if (keyring.empty()) return;
+  for (std::string* medium : {&request.medium, &request.with_pack, &request.satellite}) {
+    if (!medium->empty()) *medium = GenuineCopy(*medium, keyring);
+  }
+  request.verified = true;
 }
 
 }  // namespace
@@ -24,6 +37,7 @@ Request RequestOf(const Options& options) {
   request.satellite = GivenText(options, option::kSatellite);
   const std::string with_pack = GivenText(options, option::kWithPack);
   if (!with_pack.empty()) request.with_pack = MediumPath(with_pack);
+  RequireGenuine(request, options);
   if (options.Takes(option::kWait)) request.wait = options.Number(option::kWait, 0);
   if (options.Takes(option::kNoServices)) request.ports = PortWishesOf(options);
   return request;

@@ -9,6 +9,7 @@ class Options;
 
 /// What a command is asked to do. A text is empty when the user did not give it.
 struct Request {
+  bool verified = false;  ///< the media are genuine; otherwise they are as trusted as their origin
   std::string medium;     ///< full path
   std::string target;     ///< as TargetPath returns it
   std::string code_tree;  ///< the code that an SDK belongs to

@@ -9,10 +9,6 @@
 /// and with their manifests. Throws a Refusal only when the directory does not exist.
 Findings CheckMedium(const std::string& dir);
 
-/// The names of the files that a signed medium has more.
-constexpr char kChecksums[] = "SHA256SUMS";
-constexpr char kSignature[] = "SHA256SUMS.sig";
-
 /// Is there a signature, genuine or not?
 bool IsSigned(const std::string& dir);
 

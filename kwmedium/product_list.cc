@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kKeys[] = {"os", "ga", "level", "from", "compress"};
-constexpr const char* kOwnFiles[] = {kMediumTable, kSystemList, "SHA256SUMS", "SHA256SUMS.sig"};
+constexpr const char* kOwnFiles[] = {kMediumTable, kSystemList, kChecksums, kSignature};
 
 bool IsUpdateKind(TEVINSPkg kind) { return kind == SPK || kind == HFX; }
 

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-#include "check.h"
 #include "kwbatch/files.h"
+#include "kwbatch/formats.h"
 #include "kwbatch/paths.h"
 #include "kwbatch/refusal.h"
 #include "sources.h"

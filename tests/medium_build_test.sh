@@ -130,3 +130,38 @@ make ga2 product two/suite.list
 make both service-pack --from ga --to ga2 --name SP1 --level 1
 [[ $(<both/hpux_b/TOC) == code:SPK:SP1:os=hpux_b:ga=R12:level=1$'\n'code:FSP:SP1-BASE ]] || fail 'the pack of media'
 [[ $(xargs <both/OSUNIX) == 'aix_a hpux_b' ]] || fail 'the systems of the pack'
+
+# Only what a known key has signed is installed, if there is a keyring.
+if ! command -v gpg gpgv >/dev/null; then
+  echo 'Not tried: signatures, because there is no gpg.'
+  exit
+fi
+export GNUPGHOME=$work/gnupg
+mkdir -m 700 "$GNUPGHOME"
+for key in one two; do
+  gpg --batch --quiet --passphrase '' --quick-generate-key "$key@example.com" default default never
+  gpg --export "$key@example.com" >"$key.gpg"
+done 2>/dev/null
+run 0 check "$work/ga2" "$work/signed"
+expect_text 'ga2 is not signed'
+expect_refusal 'is not signed.' install "$work/ga2" "$work/signed" --keyring one.gpg
+expect_exit 0 "$KWMEDIUM" sign ga2 --key one@example.com
+expect_exit 0 "$KWMEDIUM" check ga2
+(cd ga2 && sha256sum --quiet --check SHA256SUMS) || fail 'the checksums'
+expect_refusal 'not signed with a key of' install "$work/ga2" "$work/signed" --keyring two.gpg
+while IFS='|' read -r text command; do
+  rm -rf bad
+  cp -r ga2 bad
+  (cd bad && eval "$command")
+  expect_refusal "$text" install "$work/bad" "$work/signed" --keyring one.gpg
+done <<'TEXT'
+was changed after it was signed|printf x | dd of=aix_a/BASE conv=notrunc bs=1 seek=200 status=none
+has the file aix_a/Other, which is not signed|touch aix_a/Other
+cannot be copied|rm hpux_b/BASE
+it is no regular file|ln -sf /etc/passwd OSUNIX
+not signed with a key of|sed -i s/BASE/X/ SHA256SUMS
+not signed with a key of|echo >SHA256SUMS.sig
+TEXT
+[[ ! -e signed ]] || fail 'something was installed from a medium that is not genuine'
+run 0 install "$work/ga2" "$work/signed" --keyring one.gpg
+expect_text 'ga2 is genuine'

@@ -1,0 +1,97 @@
+#include "genuine.h"
+
+#include <kwinstutil/kwinstutil.h>
+
+#include <filesystem>
+#include <set>
+#include <sstream>
+
+#include "console.h"
+#include "files.h"
+#include "formats.h"
+#include "interruption.h"
+#include "paths.h"
+#include "refusal.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// True when the command has succeeded; what it prints is of no use to the user.
+bool Succeeds(const std::string& command) {
+  std::string silent = "{ " + command + "; } >/dev/null 2>&1";
+  TEVUnicodeString unused;
+  const bool done = TEVInsCommande(silent.data(), &unused) == 1;
+  SafePointAfterProgram();
+  return done;
+}
+
+void CopyFile(const fs::path& from, const fs::path& to) {
+  SafePoint();
+  std::error_code error;
+  fs::create_directories(to.parent_path());
+  if (fs::is_regular_file(fs::symlink_status(from)) && fs::copy_file(from, to, error)) return;
+  throw Refusal(from.string() + " cannot be copied to " + to.string() + ": " +
+                (error ? error.message() : "it is no regular file") + ".\n");
+}
+
+/// The files that the list of checksums names: two blanks stand before the path.
+std::set<std::string> ListedFiles(const std::string& list) {
+  std::set<std::string> files;
+  for (const std::string& line : LinesOf(list)) {
+    const size_t blanks = line.find("  ");
+    const fs::path path = blanks == std::string::npos ? "" : line.substr(blanks + 2);
+    RequirePlainPath("path in the list of checksums", path);
+    if (path.is_absolute() || *path.lexically_normal().begin() == "..") {
+      throw Refusal("The list of checksums names " + path.string() + ", outside the medium.\n");
+    }
+    files.insert(path);
+  }
+  return files;
+}
+
+/// Refuses every file of the medium that was not signed.
+void RequireListed(const std::string& medium, std::set<std::string> listed) {
+  listed.insert({kChecksums, kSignature});
+  for (const auto& entry : fs::recursive_directory_iterator(medium)) {
+    if (entry.is_directory() && !entry.is_symlink()) continue;
+    const std::string path = entry.path().lexically_relative(medium);
+    if (listed.count(path) != 0) continue;
+    throw Refusal("The medium " + medium + " has the file " + path + ", which is not signed.\n");
+  }
+}
+
+}  // namespace
+
+std::string GenuineCopy(const std::string& medium, const std::string& keyring) {
+  RequirePlainPath("keyring", keyring);
+  if (!Exists(keyring)) throw Refusal("The keyring " + keyring + " does not exist.\n");
+  if (!IsThere(medium + "/" + kChecksums) || !IsThere(medium + "/" + kSignature)) {
+    throw Refusal("The medium " + medium + " is not signed.\n");
+  }
+  std::string name = "genuine";
+  while (IsThere(name)) name += "+";
+  const std::string copy = fs::absolute(name);
+  for (const char* file : {kChecksums, kSignature}) {
+    CopyFile(medium + "/" + file, copy + "/" + file);
+  }
+  if (!Succeeds("command -v gpgv")) throw Refusal("The program gpgv is missing.\n");
+  if (!Succeeds("gpgv --homedir " + copy + " --keyring " + keyring + " " + copy + "/" + kSignature +
+                " " + copy + "/" + kChecksums)) {
+    throw Refusal("The medium " + medium + " is not signed with a key of " + keyring + ".\n");
+  }
+  const std::set<std::string> listed = ListedFiles(copy + "/" + kChecksums);
+  RequireListed(medium, listed);
+  for (const std::string& file : listed) CopyFile(medium + "/" + file, copy + "/" + file);
+  if (!Succeeds("cd " + copy + " && sha256sum --strict --check " + kChecksums)) {
+    throw Refusal("The medium " + medium + " was changed after it was signed.\n");
+  }
+  Say("The medium " + medium + " is genuine.");
+  return copy;
+}
+
+void TellUnverified(const std::string& medium) {
+  Say("The medium " + medium +
+      (IsThere(medium + "/" + kSignature) ? " is signed, but there is no keyring to verify it with."
+                                          : " is not signed."));
+}
