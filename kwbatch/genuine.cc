@@ -71,7 +71,7 @@ std::string GenuineCopy(const std::string& medium, const std::string& keyring) {
   }
   std::string name = "genuine";
   while (IsThere(name)) name += "+";
-  const std::string copy = fs::absolute(name);
+  std::string copy = fs::absolute(name);
   for (const char* file : {kChecksums, kSignature}) {
     CopyFile(medium + "/" + file, copy + "/" + file);
   }
