@@ -36,11 +36,7 @@ void CheckUpdate(const Request& request, std::vector<Medium> media) {
     return TellInterrupted(media.front(), target);
   }
   const Medium medium = InstallableUpdate(std::move(media), request, hot_fix);
-  if (hot_fix) {
-    UpdateName(medium);
-  } else {
-    RequireSpace(medium, target, PackToInstall(medium, target));
-  }
+  RequireSpace(medium, target, PackToInstall(medium, target));
   Say(medium.dir + " may be installed in " + SystemDir(medium, target) + ".");
 }
 

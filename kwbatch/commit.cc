@@ -1,11 +1,10 @@
 #include "commands.h"
 #include "console.h"
-#include "files.h"
 #include "lock.h"
 #include "log.h"
 #include "pack.h"
-#include "pack_files.h"
 #include "request.h"
+#include "service_pack.h"
 
 void Commit(const Options& options) {
   const Request request = RequestOf(options);
@@ -17,17 +16,8 @@ void Commit(const Options& options) {
     }
     Log log(request.log,
             " commit of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
-    SyncFileSystem(pack.system_dir);
-    pack.Enter(Journal::Phase::kCommitting);
-    for (const std::string& path : KeepSiteFiles(pack)) {
-      const std::string text = "A file that was changed here is kept as " + path + ".\n";
-      Say(text);
-      log.Write(text);
-    }
-    DeleteSaved(pack);
-    DeleteRecords(pack);
-    SyncFileSystem(pack.system_dir);
+    CommitPack(pack, log);
     log.Succeeded();
-    Say("Service pack " + pack.journal.pack + " in " + pack.system_dir + " is committed.");
+    Say(pack.journal.Name() + " in " + pack.system_dir + " is committed.");
   }
 }

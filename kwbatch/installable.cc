@@ -116,12 +116,16 @@ void RequireSamples(const Medium& medium, std::string target) {
   }
 }
 
+/// Was a pack or a hot fix begun? That may be brought to its end, and nothing else.
+bool IsBegun(const std::string& system_dir) {
+  const auto journal = Journal::Read(system_dir);
+  return journal && journal->phase != Journal::Phase::kPending;
+}
+
 /// Asks whether a pack may follow what is installed: a higher level, or the same over damaged
 /// files.
 void RequirePackLevel(const Medium& medium, TEVINSInstToc* installed, std::string system_dir) {
-  // What is begun may be brought to its end, and nothing else.
-  const auto journal = Journal::Read(system_dir);
-  if (journal && journal->phase != Journal::Phase::kPending) return;
+  if (IsBegun(system_dir)) return;
   TEVUnicodeString message;
   const int level = medium.toc->GetSPKLevel(1);
   const int installed_level = installed->GetSPKLevel(1);
@@ -160,6 +164,7 @@ void RequireHotFix(const Medium& medium, const std::string& target) {
   TEVUnicodeString message;
   const auto installed = RequireInstalled(medium, target);
   std::string system_dir = SystemDir(medium, target);
+  if (IsBegun(system_dir)) return;
   RequireNew(
       TEVInsCheckHFXLevel(installed.get(), medium.toc.get(), system_dir.data(), &message) == 1,
       message, installed.get(), medium);

@@ -2,6 +2,7 @@
 
 #include <kb0core/TEVFile.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -92,13 +93,20 @@ std::optional<Journal> Journal::Read(const std::string& system_dir) {
   return journal;
 }
 
+std::string Journal::Name() const {
+  const bool hot_fix = std::all_of(table_lines.begin(), table_lines.end(),
+                                   [](const std::string& l) { return TableLine(l).IsHotFix(); });
+  return (hot_fix ? "Hot fix " : "Service pack ") + pack;
+}
+
 Refusal Journal::NotFinished(const std::string& system_dir) const {
   const char* what = phase == Phase::kUndoing      ? "Repeat undo-service-pack.\n"
                      : phase == Phase::kCommitting ? "Repeat commit.\n"
-                     : phase == Phase::kPending    ? "Commit it, or undo it.\n"
-                     : phase == Phase::kRepairing  ? "Repeat its installation.\n"
-                                                   : "Repeat its installation, or undo it.\n";
-  return Refusal("Service pack " + pack + " in " + system_dir + " is not finished. " + what);
+                     : phase == Phase::kPending    ? "Use commit or undo-service-pack.\n"
+                     : phase == Phase::kRepairing
+                         ? "Repeat its installation.\n"
+                         : "Repeat its installation, or undo-service-pack.\n";
+  return Refusal(Name() + " in " + system_dir + " is not finished. " + what);
 }
 
 void Journal::BeginUndo(const std::string& system_dir) {

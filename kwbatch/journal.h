@@ -8,8 +8,8 @@
 
 #include "refusal.h"
 
-/// What kwbatch knows of the uncommitted service pack of a system directory: its name, its phase,
-/// and what was there before it. There is at most one, in the file control/SPK.journal.
+/// What kwbatch knows of the uncommitted service pack or hot fix of a system directory: its name,
+/// its phase, and what was there before it. There is at most one, in the file control/SPK.journal.
 struct Journal {
   enum class Phase {
     kInstalling,  ///< begun, and not finished
@@ -23,6 +23,9 @@ struct Journal {
   /// whole and no pack has begun to change anything. Throws a Refusal for one that cannot be read
   /// or understood.
   static std::optional<Journal> Read(const std::string& system_dir);
+
+  /// The pack as messages name it: "Service pack SP1" or "Hot fix HF1".
+  std::string Name() const;
 
   /// The refusal of any other work: it says how to finish the pack.
   Refusal NotFinished(const std::string& system_dir) const;

@@ -33,17 +33,6 @@ std::vector<std::string> HotFixesAbove(const Pack& pack) {
   return lines;
 }
 
-/// Refuses a hot fix without room, or that would replace the directory behind a link.
-void RequireHotFixFiles(const Medium& medium, const std::string& target) {
-  const std::vector<Member>& members = MembersOf(ArchiveOf(medium.dir, UpdateName(medium)));
-  RequireRealDirectories(members, target);
-  std::set<std::string> kept;
-  for (const Member& member : members) kept.insert(member.path);
-  Demand demand(target);
-  demand.Add(members, kept);
-  demand.Require();
-}
-
 }  // namespace
 
 void Pack::Enter(Phase phase) {
@@ -60,18 +49,10 @@ Medium InstallableUpdate(std::vector<Medium> media, const Request& request, bool
   if (media.size() > 1) throw Refusal("The medium is for several systems: choose one with --os.\n");
   const std::string system_dir = SystemDir(medium, request.target);
   const auto unfinished = Unfinished::Read(system_dir);
-  // A hot fix is taken up again where it was interrupted.
-  const bool begun =
-      unfinished && hot_fix && unfinished->packages == std::vector<std::string>{UpdateName(medium)};
-  if (unfinished && !begun) throw unfinished->NotFinished(system_dir);
+  if (unfinished) throw unfinished->NotFinished(system_dir);
   if (const auto journal = Journal::Read(system_dir)) CutFragment(system_dir, journal->table_size);
-  try {
-    RequireInstallable(medium, request.target,
-                       CodeTreeFor(medium, request.target, request.code_tree));
-  } catch (const NothingToDo&) {
-    if (!begun) throw;
-  }
-  if (hot_fix) RequireHotFixFiles(medium, request.target);
+  RequireInstallable(medium, request.target,
+                     CodeTreeFor(medium, request.target, request.code_tree));
   return std::move(medium);
 }
 
@@ -89,16 +70,18 @@ std::string UpdateName(const Medium& medium) {
 Pack PackToInstall(const Medium& medium, const std::string& target) {
   Pack pack{SystemDir(medium, target), medium.os, ContentOf(medium.kind).type, {}};
   const std::string name = UpdateName(medium);
+  const bool hot_fix = medium.kind == MediumKind::kHotFix;
   const std::optional<Journal> journal = Journal::Read(pack.system_dir);
   if (journal && (journal->pack != name || journal->phase == Phase::kUndoing ||
-                  journal->phase == Phase::kCommitting)) {
+                  (journal->phase == Phase::kCommitting && !hot_fix))) {
     throw journal->NotFinished(pack.system_dir);
   }
+  if (journal) RequireFilesOf(*journal, medium, pack.system_dir);
   pack.journal = journal ? *journal : JournalOf(medium, name, pack.system_dir);
   const bool installed =
       OpenInstalled(pack.system_dir)->GetSPKLevel(1) == medium.toc->GetSPKLevel(1);
   // A committed pack stays committed: there is nothing to go back to.
-  if (!journal && installed) {
+  if (!journal && installed && !hot_fix) {
     pack.journal.phase = Phase::kRepairing;
     pack.journal.site_files.clear();
     for (const std::string& line : HotFixesAbove(pack)) pack.journal.table_lines.push_back(line);

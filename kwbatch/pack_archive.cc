@@ -1,7 +1,6 @@
 #include "pack_archive.h"
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <set>
 #include <utility>
@@ -17,17 +16,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Refuses a path of a pack's list that leads out of the tree, or that the library would not save.
+/// Refuses a path of a pack's list that leads out of the tree.
 void RequireListedPath(const std::string& path, const std::string& numbers) {
   if (numbers.empty() || numbers[0] < '1' || numbers[0] > '7') {
     throw Refusal("The pack's list says nothing of the file " + path + ".\n");
   }
   const fs::path parts(path);
   const bool leads_out = parts.is_absolute() || std::count(parts.begin(), parts.end(), "..") > 0;
-  const bool not_saved = path.empty() || path.find(' ') != std::string::npos ||
-                         std::isdigit(static_cast<unsigned char>(path[0])) != 0 || path[0] == '-' ||
-                         path[0] == '+';
-  if (leads_out || not_saved) {
+  if (leads_out || path.empty()) {
     throw Refusal("The pack lists the path \"" + path + "\", which cannot be replaced safely.\n");
   }
 }
@@ -91,13 +87,31 @@ std::set<std::string> FilesOf(const Contents& contents, const std::string& root,
   return files;
 }
 
+/// The directory in which the archive is unpacked.
+std::string TreeOf(const std::string& system_dir, const std::string& root) {
+  return root.empty() ? system_dir : fs::path(system_dir).parent_path().string();
+}
+
 }  // namespace
+
+void RequireFilesOf(const Journal& journal, const Medium& medium, const std::string& system_dir) {
+  const std::string root = IsSdk(medium) ? "" : medium.os + "/";
+  const Contents contents = ReadArchive(ArchiveOf(medium.dir, journal.pack), root, journal.pack);
+  RequireRealDirectories(contents.members, TreeOf(system_dir, root));
+  std::set<std::string> known(journal.saved_files.begin(), journal.saved_files.end());
+  known.insert(journal.new_files.begin(), journal.new_files.end());
+  for (const std::string& file : FilesOf(contents, root, journal.pack)) {
+    if (known.count(file) != 0) continue;
+    throw Refusal("The medium " + medium.dir +
+                  " has other files than the one that was begun with, " + file +
+                  " for example. Take that back first with undo-service-pack.\n");
+  }
+}
 
 Journal JournalOf(const Medium& medium, const std::string& name, const std::string& system_dir) {
   const std::string root = IsSdk(medium) ? "" : medium.os + "/";
   const Contents contents = ReadArchive(ArchiveOf(medium.dir, name), root, name);
-  RequireRealDirectories(contents.members,
-                         root.empty() ? system_dir : fs::path(system_dir).parent_path().string());
+  RequireRealDirectories(contents.members, TreeOf(system_dir, root));
   Journal journal;
   journal.pack = name;
   journal.table_size = static_cast<int64_t>(fs::file_size(system_dir + "/" + kPresent));

@@ -10,4 +10,8 @@
 /// for an archive whose installation could not be undone. Changes nothing.
 Journal JournalOf(const Medium& medium, const std::string& name, const std::string& system_dir);
 
+/// Refuses the medium of a pack that was begun with another one: the files that it adds have not
+/// been set aside. Refuses symbolic links in the place of directories, too.
+void RequireFilesOf(const Journal& journal, const Medium& medium, const std::string& system_dir);
+
 #endif  // KWBATCH_PACK_ARCHIVE_H_

@@ -17,57 +17,60 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The directory below the library's temporary one in which it unpacks and looks for the list of a
-/// pack. It must be ours alone, since its name can be guessed.
-class ListDirectory {
+/// The list of a pack's saved files, for the library to read. It looks for the list in the
+/// directory of an operating system below its temporary one. Here that is a directory of this run
+/// alone.
+class SavedList {
  public:
-  ListDirectory(const std::string& os, TEVINSType type) {
-    char temp[kPathSize] = "";
-    TEVInsGetTempDir(temp);
-    if (type != zeb2) Add(std::string(temp) + "/" + os);
-    Add((type == zeb2 ? std::string(temp) : path()) + "/" + kControl);
+  explicit SavedList(const Journal& journal) {
+    TEVInsGetTempDir(library_dir_);
+    system_ = fs::path(dir()).lexically_relative(library_dir_);
+    member_ = system_ + "/" + kControl + "/" + journal.pack;
+    fs::create_directory(dir() + "/" + kControl);
+    std::string text;
+    for (const std::string& file : journal.saved_files) text += file + "\n";
+    Write(dir() + "/" + kControl + "/" + journal.pack, text);
   }
-  ~ListDirectory() {
-    for (auto level = levels_.rbegin(); level != levels_.rend(); ++level) rmdir(level->c_str());
-  }
-  ListDirectory(const ListDirectory&) = delete;
-  ListDirectory& operator=(const ListDirectory&) = delete;
 
-  const std::string& path() const { return levels_.back(); }
+  /// Puts the list into an archive beside it.
+  void Pack(const std::string& pack) const {
+    std::string command =
+        std::string("cd ") + library_dir_ + " && tar -cf " + dir() + "/" + pack + " " + member_;
+    TEVUnicodeString message;
+    if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
+  }
+
+  const std::string& dir() const { return own_.path(); }
+  /// What the library takes for the name of the operating system.
+  const char* system() const { return system_.c_str(); }
 
  private:
-  void Add(const std::string& level) {
-    struct stat info {};
-    mkdir(level.c_str(), 0700);
-    if (lstat(level.c_str(), &info) != 0 || !S_ISDIR(info.st_mode) || info.st_uid != geteuid() ||
-        (info.st_mode & 022) != 0) {
-      throw Refusal("The directory " + level + " is not ours alone. Remove it and try again.\n");
-    }
-    levels_.push_back(level);
-  }
-
-  std::vector<std::string> levels_;
+  const TemporaryDirectory own_;
+  char library_dir_[kPathSize] = "";
+  std::string system_;
+  std::string member_;
 };
 
 }  // namespace
 
 /// What an earlier try has put in the place of a saved file is removed first: to save that would
 /// lose the saved one.
-void Save(const Medium& medium, const Pack& pack) {
+void Save(const Pack& pack) {
   for (const std::string& file : pack.journal.new_files) Delete(pack.In(file));
   for (const std::string& file : pack.journal.saved_files) {
     if (IsThere(pack.In(file) + kSavedSuffix)) Delete(pack.In(file));
   }
-  const ListDirectory list(pack.os, pack.type);
+  const SavedList list(pack.journal);
+  list.Pack(pack.journal.pack);
   std::string name = pack.journal.pack;
-  std::string source = medium.dir;
+  std::string source = list.dir();
   std::string system_dir = pack.system_dir;
   TEVUnicodeString message;
-  if (TEVInsSaveFilesBeforeInstall(name.data(), source.data(), system_dir.data(), pack.os.c_str(),
-                                   pack.type, message) != 0) {
+  if (TEVInsSaveFilesBeforeInstall(name.data(), source.data(), system_dir.data(), list.system(),
+                                   code, message) != 0) {
     throw Refused(message);
   }
-  // The library saves what the list names, which its own control files are not.
+  // The library takes no file whose name begins with a number or holds a blank.
   for (const std::string& file : pack.journal.saved_files) {
     SafePoint();
     const std::string path = pack.In(file);
@@ -80,15 +83,11 @@ void Save(const Medium& medium, const Pack& pack) {
 /// What can be deleted goes first, since all else may need the room.
 void Restore(const Pack& pack) {
   for (const std::string& file : pack.journal.new_files) Delete(pack.In(file));
-  const ListDirectory list(pack.os, pack.type);
-  std::string text;
-  for (const std::string& file : pack.journal.saved_files) text += file + "\n";
-  Write(list.path() + "/" + pack.journal.pack, text);
+  const SavedList list(pack.journal);
   std::string system_dir = pack.system_dir;
   std::string name = pack.journal.pack;
   TEVUnicodeString message;
-  if (TEVInsRestoreFiles(system_dir.data(), name.data(), pack.os.c_str(), pack.type, message) !=
-      0) {
+  if (TEVInsRestoreFiles(system_dir.data(), name.data(), list.system(), code, message) != 0) {
     throw Refused(message);
   }
   const std::vector<std::string>& dirs = pack.journal.new_directories;

@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "medium.h"
 #include "pack.h"
 
 /// \file
@@ -15,7 +14,7 @@
 /// an interruption, and throw a Refusal.
 
 /// Sets aside what the pack replaces.
-void Save(const Medium& medium, const Pack& pack);
+void Save(const Pack& pack);
 
 /// Puts back what was set aside, and removes what was not there before.
 void Restore(const Pack& pack);

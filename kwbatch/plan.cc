@@ -154,12 +154,15 @@ Plan MakePlan(const Request& request, std::vector<Medium> media) {
   for (const Medium& pack : plan.packs) {
     demand.Add(MembersOf(ArchiveOf(pack.dir, UpdateName(pack))));
   }
+  if (!request.satellite.empty()) {
+    RequireSatellite(request.satellite, target, request.ports.registered);
+    const std::vector<Member> members = SatelliteMembers(request.satellite);
+    RequireRealDirectories(members, target);
+    demand.Add(members);
+  }
   demand.Require();
   if (plan.media.front().kind == MediumKind::kProducts) {
     plan.registration = PlanRegistration(request.ports, SystemDir(plan.media.front(), target));
-  }
-  if (!request.satellite.empty()) {
-    RequireSatellite(request.satellite, target, request.ports.registered);
   }
   return plan;
 }

@@ -70,15 +70,19 @@ Ports WantedPorts(const Ports& given) {
   return wanted;
 }
 
+bool IsOurs(const std::string& service) {
+  return std::count(std::begin(kOurServices), std::end(kOurServices), service) > 0;
+}
+
 /// Does another service have the port in the services file?
-bool IsOfAnother(int port) {
+template <typename IsOwn>
+bool IsOfAnother(int port, IsOwn is_own) {
   for (const std::string& line : LinesOf(SystemFile(kServices))) {
     std::istringstream words(line);
     std::string name;
     std::string entry;
     const bool has_port = words >> name >> entry && entry == std::to_string(port) + "/tcp";
-    const bool ours = std::count(std::begin(kOurServices), std::end(kOurServices), name) > 0;
-    if (has_port && name.front() != '#' && !ours) return true;
+    if (has_port && name.front() != '#' && !is_own(name)) return true;
   }
   return false;
 }
@@ -113,7 +117,7 @@ Ports FreePorts(const Ports& wanted) {
     if (status == -1 || (status == 0 && !replaced)) throw Refused(message);
     found = true;
     for (int* port : {&ports.bulletin_board, &ports.run, &ports.broker}) {
-      if (!IsOfAnother(*port) && !IsTakenByIPv6(*port)) continue;
+      if (!IsOfAnother(*port, IsOurs) && !IsTakenByIPv6(*port)) continue;
       ++*port;
       found = false;
     }
@@ -190,6 +194,21 @@ int GivenPort(const Options& options, OptionName name) {
 }
 
 }  // namespace
+
+int UsablePort(int wanted, bool given, bool next_free, std::set<int>& chosen) {
+  TEVUnicodeString message;
+  if (CheckValuePortMinMax(wanted, &message) != 1) return wanted;
+  const auto none = [](const std::string& /*service*/) { return false; };
+  int port = GetFreePort(wanted, &message, UINT16_MAX);
+  while (port != -1 &&
+         (chosen.count(port) != 0 || IsOfAnother(port, none) || IsTakenByIPv6(port))) {
+    port = GetFreePort(port + 1, &message, UINT16_MAX);
+  }
+  if (port == -1) throw Refused(message);
+  chosen.insert(port);
+  TellReplaced(wanted, port, given, next_free);
+  return port;
+}
 
 PortWishes PortWishesOf(const Options& options) {
   PortWishes wishes;

@@ -1,6 +1,7 @@
 #ifndef KWBATCH_PORTS_H_
 #define KWBATCH_PORTS_H_
 
+#include <set>
 #include <string>
 
 #include "log.h"
@@ -20,6 +21,12 @@ struct PortWishes {
   bool next_free = false;  ///< in the place of a given one that is taken
   Ports given;             ///< the ports that options name; 0 for the others
 };
+
+/// A port of a server that the services file will not name: the wanted one, or the next one that
+/// nobody has and that is not in `chosen`, to which it is added. Says when it is replaced. Throws a
+/// Refusal when the user has given it and does not want another one. An illegal one is returned as
+/// it is.
+int UsablePort(int wanted, bool given, bool next_free, std::set<int>& chosen);
 
 /// For a command that takes the options of ports. Throws a UsageError.
 PortWishes PortWishesOf(const Options& options);

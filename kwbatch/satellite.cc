@@ -22,6 +22,12 @@ void RequireSatellite(const std::string& medium, const std::string& target, bool
   RequireWritable(SystemFile(kInetd));
 }
 
+std::vector<Member> SatelliteMembers(const std::string& medium) {
+  std::vector<Member> members = MembersOf(MediumPath(medium) + "/" + kSatelliteArchive);
+  for (Member& member : members) member.path.insert(0, "satellite/");
+  return members;
+}
+
 void InstallSatellite(const std::string& medium, const std::string& target, bool registered) {
   std::string dir = target + "/satellite";
   std::string created = dir;

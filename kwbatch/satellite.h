@@ -2,10 +2,16 @@
 #define KWBATCH_SATELLITE_H_
 
 #include <string>
+#include <vector>
+
+#include "archive.h"
 
 /// Throws a Refusal when the rendering satellite of the medium `medium` cannot be installed, and
 /// `registered` if that is wanted.
 void RequireSatellite(const std::string& medium, const std::string& target, bool registered);
+
+/// What its archive unpacks, with paths below the target. Throws a Refusal.
+std::vector<Member> SatelliteMembers(const std::string& medium);
 
 /// Installs the rendering satellite of the medium `medium` in TARGET/satellite, and registers it if
 /// that is wanted. Throws a Refusal.

@@ -17,6 +17,19 @@
 #include "request.h"
 #include "setup.h"
 #include "transfer.h"
+#include "tree.h"
+
+void ReplaceFiles(const Medium& medium, const std::string& target, Pack& pack, Log& log) {
+  if (pack.journal.phase != Journal::Phase::kRepairing) Save(pack);
+  PruneTable(pack);
+  SafePoint();
+  const int languages = InstalledLanguages(medium, target);
+  {
+    const DirectoryModes kept(pack);
+    Transfer(medium, pack.journal.pack, target, languages, log);
+  }
+  SafePoint();
+}
 
 bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Log& log) {
   const bool repair = pack.journal.phase == Journal::Phase::kRepairing;
@@ -28,21 +41,11 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
     log.Write(text);
   }
   MarkInterrupted(pack);
-  if (!repair) {
-    RecordPending(pack);
-    Save(medium, pack);
-  }
+  if (!repair) RecordPending(pack);
   for (const std::string& line : pack.journal.table_lines) {
     if (TableLine(line).IsHotFix()) Say("To be installed again afterwards: " + line);
   }
-  PruneTable(pack);
-  SafePoint();
-  const int languages = InstalledLanguages(medium, target);
-  {
-    const DirectoryModes kept(pack);
-    Transfer(medium, pack.journal.pack, target, languages, log);
-  }
-  SafePoint();
+  ReplaceFiles(medium, target, pack, log);
   RequireWritten(pack.system_dir, IsSdk(medium), {pack.journal.pack}, log);
   // While its programs fail, the pack is not installed: the same command installs it again.
   if (!RunPostInstall(pack.system_dir, pack.journal.pack, log)) return false;
@@ -59,6 +62,33 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
   Say("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
       (repair ? "." : ", and waits for a commit."));
   return true;
+}
+
+void CommitPack(Pack& pack, Log& log) {
+  SyncFileSystem(pack.system_dir);
+  pack.Enter(Journal::Phase::kCommitting);
+  for (const std::string& path : KeepSiteFiles(pack)) {
+    const std::string text = "A file that was changed here is kept as " + path + ".\n";
+    Say(text);
+    log.Write(text);
+  }
+  DeleteSaved(pack);
+  DeleteLeftovers(pack);
+  DeleteRecords(pack);
+  SyncFileSystem(pack.system_dir);
+}
+
+void TakeBack(Pack& pack) {
+  pack.journal.BeginUndo(pack.system_dir);
+  CutFragment(pack.system_dir, pack.journal.table_size);
+  SafePoint();
+  Restore(pack);
+  SafePoint();
+  PruneTable(pack);
+  DeleteLeftovers(pack);
+  SyncFileSystem(pack.system_dir);
+  DeleteRecords(pack);
+  SyncFileSystem(pack.system_dir);
 }
 
 void ServicePack(const Options& options) {

@@ -7,6 +7,15 @@
 #include "medium.h"
 #include "pack.h"
 
+/// Sets aside what a pack or hot fix replaces, and unpacks its archive. It must have its journal.
+void ReplaceFiles(const Medium& medium, const std::string& target, Pack& pack, Log& log);
+
+/// Ends what is installed: it can no longer be taken back. Says which files of the site are kept.
+void CommitPack(Pack& pack, Log& log);
+
+/// Takes it out, so that the system directory is as it was before.
+void TakeBack(Pack& pack);
+
 /// Installs a pack, or finishes its installation, and says so. False when a post-install program
 /// has failed; the pack is not finished then. The same call may follow, after a Refusal too.
 bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Log& log);

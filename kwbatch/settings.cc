@@ -3,11 +3,13 @@
 #include <kwinstutil/kwinstutil.h>
 
 #include <cstring>
+#include <set>
 #include <vector>
 
 #include "console.h"
 #include "options.h"
 #include "paths.h"
+#include "ports.h"
 #include "refusal.h"
 
 namespace {
@@ -52,6 +54,12 @@ void ExportJava(const Options& options) {
   Require(ExportJavaHome(home, &message), message, "--java-home");
 }
 
+/// The port that an option gives, or the usual one.
+int PortOf(const Options& options, OptionName name, int usual, std::set<int>& chosen) {
+  return UsablePort(options.Number(name, usual), options.Has(name), options.Has(option::kNextFree),
+                    chosen);
+}
+
 MetaSearchData MetaSearchSettings(const Options& options, std::vector<std::string>& texts) {
   const auto text = [&](OptionName name) -> const char* {
     if (!options.Has(name)) return nullptr;
@@ -66,7 +74,8 @@ MetaSearchData MetaSearchSettings(const Options& options, std::vector<std::strin
   }
   std::strcpy(data.language, language.c_str());
   data.server = text(option::kMetasearchServer);
-  data.port = options.Number(option::kMetasearchPort, 20060);
+  std::set<int> ports;
+  data.port = PortOf(options, option::kMetasearchPort, 20060, ports);
   data.mailServer = text(option::kMetasearchMailServer);
   data.mailPort = options.Number(option::kMetasearchMailPort, 25);
   data.proxyHost = text(option::kMetasearchProxyHost);
@@ -75,7 +84,7 @@ MetaSearchData MetaSearchSettings(const Options& options, std::vector<std::strin
   data.proxyPassword = text(option::kMetasearchProxyPassword);
   data.proxyPort = options.Number(option::kMetasearchProxyPort, 8080);
   data.proxyDomains = text(option::kMetasearchProxyDomains);
-  data.snapshotsPort = options.Number(option::kMetasearchSnapshotsPort, 20061);
+  data.snapshotsPort = PortOf(options, option::kMetasearchSnapshotsPort, 20061, ports);
   data.email = text(option::kMetasearchEmail);
   data.time = text(option::kMetasearchTime);
   return data;
@@ -83,7 +92,8 @@ MetaSearchData MetaSearchSettings(const Options& options, std::vector<std::strin
 
 void ExportOrb(const Options& options) {
   TEVUnicodeString message;
-  const int port = options.Number(option::kOrbPort, 0);
+  std::set<int> ports;
+  const int port = PortOf(options, option::kOrbPort, 0, ports);
   const int base = options.Number(option::kOrbBase, port + 1);
   if (TEVInsCheckOrbixValue(port, base, options.Number(option::kOrbRange, 50),
                             options.Has(option::kOrbBoot), &message) != 1) {

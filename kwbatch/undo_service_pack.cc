@@ -1,30 +1,10 @@
 #include "commands.h"
 #include "console.h"
-#include "files.h"
-#include "interruption.h"
 #include "lock.h"
 #include "log.h"
 #include "pack.h"
-#include "pack_files.h"
 #include "request.h"
-#include "tree.h"
-
-namespace {
-
-void Undo(Pack& pack) {
-  pack.journal.BeginUndo(pack.system_dir);
-  CutFragment(pack.system_dir, pack.journal.table_size);
-  SafePoint();
-  Restore(pack);
-  SafePoint();
-  PruneTable(pack);
-  DeleteLeftovers(pack);
-  SyncFileSystem(pack.system_dir);
-  DeleteRecords(pack);
-  SyncFileSystem(pack.system_dir);
-}
-
-}  // namespace
+#include "service_pack.h"
 
 void UndoServicePack(const Options& options) {
   const Request request = RequestOf(options);
@@ -36,8 +16,8 @@ void UndoServicePack(const Options& options) {
     }
     Log log(request.log,
             " undo of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
-    Undo(pack);
+    TakeBack(pack);
     log.Succeeded();
-    Say("Service pack " + pack.journal.pack + " is taken out of " + pack.system_dir + ".");
+    Say(pack.journal.Name() + " is taken out of " + pack.system_dir + ".");
   }
 }

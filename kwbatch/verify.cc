@@ -1,3 +1,4 @@
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,7 +15,7 @@
 namespace {
 
 /// Reports and logs the damages of one system directory. True when it is intact.
-bool VerifySystem(const std::string& system_dir, bool sdk, Log& log) {
+bool VerifySystem(const std::string& system_dir, bool sdk, Log* log) {
   const auto installed = OpenInstalled(system_dir);
   if (installed == nullptr) {
     Show("Nothing is installed in " + system_dir + ".");
@@ -25,8 +26,18 @@ bool VerifySystem(const std::string& system_dir, bool sdk, Log& log) {
   tell(system_dir + ":");
   if (!integrity.report.empty()) tell(integrity.report);
   tell(integrity.verdict);
-  log.Write(system_dir + ":\n" + integrity.report + integrity.verdict);
+  if (log != nullptr) log->Write(system_dir + ":\n" + integrity.report + integrity.verdict);
   return integrity.status == 0;
+}
+
+/// Null when there can be no log: a tree may be verified that this user may only read.
+std::unique_ptr<Log> OpenLog(const Request& request) {
+  try {
+    return std::make_unique<Log>(request.log, " verification of " + request.target + "\n");
+  } catch (const Refusal& reason) {
+    Complain(std::string("Warning: this is not logged. ") + reason.what());
+    return nullptr;
+  }
 }
 
 }  // namespace
@@ -35,14 +46,15 @@ void Verify(const Options& options) {
   const Request request = RequestOf(options);
   const Lock lock(request.target, Lock::Kind::kReading, request);
   const std::vector<std::string> dirs = SystemDirs(request.target, request.os);
-  Log log(request.log, " verification of " + request.target + "\n");
+  const auto log = OpenLog(request);
   bool intact = true;
   for (const std::string& dir : dirs) {
     SafePoint();
-    intact = VerifySystem(dir, dir == request.target, log) && intact;
+    intact = VerifySystem(dir, dir == request.target, log.get()) && intact;
   }
   SafePoint();
-  if (intact) return log.Succeeded();
+  if (intact && log != nullptr) log->Succeeded();
+  if (intact) return;
   throw Refusal("The installation in " + request.target +
                 " is damaged. Put the files back with: kwbatch repair MEDIUM " + request.target +
                 "\n");

@@ -1,6 +1,7 @@
 #ifndef KWINSTUTIL_TESTS_FAULTY_RUN_H_
 #define KWINSTUTIL_TESTS_FAULTY_RUN_H_
 
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/mman.h>
 #include <sys/ptrace.h>
@@ -17,14 +18,16 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <utility>
 
 /// Runs an operation in a child process, and lets one system call of it or of its programs go
 /// wrong. It is traced: so calls are met that are made within the C library, and those of programs.
 class FaultyRun {
  public:
   /// How the call goes wrong, besides with an errno: so do all later calls of that number and all
-  /// of programs; all processes are killed before it; after it, and after half of it if it writes.
-  enum Effect : int { kForEver = 1 << 16, kKilled = -1, kTorn = -2 };
+  /// of programs; all processes are killed before it; after it, and after half of it if it writes;
+  /// before it, and only calls count that may change a file.
+  enum Effect : int { kForEver = 1 << 16, kKilled = -1, kTorn = -2, kKilledBeforeChange = -3 };
 
   /// The `call`th one from 1, of the operation itself or of its programs.
   FaultyRun(int call, int effect, bool in_program, const std::function<std::string()>& operation)
@@ -50,6 +53,7 @@ class FaultyRun {
   }
 
   bool reached = false;  ///< the call was made
+  int calls = 0;         ///< that were counted
   std::string told;      ///< what the operation returned; empty if it was killed
 
  private:
@@ -70,6 +74,28 @@ class FaultyRun {
                              SYS_sigaltstack, SYS_getpid, SYS_gettid, SYS_exit_group})
       if (info.entry.nr == static_cast<uint64_t>(other)) return false;
     return process != root_ || info.entry.nr != SYS_write || info.entry.args[0] > STDERR_FILENO;
+  }
+
+  /// Output counts when it goes to a file.
+  static bool MayChange(pid_t process, const __ptrace_syscall_info& info) {
+    const auto [nr, args] = std::pair(info.entry.nr, info.entry.args);
+    for (const long output : {SYS_write, SYS_writev, SYS_pwrite64}) {
+      if (nr != static_cast<uint64_t>(output)) continue;
+      char file[16] = "";
+      const std::string link =
+          "/proc/" + std::to_string(process) + "/fd/" + std::to_string(args[0]);
+      return readlink(link.c_str(), file, sizeof(file) - 1) > 0 && file[0] == '/' &&
+             std::string(file).rfind("/dev/", 0) != 0;
+    }
+    if (nr == SYS_openat) return (args[2] & O_CREAT) != 0;
+    for (const long other :
+         {SYS_rename,   SYS_renameat,       SYS_renameat2, SYS_unlink,   SYS_unlinkat,
+          SYS_mkdir,    SYS_mkdirat,        SYS_rmdir,     SYS_link,     SYS_linkat,
+          SYS_symlink,  SYS_symlinkat,      SYS_chmod,     SYS_fchmod,   SYS_fchmodat,
+          SYS_fchown,   SYS_fchownat,       SYS_lchown,    SYS_truncate, SYS_ftruncate,
+          SYS_sendfile, SYS_copy_file_range})
+      if (nr == static_cast<uint64_t>(other)) return true;
+    return false;
   }
 
   /// Watches all processes until they have ended.
@@ -95,13 +121,14 @@ class FaultyRun {
 
   void AtEntry(pid_t process, const __ptrace_syscall_info& info) {
     const bool writes = info.entry.nr == SYS_write || info.entry.nr == SYS_writev;
-    const bool counts = (process != root_) == in_program_ && ++calls_ == call_;
+    const bool tried = effect_ != kKilledBeforeChange || MayChange(process, info);
+    const bool counts = tried && (process != root_) == in_program_ && ++calls == call_;
     const bool again =
         reached && effect_ >= kForEver && (info.entry.nr == number_ || process != root_);
     if (!counts && !again) return;
     reached = true;
     number_ = info.entry.nr;
-    if (effect_ == kKilled) kill(-root_, SIGKILL);
+    if (effect_ == kKilled || effect_ == kKilledBeforeChange) kill(-root_, SIGKILL);
     // A full disk takes the first half, too.
     if (counts && writes && info.entry.args[2] > 1 && (effect_ == kTorn || effect_ >= kForEver)) {
       Set(process, offsetof(user_regs_struct, rdx), info.entry.args[2] / 2);
@@ -127,7 +154,6 @@ class FaultyRun {
   const int call_, effect_;
   const bool in_program_;
   pid_t root_ = 0;
-  int calls_ = 0;
   bool ended_ = false;           ///< the operation has
   uint64_t number_ = 0;          ///< of the call that went wrong
   std::map<pid_t, int> errors_;  ///< what the call will return in which a process is

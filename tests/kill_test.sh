@@ -1,0 +1,86 @@
+#!/usr/bin/env bash
+# kill_test.sh BUILDDIR SOURCEDIR: kwbatch and its programs are killed before calls that change files.
+# The same command, or an undo, then leads to where a run without a kill leads. All calls are tried
+# if KWINSTUTIL_ALL_KILLS is set, otherwise a few of each command.
+# shellcheck source=tests/helpers.sh
+source "$2/tests/helpers.sh"
+kill_at=$1/tests/kill_at
+[[ -x $kill_at ]] || skip 'processes cannot be traced on this machine'
+
+# In a /tmp of its own, where the killed ones leave their directories.
+if [[ ! ${KILL_TEST-} ]]; then
+  unshare -m true 2>/dev/null || skip 'this user may not mount anything'
+  # shellcheck disable=SC2016
+  KILL_TEST=1 TMPDIR=/tmp exec unshare -m bash -ec 'mount -t tmpfs none /tmp && exec bash "$@"' - "$0" "$@"
+fi
+
+# state: all that kwbatch may change.
+state() {
+  content tree
+  tail -n +1 "$work"/scratch/[!k]*
+}
+# use STATE: begins where `keep STATE` was called.
+keep() { mkdir "$work/$1" && cp -a "$work/tree" "$work/scratch" "$work/$1"; }
+use() { rm -rf "$work/tree" "$work/scratch" && cp -a "$work/$1/." "$work"; }
+
+kills=0
+# sweep STATE AGAIN ARGUMENT...: kills a command everywhere. Then it is repeated, or AGAIN is run if
+# that is not empty, and the state is that of a run without a kill, or STATE after an undo.
+sweep() {
+  local begin=$1 again=$2 calls call step
+  shift 2
+  set -- "$@" --scratch "$work/scratch"
+  use "$begin"
+  [[ $again != undo* ]] || state >"$work/wanted"
+  calls=$(cd "$work" && "$kill_at" 1000000 "$kwbatch" "$@") || (($? == 3)) || fail "not traced: $*"
+  if [[ ! $again ]]; then
+    state >"$work/wanted"
+    use "$begin"
+    ! state | diff -q "$work/wanted" - >"$work/output" || fail "nothing was done: $*"
+  fi
+  step=${KWINSTUTIL_ALL_KILLS:-$((calls / 6 + 1))}
+  for ((call = step; call <= calls; call += step)); do
+    use "$begin"
+    (cd "$work" && "$kill_at" "$call" "$kwbatch" "$@" >/dev/null) || break
+    if [[ $again ]]; then
+      run_again "$again" "$work/tree" --scratch "$work/scratch"
+    else
+      run_again "$@"
+    fi
+    state >"$work/got"
+    diff "$work/wanted" "$work/got" >"$work/output" || fail "after a kill before change $call: $*"
+    ((++kills))
+  done
+}
+# run_again ARGUMENT...: there may be nothing left to do.
+run_again() {
+  "$kwbatch" "$@" >"$work/output" 2>&1 || (($? == 3)) ||
+    fail "status $? after a kill before change $call: $*"
+}
+
+take_media
+echo 'foreign 7000/tcp' >"$work/scratch/services"
+echo 'foreign stream tcp nowait root /bin/true' >"$work/scratch/inetd.conf"
+mkdir "$work/tree"
+keep empty
+sweep empty '' install "$media/ga/aix_a" "$work/tree" --languages French
+echo ours >"$system/code/bin/TEVModeler"
+echo ours >"$system/code/own"
+keep products
+sweep products undo-service-pack service-pack "$media/sp1" "$work/tree"
+sweep products '' service-pack "$media/sp1" "$work/tree"
+use products
+run 0 service-pack "$media/sp1" "$work/tree"
+keep pending
+sweep pending '' undo-service-pack "$work/tree"
+sweep pending '' commit "$work/tree"
+use pending
+run 0 commit "$work/tree"
+keep committed
+sweep committed undo-service-pack hot-fix "$media/hf1" "$work/tree"
+sweep committed '' hot-fix "$media/hf1" "$work/tree"
+use committed
+rm "$system/code/bin/TEVDrafting" "$system/code/data/Drafting/"*
+keep damaged
+sweep damaged '' repair "$media/ga/aix_a" "$work/tree"
+echo "$kills kills"
