@@ -36,6 +36,9 @@ void HotFix(const Options& options);
 /// "tasks": lists the programs that run from the target, and stops them with --stop.
 void Tasks(const Options& options);
 
+/// "status": shows what a tree or a medium holds. Throws a NothingToDo when there is nothing.
+void Status(const Options& options);
+
 /// "environment": prints the path of a configuration's environment file.
 void Environment(const Options& options);
 

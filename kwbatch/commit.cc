@@ -18,6 +18,6 @@ void Commit(const Options& options) {
             " commit of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
     CommitPack(pack, log);
     log.Succeeded();
-    Say(pack.journal.Name() + " in " + pack.system_dir + " is committed.");
+    SayDone(pack.journal.Name() + " in " + pack.system_dir + " is committed.");
   }
 }

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "json.h"
 #include "refusal.h"
 
 namespace {
@@ -61,14 +62,26 @@ void BeQuiet() {
   shown = copy;
 }
 
-void Say(const std::string& text) { Print(WithoutNewline(text), stdout); }
+void Say(const std::string& text) {
+  AddMessage(text);
+  Print(WithoutNewline(text), stdout);
+}
 
-void Show(const std::string& text) { Print(WithoutNewline(text), shown); }
+void SayDone(const std::string& text) {
+  Say(text);
+  NoteDone(text);
+}
+
+void Show(const std::string& text) {
+  if (IsReporting()) return AddMessage(text);
+  Print(WithoutNewline(text), shown);
+}
 
 bool AllIsPrinted() { return IsPrinted(stdout) && IsPrinted(shown); }
 
 void Complain(const std::string& text) {
   constexpr int kRed = 31;
+  AddMessage(text);
   Print(Coloured(WithoutNewline(text), kRed, stderr), stderr);
 }
 

@@ -6,8 +6,14 @@
 /// From now on only Show writes to standard output. The output of programs is discarded too.
 void BeQuiet();
 
+/// What is printed also goes into the report for a machine (json.h) while there is one. Nothing but
+/// that report and errors is printed then.
+
 /// Prints a library message or a line of our own, with a newline at its end.
 void Say(const std::string& text);
+
+/// Like Say, for what the command has changed.
+void SayDone(const std::string& text);
 
 /// Like Say, even after BeQuiet: for what the user asked for.
 void Show(const std::string& text);

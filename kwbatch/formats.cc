@@ -20,10 +20,15 @@ bool IsCompressed(const std::string& archive) {
 
 TableLine::TableLine(const std::string& line) {
   std::istringstream fields(line);
-  std::string type;
   std::getline(fields, type, ':');
   std::getline(fields, kind, ':');
   std::getline(fields, name, ':');
+  for (std::string field; std::getline(fields, field, ':');) {
+    const size_t equals = field.find('=') + 1;
+    if (field.rfind("ga=", 0) == 0) level_of_all = field.substr(equals);
+    if (field.rfind("level=", 0) == 0)
+      level = static_cast<int>(std::strtol(field.c_str() + equals, nullptr, 10));
+  }
 }
 
 std::string SystemFile(const std::string& name) {

@@ -35,12 +35,15 @@ constexpr char kSdkPointer[] = "ZEBDir.txt";    ///< in the code tree: the path 
 constexpr char kTarErrors[] = "ErrorTar.log";   ///< what tar printed in a failed transfer
 constexpr char kTransferErrors[] = "TEVInsErrorTransfer.log";  ///< its side log
 
+constexpr char kUninstalling[] = "Uninstall.unfinished";  ///< kwbatch's own record
+
 // In a system directory of a tree.
 constexpr char kControl[] = "control";
 constexpr char kPresent[] = "control/PRESENT";  ///< the table of what is installed
 constexpr char kPresentCopy[] = "PRESENT.";     ///< how the names of its copies beside it begin
 constexpr char kUnfinished[] = "control/Install.unfinished";  ///< kwbatch's own record
 constexpr char kPackJournal[] = "control/SPK.journal";        ///< likewise, of a service pack
+constexpr char kRegistered[] = "control/Registered";          ///< likewise, of the system's files
 constexpr char kPendingPacks[] = "control/SPK.list";
 constexpr char kInterruptedPack[] = "control/SPKInterrupted.txt";
 constexpr char kPackPrograms[] = "control/CAFPost.list";  ///< a pack's post-install programs
@@ -60,8 +63,11 @@ struct TableLine {
   bool IsUpdate() const { return kind == "SPK" || kind == "FSP" || IsHotFix(); }
   bool IsHotFix() const { return kind == "HFX"; }
 
+  std::string type;
   std::string kind;
   std::string name;
+  int level = 1;             ///< of a service pack or a hot fix
+  std::string level_of_all;  ///< of the general availability, where the line has it
 };
 
 /// The one of `files` that a line of the library's report of damaged files, "FILE: DAMAGE", is
@@ -89,6 +95,9 @@ constexpr int kEverything = 127;  ///< all languages and the fonts
 // In the system.
 constexpr char kServices[] = "services";
 constexpr char kInetd[] = "inetd.conf";
+constexpr const char* kOurServices[] = {"morvelk7bb", "morvelk7run", "TEVDeviceBroker"};
+constexpr char kDaemonService[] = "morvelk7run";
+constexpr char kSatelliteService[] = "mi-ray";
 constexpr char kRewritten[] = ".tmp";  ///< suffix of one of the two while it is rewritten
 constexpr char kWhole[] = ".whole";    ///< of what is being written over a file in its place
 

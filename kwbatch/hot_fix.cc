@@ -36,5 +36,5 @@ void HotFix(const Options& options) {
   }
   CommitPack(pack, log);
   log.Succeeded();
-  Say(pack.journal.Name() + " is installed in " + pack.system_dir + ".");
+  SayDone(pack.journal.Name() + " is installed in " + pack.system_dir + ".");
 }

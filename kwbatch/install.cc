@@ -15,6 +15,7 @@
 #include "formats.h"
 #include "integrity.h"
 #include "interruption.h"
+#include "json.h"
 #include "languages.h"
 #include "lock.h"
 #include "log.h"
@@ -23,6 +24,7 @@
 #include "plan.h"
 #include "ports.h"
 #include "refusal.h"
+#include "registration.h"
 #include "request.h"
 #include "satellite.h"
 #include "service_pack.h"
@@ -101,6 +103,7 @@ void TransferAll(const Plan& plan, const LanguagesBySystem& languages, Log& log)
     const Medium& medium = *component.medium;
     progress.Begin(component.name + " (" + medium.os + ")");
     Transfer(medium, component.name, plan.request.target, languages.at(&medium), log);
+    NoteDone(component.name + " (" + medium.os + ") is installed.");
   }
 }
 
@@ -129,6 +132,9 @@ bool Finish(const Plan& plan, Log& log) {
   SafePoint();
   const std::string& satellite = plan.request.satellite;
   if (!satellite.empty()) InstallSatellite(satellite, target, plan.request.ports.registered);
+  if (products && plan.request.ports.registered) {
+    RecordRegistration(SystemDir(plan.media.front(), target), plan.registration.ports.run != 0);
+  }
   // What an earlier try may have left.
   for (const char* name : {kTarErrors, kTransferErrors}) {
     TEVDeleteFile((target + "/" + name).c_str());
@@ -165,6 +171,7 @@ void Install(const Options& options) {
     languages[&medium] = LanguagesToInstall(medium, request.target, plan.languages);
   }
   SafePoint();
+  NoteChange();
   tree.MakeDirectory();
   MakeTree(plan, languages);
   for (const auto& [medium, mask] : languages) RecordLanguages(*medium, request.target, mask, log);

@@ -13,6 +13,7 @@
 #include "console.h"
 #include "files.h"
 #include "interruption.h"
+#include "json.h"
 #include "log.h"
 #include "options.h"
 #include "refusal.h"
@@ -69,6 +70,12 @@ const std::vector<Command>& Commands() {
        Tasks,
        "list the programs whose command line names TARGET",
        "  kwbatch tasks /opt/suite --stop\n"},
+      {command::kStatus,
+       {word::kTarget},
+       Status,
+       "show what a tree or a medium holds, and whether the system's files still name it",
+       "  kwbatch status /opt/suite\n"
+       "  kwbatch status /opt/suite --json\n"},
       {command::kEnvironment,
        {word::kSystem, word::kConfig},
        Environment,
@@ -81,7 +88,12 @@ const std::vector<Command>& Commands() {
 /// Runs the command in a directory of its own: the library and the programs of the product leave
 /// files in the current directory, which may be anybody's.
 void Run(const Options& options) {
-  if (options.Has(option::kQuiet)) BeQuiet();
+  const bool json = options.Takes(option::kJson) && options.Has(option::kJson);
+  if (json || options.Has(option::kQuiet)) BeQuiet();
+  if (json) BeginReport(options.command().name.text);
+  for (const WordName name : {word::kMedium, word::kTarget}) {
+    if (options.Has(name)) SetField(name.field, options.Word(name));
+  }
   if (options.Has(option::kScratch)) UseScratch(options.Text(option::kScratch));
   // A catalog's path may be relative to the user's directory. Any check reads the catalog.
   std::string here = ".";
@@ -111,13 +123,15 @@ std::string HowToGoOn(const Options& options) {
 /// Says why kwbatch ends, and where more can be read. Returns the exit status.
 int Report(const std::optional<Options>& options, const Refusal& refusal) {
   const bool interrupted = options && refusal.status == kRefused && IsInterrupted();
-  Complain(interrupted ? HowToGoOn(*options) : refusal.what());
+  const std::string reason = interrupted ? HowToGoOn(*options) : refusal.what();
+  SetField("/error", reason.substr(0, reason.find_last_not_of('\n') + 1));
+  Complain(reason);
   if (!LogPath().empty()) Complain("The log is " + LogPath());
   return refusal.status;
 }
 
 /// Returns the exit status.
-int Work(int argc, char** argv) {
+int Try(int argc, char** argv) {
   std::optional<Options> options;
   try {
     options = Options::Parse(argc, argv, Commands());
@@ -125,6 +139,7 @@ int Work(int argc, char** argv) {
     // Whoever reads the output or the log must not take a part of it for the whole.
     return AllIsPrinted() && AllIsLogged() ? kDone : kRefused;
   } catch (const UsageError& error) {
+    SetField("/error", std::string(error.what()));
     Complain(std::string("kwbatch: ") + error.what() + "\nSee kwbatch --help.");
     return kWrongUsage;
   } catch (const Refusal& refusal) {
@@ -132,6 +147,15 @@ int Work(int argc, char** argv) {
   } catch (const std::exception& error) {
     return Report(options, Refusal(error.what()));
   }
+}
+
+/// Does the work, and ends the report for a machine where one is wanted.
+int Work(int argc, char** argv) {
+  const int status = Try(argc, argv);
+  if (!IsReporting()) return status;
+  if (!LogPath().empty()) SetField("/log", LogPath());
+  Show(FinishReport(status));
+  return AllIsPrinted() ? status : kRefused;
 }
 
 }  // namespace

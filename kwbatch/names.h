@@ -11,6 +11,7 @@ struct CommandName {
 
 struct WordName {
   const char* text;
+  const char* field = nullptr;  ///< where it stands in the report for machines
 };
 
 /// Without the dashes.
@@ -28,12 +29,13 @@ constexpr CommandName kCommit{"commit"};
 constexpr CommandName kUndoServicePack{"undo-service-pack"};
 constexpr CommandName kHotFix{"hot-fix"};
 constexpr CommandName kTasks{"tasks"};
+constexpr CommandName kStatus{"status"};
 constexpr CommandName kEnvironment{"environment"};
 }  // namespace command
 
 namespace word {
-constexpr WordName kMedium{"MEDIUM"};
-constexpr WordName kTarget{"TARGET"};
+constexpr WordName kMedium{"MEDIUM", "/medium"};
+constexpr WordName kTarget{"TARGET", "/target"};
 constexpr WordName kSystem{"SYSTEM"};
 constexpr WordName kConfig{"CONFIG"};
 }  // namespace word
@@ -41,6 +43,7 @@ constexpr WordName kConfig{"CONFIG"};
 namespace option {
 constexpr OptionName kScratch{"scratch"};
 constexpr OptionName kQuiet{"quiet"};
+constexpr OptionName kJson{"json"};
 constexpr OptionName kLog{"log"};
 constexpr OptionName kOs{"os"};
 constexpr OptionName kCode{"code"};

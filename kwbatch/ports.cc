@@ -20,8 +20,6 @@
 
 namespace {
 
-constexpr const char* kOurServices[] = {"morvelk7bb", "morvelk7run", "TEVDeviceBroker"};
-
 /// Does inetd lack the daemon of the system directory?
 bool NeedsDaemon(const std::string& system_dir) {
   std::string inetd = SystemFile(kInetd);
@@ -147,9 +145,9 @@ Ports ChoosePorts(const PortWishes& wishes) {
   return ports;
 }
 
-/// Says and logs a line.
+/// Says and logs what was done.
 void Tell(const std::string& text, Log& log) {
-  Say(text);
+  SayDone(text);
   log.Write(text + "\n");
 }
 
@@ -235,11 +233,11 @@ void Register(const Registration& registration, Log& log) {
   const bool has_daemon = !registration.daemon.empty();
   if (has_ports) WritePorts(registration.ports, log);
   if (has_daemon && !Exists(SystemFile(kInetd))) {
-    return Tell("There is no inetd on this machine, so the daemon is not registered.", log);
+    return Say("There is no inetd on this machine, so the daemon is not registered.");
   }
   if (has_daemon) WriteDaemon(registration.daemon, log);
   if (has_ports || has_daemon) {
-    Tell("  inetd reads this when it gets the signal HUP: pkill -HUP -x inetd", log);
+    Say("  inetd reads this when it gets the signal HUP: pkill -HUP -x inetd");
   }
 }
 

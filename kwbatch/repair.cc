@@ -62,7 +62,7 @@ void PutBack(const Medium& medium, const std::string& package, const std::set<st
     }
     members.push_back(member.path);
     log.Write("put back: " + path + "\n");
-    Say("  " + path);
+    SayDone("  " + path);
   }
   if (!members.empty()) Unpack(archive, members, target);
 }

@@ -38,11 +38,11 @@ void InstallSatellite(const std::string& medium, const std::string& target, bool
                         kSatelliteArchive + " | tar -xf -";
   TEVUnicodeString message;
   if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
-  Say("The rendering satellite is installed in " + dir + ".");
+  SayDone("The rendering satellite is installed in " + dir + ".");
   if (!registered) return;
   if (SatUpdateService(message) < 0) {
     throw Refusal("The satellite cannot be registered in " + SystemFile(kServices) + ".\n");
   }
   if (SatUpdateInet(dir.data(), message) < 0) throw Refused(message);
-  Say("It is registered in " + SystemFile(kServices) + " and " + SystemFile(kInetd) + ".");
+  SayDone("It is registered in " + SystemFile(kServices) + " and " + SystemFile(kInetd) + ".");
 }

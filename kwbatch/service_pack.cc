@@ -10,6 +10,7 @@
 #include "formats.h"
 #include "integrity.h"
 #include "interruption.h"
+#include "json.h"
 #include "languages.h"
 #include "lock.h"
 #include "pack_files.h"
@@ -40,6 +41,7 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
     Say(text);
     log.Write(text);
   }
+  NoteChange();
   MarkInterrupted(pack);
   if (!repair) RecordPending(pack);
   for (const std::string& line : pack.journal.table_lines) {
@@ -59,8 +61,8 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
   } else {
     pack.Enter(Journal::Phase::kPending);
   }
-  Say("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
-      (repair ? "." : ", and waits for a commit."));
+  SayDone("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
+          (repair ? "." : ", and waits for a commit."));
   return true;
 }
 

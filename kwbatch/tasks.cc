@@ -15,6 +15,6 @@ void Tasks(const Options& options) {
   Say("Tasks that run from " + target + ": " + std::to_string(tasks.commands().size()));
   if (options.Has(option::kStop) && !tasks.commands().empty()) {
     tasks.Stop();
-    Say("They were sent the termination signal.");
+    SayDone("They were sent the termination signal.");
   }
 }

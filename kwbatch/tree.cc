@@ -14,7 +14,7 @@ std::string SystemDir(const Medium& medium, const std::string& target) {
   return IsSdk(medium) ? target : target + "/" + medium.os;
 }
 
-std::vector<std::string> SystemDirs(const std::string& target, const std::string& os) {
+std::vector<std::string> SystemDirsIfAny(const std::string& target, const std::string& os) {
   std::vector<std::string> dirs;
   const std::vector<std::string> systems = SystemsOf(target);
   for (const std::string& system : systems) {
@@ -22,6 +22,11 @@ std::vector<std::string> SystemDirs(const std::string& target, const std::string
   }
   const bool sdk = systems.empty() && Exists(target + "/" + kPresent);
   if (sdk && os.empty()) dirs.push_back(target);
+  return dirs;
+}
+
+std::vector<std::string> SystemDirs(const std::string& target, const std::string& os) {
+  std::vector<std::string> dirs = SystemDirsIfAny(target, os);
   const std::string what = os.empty() ? "Nothing" : "Nothing for " + os;
   if (dirs.empty()) throw Refusal(what + " is installed in " + target + ".\n");
   return dirs;

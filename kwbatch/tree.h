@@ -18,6 +18,9 @@ std::string SystemDir(const Medium& medium, const std::string& target);
 /// `os`, only the one of that name. Throws a Refusal when there is none.
 std::vector<std::string> SystemDirs(const std::string& target, const std::string& os);
 
+/// The same, and none at all when there is none.
+std::vector<std::string> SystemDirsIfAny(const std::string& target, const std::string& os);
+
 /// The name of an operating system that is installed in the target, or an empty text.
 std::string InstalledSystem(const std::string& target);
 

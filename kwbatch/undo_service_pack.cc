@@ -18,6 +18,6 @@ void UndoServicePack(const Options& options) {
             " undo of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
     TakeBack(pack);
     log.Succeeded();
-    Say(pack.journal.Name() + " is taken out of " + pack.system_dir + ".");
+    SayDone(pack.journal.Name() + " is taken out of " + pack.system_dir + ".");
   }
 }

@@ -60,10 +60,11 @@ times() {
   (cd "$work" && find . -path ./scratch -prune -o -mindepth 1 -not -name output -printf '%p %T@ %s\n')
 }
 
-# content TREE: everything in it with its mode, and the content of the files.
+# content TREE: everything in it with its mode, and the content of the files. Left out is the record
+# of what is registered, which names the tree.
 content() {
-  (cd "$work/$1" && find . -printf '%p %y %m %U %l\n' | sort &&
-    find . -type f -exec cksum {} + | sort)
+  (cd "$work/$1" && find . -not -name Registered -printf '%p %y %m %U %l\n' | sort &&
+    find . -type f -not -name Registered -exec cksum {} + | sort)
 }
 
 # expect_content NAME TREE: the tree is as it was when its content was written to $work/NAME.

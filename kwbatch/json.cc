@@ -1,0 +1,52 @@
+#include "json.h"
+
+#include <nlohmann/json.hpp>
+#include <optional>
+
+namespace {
+
+using Object = nlohmann::ordered_json;
+
+/// The object of the running command; no value without --json.
+std::optional<Object> report;
+
+std::string WithoutBlanksAround(const std::string& text) {
+  const size_t begin = text.find_first_not_of(" \n");
+  return begin == std::string::npos ? ""
+                                    : text.substr(begin, text.find_last_not_of(" \n") + 1 - begin);
+}
+
+}  // namespace
+
+void BeginReport(const std::string& command) {
+  report = Object{{"command", command},
+                  {"status", 0},
+                  {"changed", false},
+                  {"done", Object::array()},
+                  {"messages", Object::array()}};
+}
+
+bool IsReporting() { return report.has_value(); }
+
+void SetField(const std::string& pointer, const FieldValue& value) {
+  if (!report) return;
+  std::visit([&](const auto& is) { (*report)[Object::json_pointer(pointer)] = is; }, value);
+}
+
+void AddMessage(const std::string& text) {
+  if (report) (*report)["messages"].push_back(WithoutBlanksAround(text));
+}
+
+void NoteChange() { SetField("/changed", true); }
+
+void NoteDone(const std::string& text) {
+  NoteChange();
+  if (report) (*report)["done"].push_back(WithoutBlanksAround(text));
+}
+
+std::string FinishReport(int status) {
+  SetField("/status", int64_t{status});
+  std::string text = report->dump(2, ' ', false, Object::error_handler_t::replace);
+  report.reset();
+  return text;
+}
