@@ -39,6 +39,16 @@ void Tasks(const Options& options);
 /// "status": shows what a tree or a medium holds. Throws a NothingToDo when there is nothing.
 void Status(const Options& options);
 
+/// "owner": shows which packages bring a file. Throws a Refusal for files of none.
+void Owner(const Options& options);
+
+/// "files": lists the files of a package.
+void Files(const Options& options);
+
+/// "uninstall": takes the product out of the target and its lines out of the system's files. A
+/// second call completes an interrupted one.
+void Uninstall(const Options& options);
+
 /// "environment": prints the path of a configuration's environment file.
 void Environment(const Options& options);
 

@@ -35,6 +35,8 @@ constexpr char kSdkPointer[] = "ZEBDir.txt";    ///< in the code tree: the path 
 constexpr char kTarErrors[] = "ErrorTar.log";   ///< what tar printed in a failed transfer
 constexpr char kTransferErrors[] = "TEVInsErrorTransfer.log";  ///< its side log
 
+constexpr char kSatelliteDirectory[] = "satellite";
+constexpr char kSatelliteList[] = "kwbatch.list";         ///< in it: kwbatch's list of its files
 constexpr char kUninstalling[] = "Uninstall.unfinished";  ///< kwbatch's own record
 
 // In a system directory of a tree.
@@ -89,6 +91,11 @@ struct Language {
 constexpr Language kLanguages[] = {
     {"French", 2}, {"German", 4}, {"Italian", 8}, {"Japanese", 16}, {"Simplified_Chinese", 32},
     {"Korean", 64}};
+constexpr char kFontPackage[] = "Visualization";  ///< brings the language-indexed fonts
+constexpr const char* kIndexedFontFiles[] = {
+    "resources/fonts/Stroke/SICH.font", "resources/fonts/Stroke/TRCH.font",
+    "resources/fonts/Stroke/KANJ.font", "resources/fonts/Stroke/KOHG.font",
+    "resources/fonts/Stroke/SSS4.font"};
 constexpr int kIndexedFonts = 1;  ///< the bit of the language-indexed fonts
 constexpr int kEverything = 127;  ///< all languages and the fonts
 
@@ -98,6 +105,8 @@ constexpr char kInetd[] = "inetd.conf";
 constexpr const char* kOurServices[] = {"morvelk7bb", "morvelk7run", "TEVDeviceBroker"};
 constexpr char kDaemonService[] = "morvelk7run";
 constexpr char kSatelliteService[] = "mi-ray";
+constexpr char kServiceComment[] = "#Brovik Communication ports";  ///< in lines of kOurServices
+constexpr char kSatelliteComment[] = "# Rendering slave";          ///< in that of the satellite
 constexpr char kRewritten[] = ".tmp";  ///< suffix of one of the two while it is rewritten
 constexpr char kWhole[] = ".whole";    ///< of what is being written over a file in its place
 

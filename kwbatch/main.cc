@@ -17,6 +17,7 @@
 #include "log.h"
 #include "options.h"
 #include "refusal.h"
+#include "removal.h"
 #include "system_files.h"
 
 namespace {
@@ -76,6 +77,22 @@ const std::vector<Command>& Commands() {
        "show what a tree or a medium holds, and whether the system's files still name it",
        "  kwbatch status /opt/suite\n"
        "  kwbatch status /opt/suite --json\n"},
+      {command::kOwner,
+       {word::kTarget, word::kFiles},
+       Owner,
+       "show which packages bring a file; the last one is that whose content it should have",
+       "  kwbatch owner /opt/suite /opt/suite/aix_a/code/bin/TEVSession\n"},
+      {command::kFiles,
+       {word::kTarget, word::kPackage},
+       Files,
+       "list the files of a package",
+       "  kwbatch files /opt/suite Modeler\n"},
+      {command::kUninstall,
+       {word::kTarget},
+       Uninstall,
+       "take the product out of TARGET, and its lines out of the system's files",
+       "  kwbatch uninstall /opt/suite --dry-run\n"
+       "  kwbatch uninstall /opt/suite --stop\n"},
       {command::kEnvironment,
        {word::kSystem, word::kConfig},
        Environment,
@@ -103,9 +120,13 @@ void Run(const Options& options) {
   umask(S_IWGRP | S_IWOTH);
   TemporaryDirectory::DeleteLeftovers();
   const TemporaryDirectory own;
+  const auto run = options.command().run;
+  if (options.Has(word::kTarget) && run != Uninstall && run != Status && run != Tasks) {
+    RequireNoRemoval(options.Word(word::kTarget));
+  }
   if (chdir(own.path().c_str()) != 0) throw Refusal("No temporary directory can be entered.\n");
   try {
-    options.command().run(options);
+    run(options);
   } catch (const NothingToDo& reason) {
     if (!options.Takes(option::kIfNeeded) || !options.Has(option::kIfNeeded)) throw;
     Say(reason.what());

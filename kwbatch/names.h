@@ -12,6 +12,7 @@ struct CommandName {
 struct WordName {
   const char* text;
   const char* field = nullptr;  ///< where it stands in the report for machines
+  bool repeated = false;        ///< one or more of them, at the end
 };
 
 /// Without the dashes.
@@ -30,12 +31,17 @@ constexpr CommandName kUndoServicePack{"undo-service-pack"};
 constexpr CommandName kHotFix{"hot-fix"};
 constexpr CommandName kTasks{"tasks"};
 constexpr CommandName kStatus{"status"};
+constexpr CommandName kOwner{"owner"};
+constexpr CommandName kFiles{"files"};
+constexpr CommandName kUninstall{"uninstall"};
 constexpr CommandName kEnvironment{"environment"};
 }  // namespace command
 
 namespace word {
 constexpr WordName kMedium{"MEDIUM", "/medium"};
 constexpr WordName kTarget{"TARGET", "/target"};
+constexpr WordName kFiles{"FILE", nullptr, true};
+constexpr WordName kPackage{"PACKAGE"};
 constexpr WordName kSystem{"SYSTEM"};
 constexpr WordName kConfig{"CONFIG"};
 }  // namespace word
@@ -92,6 +98,8 @@ constexpr OptionName kInformationEnvPath{"information-env-path"};
 constexpr OptionName kInformationEnv{"information-env"};
 constexpr OptionName kTimeout{"timeout"};
 constexpr OptionName kStop{"stop"};
+constexpr OptionName kPurge{"purge"};
+constexpr OptionName kDryRun{"dry-run"};
 }  // namespace option
 
 /// The value of --java-home that looks for a Java home.

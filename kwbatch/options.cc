@@ -22,6 +22,7 @@ constexpr const char* kExitStatus =
 /// What a command line gives, as CLI11 stores it.
 struct CommandLine {
   std::map<std::string, std::string> words;  ///< behind the command, by name
+  std::vector<std::string> files;            ///< behind them
   OptionValues values;
   std::string answers;       ///< the file of answers to read
   std::string save_answers;  ///< the one to write
@@ -71,6 +72,8 @@ void SetWording(CLI::App& app) {
 const char* HelpForWord(const std::string& name) {
   if (name == word::kMedium.text) return "directory with the table of contents and the archives";
   if (name == word::kTarget.text) return "directory of the installation";
+  if (name == word::kFiles.text) return "path of a file, its own or below TARGET";
+  if (name == word::kPackage.text) return "name of a package, as status shows it";
   if (name == word::kSystem.text) return "directory of one operating system in the installation";
   return "name of a configuration";
 }
@@ -78,6 +81,14 @@ const char* HelpForWord(const std::string& name) {
 void AddCommand(CLI::App& app, const Command& command, CommandLine& line) {
   CLI::App* sub = app.add_subcommand(command.name.text, command.help)->group("Commands");
   for (const WordName word : command.words) {
+    if (word.repeated) {
+      const auto store_all = [&line](const std::vector<std::string>& all) { line.files = all; };
+      sub->add_option_function<std::vector<std::string>>(word.text, store_all,
+                                                         HelpForWord(word.text))
+          ->required()
+          ->type_name("");
+      continue;
+    }
     const auto store = [&line, word](const std::string& text) { line.words[word.text] = text; };
     sub->add_option_function<std::string>(word.text, store, HelpForWord(word.text))
         ->required()
@@ -208,6 +219,7 @@ std::optional<Options> Options::Parse(int count, char** arguments,
     return command.name.text == name;
   }));
   options.words_ = line.words;
+  options.files_ = line.files;
   if (!line.answers.empty()) line.values.merge(ReadAnswers(line.answers));
   options.Take(line.values);
   if (!line.save_answers.empty()) SaveAnswers(line.save_answers, line.values);
@@ -240,6 +252,9 @@ void Options::MakePathsAbsolute() {
     if (value != values_.end()) paths.push_back(&value->second);
   }
   if (Has(word::kMedium)) paths.push_back(&words_.at(word::kMedium.text));
+  for (std::string& file : files_) {
+    if (std::filesystem::exists(file)) file = std::filesystem::absolute(file);
+  }
   for (std::string* path : paths) {
     // What is no path at all is refused later, and "auto" looks for a Java home.
     if (path->empty() || path->front() == '-' || *path == kAuto) continue;

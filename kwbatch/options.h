@@ -45,6 +45,10 @@ class Options {
   /// The word with this name after the command, which must take such a word.
   const std::string& Word(WordName name) const { return words_.at(name.text); }
 
+  /// The words that end the command line: absolute paths, but those relative ones that do not exist
+  /// stay as they are.
+  const std::vector<std::string>& Files() const { return files_; }
+
   const Command& command() const { return *command_; }
 
  private:
@@ -59,6 +63,7 @@ class Options {
 
   const Command* command_;
   std::map<std::string, std::string> words_;
+  std::vector<std::string> files_;
   std::map<std::string, std::string> values_;
 };
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <iterator>
 #include <sstream>
+#include <utility>
 
 #include "files.h"
 #include "formats.h"
@@ -12,19 +13,48 @@ namespace {
 
 constexpr const char* kEndOfRegistered = "end";
 
+/// The service of a line of the inetd file, and its program.
+std::pair<std::string, std::string> InetdEntry(const std::string& line) {
+  std::istringstream words(line);
+  std::string service;
+  std::string program;
+  words >> service;
+  for (int i = 0; i < 5; ++i) words >> program;
+  return {service, words ? program : ""};
+}
+
 /// The program that inetd starts for a service, or an empty text.
 std::string InetdProgram(const std::string& service) {
   for (const std::string& line : LinesOf(SystemFile(kInetd))) {
-    std::istringstream words(line);
-    std::string name;
-    std::string skipped;
-    std::string program;
-    if (words >> name && name == service &&
-        words >> skipped >> skipped >> skipped >> skipped >> program) {
-      return program;
-    }
+    const auto [name, program] = InetdEntry(line);
+    if (name == service && !program.empty()) return program;
   }
   return "";
+}
+
+/// Is the program in the tree, or is it one that was registered for the tree and is gone, since the
+/// tree was moved?
+bool IsOfTree(const std::string& program, const std::string& target,
+              const std::vector<Registered>& records) {
+  if (program.compare(0, target.size() + 1, target + "/") == 0) return true;
+  return std::any_of(records.begin(), records.end(), [&program](const Registered& record) {
+    return (program == record.daemon || program == record.satellite) && !Exists(program);
+  });
+}
+
+/// Which lines of the services file belong to a service of the product or to the satellite, as the
+/// library writes them.
+std::vector<std::string> ServicesLines(bool ports, bool satellite) {
+  std::vector<std::string> lines;
+  for (const std::string& line : LinesOf(SystemFile(kServices))) {
+    const std::string name = line.substr(0, line.find_first_of(" \t"));
+    const bool is_port = std::count(std::begin(kOurServices), std::end(kOurServices), name) > 0 &&
+                         line.find(kServiceComment) != std::string::npos;
+    const bool is_satellite =
+        name == kSatelliteService && line.find(kSatelliteComment) != std::string::npos;
+    if ((ports && is_port) || (satellite && is_satellite)) lines.push_back(line);
+  }
+  return lines;
 }
 
 }  // namespace
@@ -79,6 +109,32 @@ bool Registered::IsCurrent() const {
   const Registered now = InSystem();
   return ports == now.ports && (daemon.empty() || daemon == now.daemon) &&
          (satellite.empty() || satellite == now.satellite);
+}
+
+SystemLines LinesOfTree(const std::string& target, const std::vector<std::string>& system_dirs) {
+  std::vector<Registered> records;
+  bool ports = false;
+  bool satellite = false;
+  for (const std::string& dir : system_dirs) {
+    const auto record = Registered::Read(dir);
+    if (!record) continue;
+    records.push_back(*record);
+    ports = ports || record->wrote_ports;
+    satellite = satellite || !record->satellite.empty();
+  }
+  SystemLines lines;
+  std::map<std::string, bool> ours;  // by service
+  for (const std::string& line : LinesOf(SystemFile(kInetd))) {
+    const auto [service, program] = InetdEntry(line);
+    if ((service != kDaemonService && service != kSatelliteService) || program.empty()) continue;
+    const bool is_ours = IsOfTree(program, target, records);
+    ours[service] = ours[service] || is_ours;
+    if (is_ours) lines.inetd.push_back(line);
+  }
+  if (ours.count(kDaemonService) != 0) ports = ours[kDaemonService];
+  if (ours.count(kSatelliteService) != 0) satellite = ours[kSatelliteService];
+  lines.services = ServicesLines(ports, satellite);
+  return lines;
 }
 
 void RecordRegistration(const std::string& system_dir, bool wrote_ports) {

@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "refusal.h"
 
@@ -33,6 +34,17 @@ struct Registered {
   std::string daemon;        ///< the program of morvelk7run in the inetd file; may be empty
   std::string satellite;     ///< likewise of mi-ray
 };
+
+/// Lines of the system's files, without their newlines.
+struct SystemLines {
+  std::vector<std::string> services;
+  std::vector<std::string> inetd;
+};
+
+/// The lines that are the tree's: in the inetd file those of its programs, and in the services file
+/// those of the product when its daemon is the tree's, or there is none and the tree's installation
+/// wrote them. Lines that somebody has changed are not among the services.
+SystemLines LinesOfTree(const std::string& target, const std::vector<std::string>& system_dirs);
 
 /// Records what the system's files say after a registration. `wrote_ports`: it wrote them.
 void RecordRegistration(const std::string& system_dir, bool wrote_ports);

@@ -39,6 +39,10 @@ Request RequestOf(const Options& options) {
   if (!with_pack.empty()) request.with_pack = MediumPath(with_pack);
   RequireGenuine(request, options);
   if (options.Takes(option::kWait)) request.wait = options.Number(option::kWait, 0);
-  if (options.Takes(option::kNoServices)) request.ports = PortWishesOf(options);
+  if (options.Takes(option::kBbPort)) {
+    request.ports = PortWishesOf(options);
+  } else if (options.Takes(option::kNoServices)) {
+    request.ports.registered = !options.Has(option::kNoServices);
+  }
   return request;
 }

@@ -2,7 +2,9 @@
 
 #include <kwinstutil/kwinstutil.h>
 
+#include "archive.h"
 #include "console.h"
+#include "files.h"
 #include "formats.h"
 #include "paths.h"
 #include "refusal.h"
@@ -29,11 +31,17 @@ std::vector<Member> SatelliteMembers(const std::string& medium) {
 }
 
 void InstallSatellite(const std::string& medium, const std::string& target, bool registered) {
-  std::string dir = target + "/satellite";
+  std::string dir = target + "/" + kSatelliteDirectory;
   std::string created = dir;
   if (TEVInsCreateDirectory(created.data()) != 0) {
     throw Refusal("The directory " + dir + " cannot be made.\n");
   }
+  // Nothing else tells later which files are the satellite's.
+  std::string list;
+  for (const Member& member : MembersOf(MediumPath(medium) + "/" + kSatelliteArchive)) {
+    list += member.path + "\n";
+  }
+  WriteDurably(dir + "/" + kSatelliteList, list);
   std::string command = "cd " + dir + " && compress -d -c " + MediumPath(medium) + "/" +
                         kSatelliteArchive + " | tar -xf -";
   TEVUnicodeString message;

@@ -1,10 +1,14 @@
 #include "system_files.h"
 
 #include <kb0core/TEVFile.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 #include "files.h"
@@ -54,6 +58,36 @@ void FinishOverwrite(const std::string& path) {
     throw Refusal("The file " + path + " cannot be written: its content is " + whole + ".\n");
   }
   Delete(whole);
+}
+
+void RemoveLines(const std::string& path, const std::vector<std::string>& lines) {
+  std::error_code failed;
+  const std::string real = fs::canonical(path, failed);
+  if (!failed) FinishOverwrite(real);
+  std::ifstream file(real, std::ios::binary);
+  std::string kept;
+  for (std::string line; std::getline(file, line);) {
+    if (std::count(lines.begin(), lines.end(), line) > 0) continue;
+    // The last line may have no newline.
+    kept += file.eof() ? line : line + '\n';
+  }
+  struct stat info {};
+  if (failed || file.bad() || stat(real.c_str(), &info) != 0) {
+    throw Refusal("The file " + path + " cannot be read.\n");
+  }
+  const std::string fresh = real + ".new";
+  Write(fresh, kept);
+  if ((chown(fresh.c_str(), info.st_uid, info.st_gid) != 0 && geteuid() == 0) ||
+      chmod(fresh.c_str(), info.st_mode & 07777) != 0) {
+    Delete(fresh);
+    throw Refusal("The file " + fresh + " cannot get the owner and the mode of " + path + ".\n");
+  }
+  SyncFileSystem(fresh);
+  if (TEVRenameFile(fresh.c_str(), real.c_str()) == 0) return;
+  if (TEVRenameFile(fresh.c_str(), (real + kWhole).c_str()) != 0) {
+    throw Refusal("The file " + path + " cannot be replaced.\n");
+  }
+  FinishOverwrite(real);
 }
 
 void RestoreSystemFiles() {

@@ -2,6 +2,7 @@
 #define KWBATCH_SYSTEM_FILES_H_
 
 #include <string>
+#include <vector>
 
 /// \file
 /// The system's services and inetd files, whose paths SystemFile gives.
@@ -19,6 +20,11 @@ void Overwrite(const std::string& path);
 
 /// Ends an Overwrite that was interrupted. Throws a Refusal.
 void FinishOverwrite(const std::string& path);
+
+/// Takes lines, which are given without their newlines, out of a system file. Every other byte, the
+/// mode, the owner and a symbolic link stay. Whatever ends the process, the old file or the whole
+/// new one is there; in the place of a mount, Overwrite's FILE.whole. Throws a Refusal.
+void RemoveLines(const std::string& path, const std::vector<std::string>& lines);
 
 /// Ends an interrupted Overwrite, and gives the system files their names again that an interrupted
 /// run of kwbatch was rewriting: their content has the name FILE.tmp then. Throws a Refusal when

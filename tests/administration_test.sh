@@ -18,8 +18,7 @@ expect_json() {
 }
 
 take_media
-tree=$work/tree
-first=/systems/0
+tree=$work/tree first=/systems/0
 while IFS='|' read -r status fields arguments; do
   # shellcheck disable=SC2086 # words
   expect_json "$status" "$fields" $arguments
@@ -39,11 +38,65 @@ done <<CASES
 0|/changed=true|hot-fix $media/hf1 $tree
 0|$first/service_packs/0/state="committed" $first/hot_fixes/0/state="installed"|status $tree
 0|/changed=false|verify $tree
-0|/changed=false|tasks $tree
 1|/changed=false|undo-service-pack none
 CASES
 sed -i s/20051/20061/ "$work/scratch/services"
 rm "$system/code/bin/TEVSession"
 expect_json 0 "$first/registered/current=false" status "$tree"
-expect_json 1 /changed=false verify "$tree"
 expect_json 0 /changed=true repair "$media/ga" "$tree"
+expect_json 0 '/files/0/packages=["Modeler","SP1","HF1"] /files/1/packages=["BASE"]' owner "$tree" \
+  "$system/code/bin/TEVModeler" aix_a/resources/msgcatalog/French/BASE.msg
+expect_json 1 '/files/0/packages=[]' owner "$tree" "$tree/none"
+run 0 files "$tree" MechanicalDesign
+expect_text aix_a/resources/msgcatalog/French/MechanicalDesign.msg
+# Uninstalling: what leads out of the tree, and what is damaged, is refused, and all stays.
+mkdir "$work/out" "$work/etc"
+touch "$work/out/victim"
+ln -s "$work/out" "$system/code/link"
+manifest=$system/control/Drafting
+cp "$manifest" "$work/manifest"
+content tree >"$work/before"
+for lines in ../../out/victim "$work/out/victim" code/link/victim code/../../../out/victim; do
+  printf '%s\n644 0 4294967295\n' "$lines" | cat "$work/manifest" - >"$manifest"
+  expect_refusal 'lead' uninstall "$tree" --purge
+done
+echo code/bin/cut | cat "$work/manifest" - >"$manifest"
+expect_refusal 'damaged' uninstall "$tree"
+cp "$work/manifest" "$manifest"
+bash -c 'exec -a "$1/code/bin/TEVSession" sleep 100' - "$system" &
+expect_refusal 'TEVSession' uninstall "$tree"
+kill $!
+[[ -e $work/out/victim ]] || fail 'a file outside was deleted'
+expect_content before tree
+
+# It fails in the middle, is killed again and again, and repeated. Foreign lines and files stay.
+mv "$work/scratch/inetd.conf" "$work/etc/real"
+ln -s "$work/etc/real" "$work/scratch/inetd.conf"
+printf 'ftp stream tcp nowait root /ftpd\r\n#end' >>"$work/etc/real"
+chmod 640 "$work/scratch/services"
+echo site >"$system/code/site"
+run 0 uninstall "$tree" --dry-run
+for text in '  morvelk7run      20061/tcp' "  $system/code/bin/TEVModeler"; do expect_text "$text"; done
+rm "$system/code/bin/TEVDrafting" "$system/code/link"
+mkdir -p "$system/code/bin/TEVDrafting/directory"
+expect_refusal 'TEVDrafting cannot be deleted' uninstall "$tree"
+expect_refusal 'Repeat uninstall' verify "$tree"
+for ((i = 1; i < 7; i++)); do
+  { timeout -s KILL "0.0$i" "$kwbatch" uninstall "$tree" --scratch "$work/scratch"; } &>/dev/null || :
+done
+rm -r "$system/code/bin/TEVDrafting"
+expect_json 0 "/kept=[\"$system/code/site\"]" uninstall "$tree"
+printf 'ftp stream tcp nowait root /ftpd\r\n#end' | diff - "$work/etc/real" || fail 'inetd.conf'
+[[ -L $work/scratch/inetd.conf && $(stat -c %a "$work/scratch/services") == 640 ]] || fail 'mode or link'
+[[ $(find "$tree" -type f) == "$system/code/site" && ! -s $work/scratch/services ]] || fail 'something is left'
+run 3 uninstall "$tree"
+# With --purge also what an interrupted installation has left, and a development kit before its code.
+run 0 install "$media/ga" "$tree.2" --os aix_a
+run 0 install "$media/sdk" "$work/sdk" --code "$tree.2"
+expect_refusal 'development kit' uninstall "$tree.2"
+run 0 uninstall "$work/sdk"
+touch "$tree.2/aix_a/control/site"
+printf 'medium /none\nend\n' >"$tree.2/aix_a/control/Install.unfinished"
+expect_refusal 'not finished' uninstall "$tree.2"
+run 0 uninstall "$tree.2" --purge
+[[ ! -e $tree.2 && ! -e $work/sdk ]] || fail 'a tree is left'

@@ -1,0 +1,83 @@
+#include "manifests.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <sstream>
+
+#include "files.h"
+#include "formats.h"
+#include "paths.h"
+#include "refusal.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Is this the second line of a file in a manifest: mode, size and checksum?
+bool IsFileNumbers(const std::string& line) {
+  std::istringstream words(line);
+  int count = 0;
+  for (std::string word; words >> word; ++count) {
+    if (word.find_first_not_of("0123456789") != std::string::npos) return false;
+  }
+  return count == 3;
+}
+
+}  // namespace
+
+void RequireInside(const std::string& path, const std::string& source) {
+  const fs::path parts(path);
+  const bool leads_out = path.empty() || parts.is_absolute() || !parts.has_filename() ||
+                         std::count(parts.begin(), parts.end(), "..") > 0;
+  if (!leads_out) return;
+  throw Refusal("The file " + source + " names the path \"" + path +
+                "\", which leads out of the tree.\n");
+}
+
+std::vector<std::string> PackagesIn(const std::string& system_dir) {
+  std::vector<std::string> packages;
+  for (const std::string& line : LinesOf(system_dir + "/" + kPresent)) {
+    if (line.empty() || line.front() == '#') continue;
+    const std::string name = TableLine(line).name;
+    if (name.empty() || std::count(packages.begin(), packages.end(), name) > 0) continue;
+    RequirePlainName("package name", name);
+    packages.push_back(name);
+  }
+  return packages;
+}
+
+std::vector<std::string> ListedFiles(const std::string& system_dir, const std::string& package) {
+  const std::string manifest = system_dir + "/" + kControl + "/" + package;
+  const std::vector<std::string> lines = LinesOf(manifest);
+  std::vector<std::string> files;
+  for (size_t i = 0; i < lines.size(); i += 2) {
+    if (i + 1 == lines.size() || !IsFileNumbers(lines[i + 1])) {
+      throw Refusal("The manifest " + manifest + " is damaged after line " + std::to_string(i) +
+                    ".\n");
+    }
+    RequireInside(lines[i], manifest);
+    files.push_back(fs::path(lines[i]).lexically_normal());
+  }
+  return files;
+}
+
+std::vector<std::string> UnlistedFiles(const std::string& package,
+                                       const std::vector<std::string>& listed) {
+  std::vector<std::string> files;
+  for (const std::string& file : listed) {
+    const fs::path path(file);
+    if (path.parent_path() != kCatalogs) continue;
+    for (const Language& language : kLanguages) {
+      files.push_back(path.parent_path() / language.name / path.filename());
+    }
+  }
+  if (package == kFontPackage) {
+    for (const char* font : kIndexedFontFiles) files.emplace_back(font);
+  }
+  return files;
+}
+
+std::vector<std::string> ControlFiles(const std::string& package) {
+  const std::string manifest = std::string(kControl) + "/" + package;
+  return {manifest, manifest + kPackTableSuffix};
+}

@@ -1,0 +1,248 @@
+#include "removal.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+
+#include "files.h"
+#include "formats.h"
+#include "interruption.h"
+#include "journal.h"
+#include "manifests.h"
+#include "refusal.h"
+#include "tree.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Throws a Refusal when a directory on the way to one of the files is a symbolic link.
+void RequireNoLinks(const RemovalFrom& part) {
+  std::set<std::string> known;
+  for (const auto* files : {&part.files, &part.records}) {
+    for (const std::string& file : *files) {
+      for (fs::path dir = fs::path(file).parent_path(); !dir.empty(); dir = dir.parent_path()) {
+        if (!known.insert(dir).second) break;
+        if (!fs::is_symlink(part.dir / dir)) continue;
+        throw Refusal("The directory " + (part.dir / dir).string() +
+                      " is a symbolic link, and may lead out of the tree. Put a directory in its "
+                      "place, or delete it.\n");
+      }
+    }
+  }
+}
+
+/// What kwbatch and the library write into `control` beside the packages' own files. The table goes
+/// last: it says what is there.
+std::vector<std::string> OwnRecords() {
+  const std::string journal = kPackJournal;
+  return {kPackPrograms, kPendingPacks, kInterruptedPack, kLanguageRecord,   kRegistered,
+          kUnfinished,   journal,       journal + ".new", journal + ".undo", kPresent};
+}
+
+RemovalFrom FromSystem(const std::string& dir) {
+  RemovalFrom part{dir, {}, {}};
+  for (const std::string& package : PackagesIn(dir)) {
+    const std::vector<std::string> listed = ListedFiles(dir, package);
+    const std::vector<std::string> unlisted = UnlistedFiles(package, listed);
+    const std::vector<std::string> control = ControlFiles(package);
+    part.files.insert(part.files.end(), listed.begin(), listed.end());
+    part.files.insert(part.files.end(), unlisted.begin(), unlisted.end());
+    part.records.insert(part.records.end(), control.begin(), control.end());
+  }
+  if (const auto journal = Journal::Read(dir)) {
+    for (const auto* files : {&journal->saved_files, &journal->new_files}) {
+      for (const std::string& file : *files) {
+        RequireInside(file, JournalPath(dir));
+        part.files.push_back(file);
+      }
+    }
+    for (const std::string& file : journal->saved_files) part.files.push_back(file + kSavedSuffix);
+  }
+  const std::vector<std::string> own = OwnRecords();
+  part.records.insert(part.records.end(), own.begin(), own.end());
+  // A pack lists its own control files as saved or new: they go with the records.
+  const std::set<std::string> records(part.records.begin(), part.records.end());
+  const auto is_record = [&records](const std::string& file) { return records.count(file) != 0; };
+  part.files.erase(std::remove_if(part.files.begin(), part.files.end(), is_record),
+                   part.files.end());
+  return part;
+}
+
+/// The satellite has no manifest but the list that its installation wrote.
+RemovalFrom FromSatellite(const std::string& dir) {
+  RemovalFrom part{dir, {}, {kSatelliteList}};
+  for (const std::string& line : LinesOf(dir + "/" + kSatelliteList)) {
+    if (line.empty() || line.back() == '/') continue;
+    RequireInside(line, dir + "/" + kSatelliteList);
+    part.files.push_back(fs::path(line).lexically_normal());
+  }
+  return part;
+}
+
+/// The directories of the files below their part, inner ones first.
+std::vector<std::string> DirectoriesOf(const std::vector<std::string>& files) {
+  std::set<std::string> dirs;
+  for (const std::string& file : files) {
+    for (fs::path dir = fs::path(file).parent_path(); !dir.empty(); dir = dir.parent_path()) {
+      dirs.insert(dir);
+    }
+  }
+  return {dirs.rbegin(), dirs.rend()};
+}
+
+/// Adds what is in a system directory and does not go. Of an empty directory its name.
+void AddKept(const RemovalFrom& part, std::vector<std::string>& kept) {
+  std::set<std::string> going(part.files.begin(), part.files.end());
+  going.insert(part.records.begin(), part.records.end());
+  for (const std::string& dir : DirectoriesOf(part.files)) going.insert(dir);
+  std::error_code failed;
+  for (fs::recursive_directory_iterator entry(part.dir, failed), end; !failed && entry != end;
+       entry.increment(failed)) {
+    const bool is_directory = entry->is_directory() && !entry->is_symlink();
+    if (is_directory && !fs::is_empty(entry->path(), failed)) continue;
+    const std::string path = entry->path().lexically_relative(part.dir);
+    if (is_directory && path == kControl) continue;
+    if (going.count(path) == 0) kept.push_back(entry->path());
+  }
+  if (failed && Exists(part.dir)) {
+    throw Refusal("The directory " + part.dir + " cannot be read: " + failed.message() + ".\n");
+  }
+}
+
+/// Opens the directory of a file without following a link below `dir`. -1 when it is not there.
+int OpenDirectoryOf(const std::string& dir, const fs::path& file) {
+  int at = open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  for (const fs::path& name : file.parent_path()) {
+    if (at < 0) break;
+    const int next = openat(at, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    const int error = errno;
+    close(at);
+    errno = error;
+    at = next;
+  }
+  if (at < 0 && errno != ENOENT) {
+    throw Refusal("The directory of " + (dir / file).string() +
+                  " cannot be opened: " + std::strerror(errno) + ".\n");
+  }
+  return at;
+}
+
+/// Deletes a file, or with AT_REMOVEDIR a directory if it is empty.
+void DeleteIn(const std::string& dir, const std::string& file, int flags) {
+  const int at = OpenDirectoryOf(dir, file);
+  if (at < 0) return;
+  const bool gone = unlinkat(at, fs::path(file).filename().c_str(), flags) == 0;
+  const int error = errno;
+  close(at);
+  // A directory may hold what is kept, or be a mount.
+  if (gone || error == ENOENT || flags == AT_REMOVEDIR) return;
+  throw Refusal("The file " + dir + "/" + file + " cannot be deleted: " + std::strerror(error) +
+                ".\n");
+}
+
+/// Deletes all that is in the directory `at`, which it closes, except the entry `but`, and what
+/// lies on another device.
+void Purge(int at, const std::string& but) {
+  DIR* const dir = at < 0 ? nullptr : fdopendir(at);
+  if (dir == nullptr) return;
+  struct stat here {};
+  fstat(at, &here);
+  while (const dirent* entry = readdir(dir)) {
+    const std::string name = entry->d_name;
+    struct stat info {};
+    if (name == "." || name == ".." || name == but) continue;
+    if (fstatat(at, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) continue;
+    if (info.st_dev != here.st_dev) continue;
+    const bool is_directory = S_ISDIR(info.st_mode);
+    if (is_directory) {
+      Purge(openat(at, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC), "");
+    }
+    unlinkat(at, name.c_str(), is_directory ? AT_REMOVEDIR : 0);
+  }
+  closedir(dir);
+}
+
+void RemoveFrom(const RemovalFrom& part, bool purge) {
+  for (const std::string& file : part.files) {
+    SafePoint();
+    DeleteIn(part.dir, file, 0);
+  }
+  for (const std::string& dir : DirectoriesOf(part.files)) DeleteIn(part.dir, dir, AT_REMOVEDIR);
+  if (purge) Purge(OpenDirectoryOf(part.dir, "."), kControl);
+  for (const std::string& file : part.records) DeleteIn(part.dir, file, 0);
+  if (purge) Purge(OpenDirectoryOf(part.dir, std::string(kControl) + "/."), "");
+  DeleteIn(part.dir, kControl, AT_REMOVEDIR);
+}
+
+}  // namespace
+
+Removal PlanRemoval(const std::string& target) {
+  Removal removal;
+  std::vector<std::string> dirs = SystemDirsIfAny(target, "");
+  const std::string begun = dirs.empty() ? InstalledSystem(target) : "";
+  if (!begun.empty()) dirs.push_back(target + "/" + begun);
+  for (const std::string& dir : dirs) removal.systems.push_back(FromSystem(dir));
+  const std::string satellite = target + "/" + kSatelliteDirectory;
+  if (Exists(satellite + "/" + kSatelliteList)) {
+    removal.systems.push_back(FromSatellite(satellite));
+  }
+  removal.tree = {target, {kTarErrors, kTransferErrors}, {kCodePointer, kSdkPointer, kSystemList}};
+  std::set<std::string> known = {kUninstalling, kTarErrors,  kTransferErrors,
+                                 kCodePointer,  kSdkPointer, kSystemList};
+  for (const RemovalFrom& part : removal.systems) {
+    RequireNoLinks(part);
+    AddKept(part, removal.kept);
+    known.insert(fs::path(part.dir).filename());
+  }
+  std::error_code failed;
+  const bool sdk = dirs == std::vector<std::string>{target};
+  for (const auto& entry : fs::directory_iterator(target, failed)) {
+    if (!sdk && known.count(entry.path().filename()) == 0) removal.kept.push_back(entry.path());
+  }
+  const auto is_own = [&](const std::string& path) {
+    return fs::path(path).parent_path() == target && known.count(fs::path(path).filename()) != 0;
+  };
+  removal.kept.erase(std::remove_if(removal.kept.begin(), removal.kept.end(), is_own),
+                     removal.kept.end());
+  return removal;
+}
+
+std::vector<std::string> FilesToRemove(const Removal& removal) {
+  std::set<std::string> files;
+  std::vector<RemovalFrom> parts = removal.systems;
+  parts.push_back(removal.tree);
+  for (const RemovalFrom& part : parts) {
+    for (const auto* list : {&part.files, &part.records}) {
+      for (const std::string& file : *list) {
+        if (IsThere(part.dir + "/" + file)) files.insert(part.dir + "/" + file);
+      }
+    }
+  }
+  return {files.begin(), files.end()};
+}
+
+void Remove(const Removal& removal, bool purge) {
+  for (const RemovalFrom& part : removal.systems) {
+    RemoveFrom(part, purge);
+    if (part.dir != removal.tree.dir) rmdir(part.dir.c_str());
+  }
+  RemoveFrom(removal.tree, false);
+  SyncFileSystem(removal.tree.dir);
+  Delete(RemovalRecord(removal.tree.dir));
+  rmdir(removal.tree.dir.c_str());
+}
+
+std::string RemovalRecord(const std::string& target) { return target + "/" + kUninstalling; }
+
+void RequireNoRemoval(const std::string& target) {
+  if (!Exists(RemovalRecord(target))) return;
+  throw Refusal("The tree in " + target + " is being uninstalled. Repeat uninstall first.\n");
+}

@@ -1,0 +1,44 @@
+#ifndef KWBATCH_REMOVAL_H_
+#define KWBATCH_REMOVAL_H_
+
+#include <set>
+#include <string>
+#include <vector>
+
+/// \file
+/// Takes the files of the product out of a tree. Nothing else is deleted, and no symbolic link is
+/// followed below a system directory.
+
+/// The files of one directory that go: paths below it.
+struct RemovalFrom {
+  std::string dir;
+  std::vector<std::string> files;    ///< go first
+  std::vector<std::string> records;  ///< go when the files are gone, in this order
+};
+
+struct Removal {
+  std::vector<RemovalFrom> systems;  ///< system directories; the last one may be the satellite's
+  RemovalFrom tree;                  ///< the target itself, after them
+  std::vector<std::string> kept;     ///< full paths of what is not the product's
+};
+
+/// What goes from a target, as the manifests, tables and records there say. Throws a Refusal when
+/// one of them is damaged, or names a path that leads out of its directory, with ".." or through a
+/// symbolic link.
+Removal PlanRemoval(const std::string& target);
+
+/// The full paths of all files that go and are there.
+std::vector<std::string> FilesToRemove(const Removal& removal);
+
+/// Deletes the files, and directories of theirs that are empty then. With `purge` also what else is
+/// in the system directories, but nothing that is mounted there. What is gone already is no
+/// failure. Throws a Refusal when something stays.
+void Remove(const Removal& removal, bool purge);
+
+/// The path of the record that says that a tree is being taken away. It goes last.
+std::string RemovalRecord(const std::string& target);
+
+/// Throws a Refusal when the target is being taken away.
+void RequireNoRemoval(const std::string& target);
+
+#endif  // KWBATCH_REMOVAL_H_
