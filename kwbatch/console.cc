@@ -7,13 +7,15 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "json.h"
 #include "refusal.h"
 
 namespace {
 
 /// Where Show prints: standard output, also when all others have lost it.
 std::FILE* shown = stdout;
+
+/// Gets the texts in the place of standard output, if it is set.
+std::function<void(const std::string&)> collect;
 
 bool IsPrinted(std::FILE* stream) { return std::fflush(stream) == 0 && std::ferror(stream) == 0; }
 
@@ -62,18 +64,15 @@ void BeQuiet() {
   shown = copy;
 }
 
+void CollectTexts(const std::function<void(const std::string&)>& take) { collect = take; }
+
 void Say(const std::string& text) {
-  AddMessage(text);
+  if (collect) return collect(text);
   Print(WithoutNewline(text), stdout);
 }
 
-void SayDone(const std::string& text) {
-  Say(text);
-  NoteDone(text);
-}
-
 void Show(const std::string& text) {
-  if (IsReporting()) return AddMessage(text);
+  if (collect) return collect(text);
   Print(WithoutNewline(text), shown);
 }
 
@@ -81,7 +80,7 @@ bool AllIsPrinted() { return IsPrinted(stdout) && IsPrinted(shown); }
 
 void Complain(const std::string& text) {
   constexpr int kRed = 31;
-  AddMessage(text);
+  if (collect) collect(text);
   Print(Coloured(WithoutNewline(text), kRed, stderr), stderr);
 }
 

@@ -1,22 +1,21 @@
 #ifndef KWBATCH_CONSOLE_H_
 #define KWBATCH_CONSOLE_H_
 
+#include <functional>
 #include <string>
 
 /// From now on only Show writes to standard output. The output of programs is discarded too.
 void BeQuiet();
 
-/// What is printed also goes into the report for a machine (json.h) while there is one. Nothing but
-/// that report and errors is printed then.
-
 /// Prints a library message or a line of our own, with a newline at its end.
 void Say(const std::string& text);
 
-/// Like Say, for what the command has changed.
-void SayDone(const std::string& text);
-
 /// Like Say, even after BeQuiet: for what the user asked for.
 void Show(const std::string& text);
+
+/// From now on `take` gets every text in the place of standard output, and errors too; without a
+/// function they are printed again.
+void CollectTexts(const std::function<void(const std::string&)>& take);
 
 /// False when something that was printed is lost, on a full disk for example.
 bool AllIsPrinted();

@@ -1,6 +1,7 @@
 #include "commands.h"
 #include "console.h"
 #include "integrity.h"
+#include "json.h"
 #include "lock.h"
 #include "log.h"
 #include "pack.h"

@@ -3,6 +3,8 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "console.h"
+
 namespace {
 
 using Object = nlohmann::ordered_json;
@@ -24,6 +26,8 @@ void BeginReport(const std::string& command) {
                   {"changed", false},
                   {"done", Object::array()},
                   {"messages", Object::array()}};
+  CollectTexts(
+      [](const std::string& text) { (*report)["messages"].push_back(WithoutBlanksAround(text)); });
 }
 
 bool IsReporting() { return report.has_value(); }
@@ -33,10 +37,6 @@ void SetField(const std::string& pointer, const FieldValue& value) {
   std::visit([&](const auto& is) { (*report)[Object::json_pointer(pointer)] = is; }, value);
 }
 
-void AddMessage(const std::string& text) {
-  if (report) (*report)["messages"].push_back(WithoutBlanksAround(text));
-}
-
 void NoteChange() { SetField("/changed", true); }
 
 void NoteDone(const std::string& text) {
@@ -44,9 +44,15 @@ void NoteDone(const std::string& text) {
   if (report) (*report)["done"].push_back(WithoutBlanksAround(text));
 }
 
+void SayDone(const std::string& text) {
+  Say(text);
+  NoteDone(text);
+}
+
 std::string FinishReport(int status) {
   SetField("/status", int64_t{status});
   std::string text = report->dump(2, ' ', false, Object::error_handler_t::replace);
   report.reset();
+  CollectTexts(nullptr);
   return text;
 }

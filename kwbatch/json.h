@@ -21,14 +21,14 @@ bool IsReporting();
 /// those before it are there, and an empty list of texts also begins a list of objects.
 void SetField(const std::string& pointer, const FieldValue& value);
 
-/// Adds a message, without the blanks and newlines around it.
-void AddMessage(const std::string& text);
-
 /// The command has begun to change the target or the system.
 void NoteChange();
 
 /// The same, and says what it has done.
 void NoteDone(const std::string& text);
+
+/// Like Say, for what the command has done.
+void SayDone(const std::string& text);
 
 /// Ends the report. Returns the object; what is no UTF-8 in it is replaced.
 std::string FinishReport(int status);

@@ -9,6 +9,7 @@
 #include "files.h"
 #include "formats.h"
 #include "installable.h"
+#include "json.h"
 #include "pack_archive.h"
 #include "paths.h"
 #include "refusal.h"
@@ -36,6 +37,7 @@ std::vector<std::string> HotFixesAbove(const Pack& pack) {
 }  // namespace
 
 void Pack::Enter(Phase phase) {
+  NoteChange();
   journal.phase = phase;
   journal.Write(system_dir);
 }

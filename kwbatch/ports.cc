@@ -14,6 +14,7 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "json.h"
 #include "options.h"
 #include "refusal.h"
 #include "system_files.h"

@@ -14,6 +14,7 @@
 #include "integrity.h"
 #include "interruption.h"
 #include "journal.h"
+#include "json.h"
 #include "lock.h"
 #include "log.h"
 #include "medium.h"

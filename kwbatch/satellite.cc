@@ -6,6 +6,7 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "json.h"
 #include "paths.h"
 #include "refusal.h"
 #include "space.h"

@@ -41,7 +41,6 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
     Say(text);
     log.Write(text);
   }
-  NoteChange();
   MarkInterrupted(pack);
   if (!repair) RecordPending(pack);
   for (const std::string& line : pack.journal.table_lines) {
@@ -82,6 +81,7 @@ void CommitPack(Pack& pack, Log& log) {
 
 void TakeBack(Pack& pack) {
   pack.journal.BeginUndo(pack.system_dir);
+  NoteChange();
   CutFragment(pack.system_dir, pack.journal.table_size);
   SafePoint();
   Restore(pack);

@@ -2,6 +2,7 @@
 
 #include "commands.h"
 #include "console.h"
+#include "json.h"
 #include "options.h"
 #include "request.h"
 #include "running_tasks.h"

@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "console.h"
+#include "json.h"
 #include "lock.h"
 #include "log.h"
 #include "pack.h"

@@ -79,6 +79,7 @@ run 0 commit "$work/tree"
 keep committed
 sweep committed undo-service-pack hot-fix "$media/hf1" "$work/tree"
 sweep committed '' hot-fix "$media/hf1" "$work/tree"
+sweep committed '' uninstall "$work/tree"
 use committed
 rm "$system/code/bin/TEVDrafting" "$system/code/data/Drafting/"*
 keep damaged
