@@ -175,15 +175,20 @@ void Install(const Options& options) {
   tree.MakeDirectory();
   MakeTree(plan, languages);
   for (const auto& [medium, mask] : languages) RecordLanguages(*medium, request.target, mask, log);
+  // What the site has changed is kept before older files replace those of a pack.
+  std::vector<Pack> packs;
+  for (const Medium& medium : plan.packs) {
+    packs.push_back(PackToInstall(medium, request.target));
+    BeginPack(packs.back(), log);
+  }
   TransferAll(plan, languages, log);
   SafePoint();
   for (const auto& [medium, mask] : languages) {
     RemoveOtherLanguages(SystemDir(*medium, request.target), mask);
   }
   bool set_up = true;
-  for (const Medium& medium : plan.packs) {
-    Pack pack = PackToInstall(medium, request.target);
-    set_up = InstallPack(medium, request.target, pack, log) && set_up;
+  for (size_t i = 0; i < packs.size(); ++i) {
+    set_up = InstallPack(plan.packs[i], request.target, packs[i], log) && set_up;
   }
   for (const Medium& medium : plan.media) {
     SafePoint();

@@ -40,7 +40,7 @@ const std::vector<OptionGroup>& OptionGroups() {
        {{option::kKeyring, "FILE", "refuse media that are not signed with a key of FILE"}}},
       {"Options",
        {command::kInstall, command::kCheck, command::kServicePack, command::kCommit,
-        command::kHotFix, command::kUninstall},
+        command::kUndoServicePack, command::kHotFix, command::kUninstall},
        {{option::kIfNeeded, nullptr, "nothing to do is no failure"}}},
       {"Options",
        installs,

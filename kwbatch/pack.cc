@@ -85,7 +85,6 @@ Pack PackToInstall(const Medium& medium, const std::string& target) {
   // A committed pack stays committed: there is nothing to go back to.
   if (!journal && installed && !hot_fix) {
     pack.journal.phase = Phase::kRepairing;
-    pack.journal.site_files.clear();
     for (const std::string& line : HotFixesAbove(pack)) pack.journal.table_lines.push_back(line);
   }
   if (journal && journal->phase == Phase::kPending) pack.journal.phase = Phase::kInstalling;

@@ -94,10 +94,10 @@ void Restore(const Pack& pack) {
   for (auto dir = dirs.rbegin(); dir != dirs.rend(); ++dir) rmdir(pack.In(*dir).c_str());
 }
 
-std::vector<std::string> KeepSiteFiles(const Pack& pack) {
+std::vector<std::string> KeepSiteFiles(const Pack& pack, const std::string& suffix) {
   std::vector<std::string> kept;
   for (const std::string& file : pack.journal.site_files) {
-    const std::string saved = pack.In(file) + kSavedSuffix;
+    const std::string saved = pack.In(file) + suffix;
     if (!IsThere(saved)) continue;
     kept.push_back(SitePath(pack.In(file)));
     if (TEVRenameFile(saved.c_str(), kept.back().c_str()) != 0) {

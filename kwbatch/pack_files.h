@@ -20,7 +20,8 @@ void Save(const Pack& pack);
 void Restore(const Pack& pack);
 
 /// Gives the files that the site had changed the names that SitePath chooses, and returns these.
-std::vector<std::string> KeepSiteFiles(const Pack& pack);
+/// `suffix` is behind the names that they have.
+std::vector<std::string> KeepSiteFiles(const Pack& pack, const std::string& suffix);
 
 /// Deletes what was set aside.
 void DeleteSaved(const Pack& pack);

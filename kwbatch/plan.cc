@@ -65,6 +65,13 @@ void RequireSameMedium(const Unfinished& unfinished, const Medium& medium,
   }
 }
 
+/// Does a tree that has all products of the medium lack what comes behind them?
+bool LacksLastSteps(const Medium& medium, const Request& request) {
+  if (medium.kind != MediumKind::kProducts) return false;
+  return LacksRegistration(request.ports, SystemDir(medium, request.target)) ||
+         (!request.satellite.empty() && !HasSatellite(request.target));
+}
+
 /// The media of which something can be installed. Throws a Refusal when there is none.
 std::vector<Medium> Installable(std::vector<Medium> media, const Request& request) {
   std::vector<Medium> installable;
@@ -83,7 +90,7 @@ std::vector<Medium> Installable(std::vector<Medium> media, const Request& reques
     } catch (const NothingToDo& refusal) {
       reason = refusal.what();
       // Everything is there, but the last steps are missing.
-      if (unfinished) installable.push_back(std::move(medium));
+      if (unfinished || LacksLastSteps(medium, request)) installable.push_back(std::move(medium));
     }
   }
   if (installable.empty()) throw NothingToDo(reason);

@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <iterator>
 #include <sstream>
+#include <vector>
 
 #include "console.h"
 #include "files.h"
@@ -77,11 +78,11 @@ bool IsOurs(const std::string& service) {
 template <typename IsOwn>
 bool IsOfAnother(int port, IsOwn is_own) {
   for (const std::string& line : LinesOf(SystemFile(kServices))) {
-    std::istringstream words(line);
+    std::istringstream words(line.substr(0, line.find('#')));
     std::string name;
     std::string entry;
     const bool has_port = words >> name >> entry && entry == std::to_string(port) + "/tcp";
-    if (has_port && name.front() != '#' && !is_own(name)) return true;
+    if (has_port && !is_own(name)) return true;
   }
   return false;
 }
@@ -227,6 +228,20 @@ Registration PlanRegistration(const PortWishes& wishes, const std::string& syste
   if (Exists(inetd)) RequireWritable(inetd);
   registration.daemon = system_dir + "/" + kDaemon;
   return registration;
+}
+
+bool LacksRegistration(const PortWishes& wishes, const std::string& system_dir) {
+  if (!wishes.registered) return false;
+  if (!IsRegistered(wishes.given)) return true;
+  if (!Exists(SystemFile(kInetd)) || !NeedsDaemon(system_dir)) return false;
+  for (const std::string& line : LinesOf(SystemFile(kInetd))) {
+    std::istringstream words(line);
+    const std::vector<std::string> fields{std::istream_iterator<std::string>(words), {}};
+    constexpr size_t kProgram = 5;
+    if (fields.size() <= kProgram || fields.front() != kDaemonService) continue;
+    if (Exists(fields[kProgram])) return false;
+  }
+  return true;
 }
 
 void Register(const Registration& registration, Log& log) {

@@ -42,6 +42,10 @@ struct Registration {
 /// all when that is not wanted. Throws a Refusal, for a given port that is taken too.
 Registration PlanRegistration(const PortWishes& wishes, const std::string& system_dir);
 
+/// Is there something to register, in a tree that has all its products? Not while inetd starts the
+/// daemon of another tree, which exists: two trees would take the service from each other.
+bool LacksRegistration(const PortWishes& wishes, const std::string& system_dir);
+
 /// Registers the ports and the daemon; says and logs what has changed. Throws a Refusal.
 void Register(const Registration& registration, Log& log);
 

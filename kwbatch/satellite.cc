@@ -25,6 +25,8 @@ void RequireSatellite(const std::string& medium, const std::string& target, bool
   RequireWritable(SystemFile(kInetd));
 }
 
+bool HasSatellite(const std::string& target) { return Exists(target + "/satellite"); }
+
 std::vector<Member> SatelliteMembers(const std::string& medium) {
   std::vector<Member> members = MembersOf(MediumPath(medium) + "/" + kSatelliteArchive);
   for (Member& member : members) member.path.insert(0, "satellite/");

@@ -10,6 +10,9 @@
 /// `registered` if that is wanted.
 void RequireSatellite(const std::string& medium, const std::string& target, bool registered);
 
+/// Is there a directory of the satellite in the target?
+bool HasSatellite(const std::string& target);
+
 /// What its archive unpacks, with paths below the target. Throws a Refusal.
 std::vector<Member> SatelliteMembers(const std::string& medium);
 

@@ -20,7 +20,20 @@
 #include "transfer.h"
 #include "tree.h"
 
+namespace {
+
+void TellKept(const std::vector<std::string>& paths, Log& log) {
+  for (const std::string& path : paths) {
+    const std::string text = "A file that was changed here is kept as " + path + ".\n";
+    Say(text);
+    log.Write(text);
+  }
+}
+
+}  // namespace
+
 void ReplaceFiles(const Medium& medium, const std::string& target, Pack& pack, Log& log) {
+  NoteChange();
   if (pack.journal.phase != Journal::Phase::kRepairing) Save(pack);
   PruneTable(pack);
   SafePoint();
@@ -32,15 +45,25 @@ void ReplaceFiles(const Medium& medium, const std::string& target, Pack& pack, L
   SafePoint();
 }
 
-bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Log& log) {
-  const bool repair = pack.journal.phase == Journal::Phase::kRepairing;
+void BeginPack(Pack& pack, Log& log) {
   pack.Enter(pack.journal.phase);
+  if (pack.journal.phase == Journal::Phase::kRepairing) {
+    TellKept(KeepSiteFiles(pack, ""), log);
+    // What has their names from now on is not the site's.
+    pack.journal.site_files.clear();
+    pack.Enter(pack.journal.phase);
+  }
   for (const std::string& file : pack.journal.site_files) {
     const std::string text =
         "Changed here: " + pack.In(file) + "; a commit keeps it as FILE" + kSiteSuffix + ".\n";
     Say(text);
     log.Write(text);
   }
+}
+
+bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Log& log) {
+  const bool repair = pack.journal.phase == Journal::Phase::kRepairing;
+  BeginPack(pack, log);
   MarkInterrupted(pack);
   if (!repair) RecordPending(pack);
   for (const std::string& line : pack.journal.table_lines) {
@@ -68,11 +91,7 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
 void CommitPack(Pack& pack, Log& log) {
   SyncFileSystem(pack.system_dir);
   pack.Enter(Journal::Phase::kCommitting);
-  for (const std::string& path : KeepSiteFiles(pack)) {
-    const std::string text = "A file that was changed here is kept as " + path + ".\n";
-    Say(text);
-    log.Write(text);
-  }
+  TellKept(KeepSiteFiles(pack, kSavedSuffix), log);
   DeleteSaved(pack);
   DeleteLeftovers(pack);
   DeleteRecords(pack);

@@ -7,7 +7,11 @@
 #include "medium.h"
 #include "pack.h"
 
-/// Sets aside what a pack or hot fix replaces, and unpacks its archive. It must have its journal.
+/// Writes the journal of a pack. The files that the site has changed are kept at once when it goes
+/// on again, and at its commit otherwise; says which they are.
+void BeginPack(Pack& pack, Log& log);
+
+/// Sets aside what a pack or hot fix replaces, and unpacks its archive. It must have been begun.
 void ReplaceFiles(const Medium& medium, const std::string& target, Pack& pack, Log& log);
 
 /// Ends what is installed: it can no longer be taken back. Says which files of the site are kept.

@@ -93,6 +93,7 @@ void Demand::Add(const std::vector<Member>& members, const std::set<std::string>
 void Demand::Require() const {
   std::string missing;
   for (const auto& [device, volume] : volumes_) {
+    RequireReadWrite(volume.dir);
     const struct statvfs usage = Usage(volume.dir);
     const int64_t bytes = std::max<int64_t>(0, volume.blocks) * volume.block;
     const int64_t inodes = std::max<int64_t>(0, volume.inodes);

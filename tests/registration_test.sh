@@ -15,19 +15,24 @@ run 0 install "$media/ga" "$work/silent" --os aix_a --no-services --satellite "$
 ! grep -q 'mi-ray\|silent' "$work/scratch/services" "$work/scratch/inetd.conf" || fail '--no-services'
 # The daemon is registered when the services are known already.
 : >"$work/scratch/inetd.conf"
+run 0 check "$media/ga" "$work/tree" --os aix_a
+expect_text TEVSysDemon
 # A given port that is taken, here by itself, is refused.
 taken=(install "$media/ga" "$work/other" --os aix_a --run-port 20061 --bb-port 20061)
 expect_refusal 20061 "${taken[@]}"
 [[ ! -e $work/other ]] || fail 'a port that is taken was not refused at once'
 run 0 check "${taken[@]:1}" --next-free
 # So is the port of another service, and one on which a program listens with IPv6.
-echo 'other 20081/tcp' >>"$work/scratch/services"
+echo 'other 20081/tcp#' >>"$work/scratch/services"
 expect_refusal 'Free is 20082' check "$media/ga" "$work/other" --run-port 20081
 listener='socket(S, AF_INET6, SOCK_STREAM, 0) && setsockopt(S, 41, 26, pack("i", 1)) &&
   bind(S, pack_sockaddr_in6(20091, IN6ADDR_ANY)) && listen(S, 1) && print("here\n") && sleep 60'
 coproc perl -MSocket=:DEFAULT,IN6ADDR_ANY,pack_sockaddr_in6 -e "\$| = 1; $listener"
 if read -r _ <&"${COPROC[0]}"; then
   expect_refusal 'Free is 20092' check "$media/ga" "$work/other" --run-port 20091
+  expect_refusal 20091 check "$media/ga" "$work/other" --orb-port 20091
+  run 0 check "$media/ga" "$work/other" --orb-port 20091 --next-free
+  expect_text 'Free is 20092'
   kill "$COPROC_PID"
 else
   echo 'Not tried: a port on which somebody listens with IPv6, because there is none.'

@@ -121,7 +121,10 @@ run 0 commit "$work/late"
 run 0 hot-fix "$media/hf1" "$work/late"
 expect_refusal '--with-pack' install "$media/ga/aix_a" "$work/late"
 expect_refusal 'not that of' install "$media/ga/aix_a" "$work/late" --with-pack "$media/sp2"
+echo ours >"$work/late/aix_a/code/bin/TEVSysDemon"
 run 0 install "$media/ga/aix_a" "$work/late" --with-pack "$media/sp1"
+expect_text "kept as $work/late/aix_a/code/bin/TEVSysDemon.site"
+[[ -z $(find "$work/late" -name '*.site' ! -name TEVSysDemon.site) ]] || fail 'kept what is not ours'
 run 0 verify "$work/late"
 grep -q 'service pack 1, from' "$work/late/aix_a/code/bin/TEVModeler" || fail 'an older file'
 run 0 hot-fix "$media/hf1" "$work/late"
