@@ -74,6 +74,7 @@ Member MemberIn(const std::string& line) {
 /// empty.
 std::vector<Member> ReadMembers(const std::string& archive) {
   SafePoint();
+  RequireReadable(archive);
   RequireProgram("tar");
   RequireProgram(UnpackingProgram(archive));
   const TemporaryDirectory temp;

@@ -9,6 +9,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
@@ -46,6 +47,11 @@ bool IsThere(const std::string& path) {
   if (TEVGetFileInfo(path.c_str(), &info) == 0) return true;
   if (errno == ENOENT || errno == ENOTDIR) return false;
   throw Refusal("The file " + path + " cannot be looked at.\n");
+}
+
+void RequireReadable(const std::string& path) {
+  if (TEVFileAccess(path.c_str(), 4) == 0 || errno == ENOENT || errno == ENOTDIR) return;
+  throw Refusal("The file " + path + " cannot be read: " + std::strerror(errno) + ".\n");
 }
 
 void Delete(const std::string& path) {

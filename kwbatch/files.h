@@ -14,6 +14,9 @@ bool Exists(const std::string& path);
 /// examined.
 bool IsThere(const std::string& path);
 
+/// Throws a Refusal when the file is there, as far as one can tell, but cannot be read.
+void RequireReadable(const std::string& path);
+
 /// Deletes a file, if it exists. Throws a Refusal when it stays.
 void Delete(const std::string& path);
 

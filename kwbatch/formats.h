@@ -102,9 +102,8 @@ constexpr int kEverything = 127;  ///< all languages and the fonts
 // In the system.
 constexpr char kServices[] = "services";
 constexpr char kInetd[] = "inetd.conf";
-constexpr const char* kDaemonService = "morvelk7run";
-constexpr const char* kOurServices[] = {"morvelk7bb", kDaemonService, "TEVDeviceBroker"};
 constexpr char kDaemonService[] = "morvelk7run";
+constexpr const char* kOurServices[] = {"morvelk7bb", kDaemonService, "TEVDeviceBroker"};
 constexpr char kSatelliteService[] = "mi-ray";
 constexpr char kServiceComment[] = "#Brovik Communication ports";  ///< in lines of kOurServices
 constexpr char kSatelliteComment[] = "# Rendering slave";          ///< in that of the satellite

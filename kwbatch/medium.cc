@@ -2,9 +2,9 @@
 
 #include <kb0core/TEVFile.h>
 
-#include <cerrno>
 #include <cstring>
 
+#include "files.h"
 #include "formats.h"
 #include "paths.h"
 #include "refusal.h"
@@ -21,12 +21,6 @@ MediumKind KindOf(TEVINSMediaToc* toc) {
   if (TEVInsCheckMediaSMP(toc, &message) == 0) return MediumKind::kSamples;
   if (TEVInsCheckMedia(code, toc, &message) == 0) return MediumKind::kProducts;
   throw Refused(message);
-}
-
-/// Throws a Refusal when the file is there, as far as one can tell, but cannot be read.
-void RequireReadable(const std::string& path) {
-  if (TEVFileAccess(path.c_str(), 4) == 0 || errno == ENOENT || errno == ENOTDIR) return;
-  throw Refusal("The file " + path + " cannot be read: " + std::strerror(errno) + ".\n");
 }
 
 Medium OpenSystem(const std::string& dir, const std::string& os) {

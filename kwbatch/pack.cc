@@ -105,6 +105,7 @@ void RequireSpace(const Medium& medium, const std::string& target, const Pack& p
 
 std::vector<Pack> UncommittedPacks(const Request& request) {
   const std::string& target = request.target;
+  RequireReadWrite(target);
   std::vector<Pack> packs;
   for (const std::string& dir : SystemDirs(target, request.os)) {
     const TEVINSType type = dir == target ? zeb2 : code;

@@ -21,6 +21,7 @@
 #include "paths.h"
 #include "refusal.h"
 #include "request.h"
+#include "space.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -107,6 +108,7 @@ void Repair(const Options& options) {
   const Lock lock(request.target, Lock::Kind::kWriting, request);
   const std::vector<Medium> media = OpenMedium(request.medium, request.os);
   RequireTree(request.target);
+  RequireReadWrite(request.target);
   Log log(request.log, " repair of " + request.target + " from " + request.medium + "\n");
   for (const Medium& medium : media) {
     const bool is_there = Exists(SystemDir(medium, request.target) + "/" + kPresent);

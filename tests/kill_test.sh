@@ -42,6 +42,10 @@ sweep() {
   for ((call = step; call <= calls; call += step)); do
     use "$begin"
     (cd "$work" && "$kill_at" "$call" "$kwbatch" "$@" >/dev/null) || break
+    # What is being committed cannot be undone.
+    if [[ $again ]] && grep -qs HFX "$system/control/PRESENT"; then
+      grep -qs ^installing "$system/control/SPK.journal" || break
+    fi
     if [[ $again ]]; then
       run_again "$again" "$work/tree" --scratch "$work/scratch"
     else
