@@ -107,3 +107,6 @@ read -r needed files < <(sed -nE 's/^In .*, ([0-9]+) KB and ([0-9]+) inodes are 
   fail "$needed KB and $files inodes were said, $used and $inodes are used"
 on_disk 1 ro
 expect_text 'is read-only'
+# shellcheck disable=SC2016
+on_disk 1 size=16M 'mount -o remount,ro . && exec "$0" repair "$2" "$3/small/tree" --scratch "$3/scratch"'
+expect_text 'is read-only'

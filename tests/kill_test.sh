@@ -38,7 +38,7 @@ sweep() {
     use "$begin"
     ! state | diff -q "$work/wanted" - >"$work/output" || fail "nothing was done: $*"
   fi
-  step=${KWINSTUTIL_ALL_KILLS:-$((calls / 6 + 1))}
+  step=${KWINSTUTIL_ALL_KILLS:-$((calls / 4 + 1))}
   for ((call = step; call <= calls; call += step)); do
     use "$begin"
     (cd "$work" && "$kill_at" "$call" "$kwbatch" "$@" >/dev/null) || break
@@ -84,6 +84,10 @@ keep committed
 sweep committed undo-service-pack hot-fix "$media/hf1" "$work/tree"
 sweep committed '' hot-fix "$media/hf1" "$work/tree"
 sweep committed '' uninstall "$work/tree"
+use committed
+echo ours >"$system/code/bin/TEVSysDemon"
+keep changed
+sweep changed '' service-pack "$media/sp1" "$work/tree"
 use committed
 rm "$system/code/bin/TEVDrafting" "$system/code/data/Drafting/"*
 keep damaged
