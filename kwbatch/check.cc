@@ -4,11 +4,13 @@
 
 #include "commands.h"
 #include "console.h"
+#include "deep_check.h"
 #include "files.h"
 #include "genuine.h"
 #include "journal.h"
 #include "lock.h"
 #include "medium.h"
+#include "options.h"
 #include "pack.h"
 #include "plan.h"
 #include "ports.h"
@@ -57,6 +59,13 @@ void CheckInstallation(const Options& options, const Request& request, std::vect
   TellRegistration(plan.registration);
 }
 
+/// Reads the archives of all media that would be used.
+void CheckArchives(const Request& request) {
+  for (const std::string& medium : {request.medium, request.with_pack, request.satellite}) {
+    if (!medium.empty()) RequireNoFaults(medium);
+  }
+}
+
 /// Warns of programs that run from the tree.
 void WarnOfTasks(const std::string& target) {
   if (!Exists(target)) return;
@@ -76,6 +85,7 @@ void Check(const Options& options) {
   const Request request = RequestOf(options);
   const Lock lock(request.target, Lock::Kind::kReading, request);
   if (!request.verified) TellUnverified(request.medium);
+  if (options.Has(option::kDeep)) CheckArchives(request);
   std::vector<Medium> media = OpenMedium(request.medium, request.os);
   if (IsUpdate(media.front().kind)) {
     CheckUpdate(request, std::move(media));

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 
 #include "refusal.h"
 
@@ -16,6 +17,9 @@ std::FILE* shown = stdout;
 
 /// Gets the texts in the place of standard output, if it is set.
 std::function<void(const std::string&)> collect;
+
+/// What is shown instead of a path.
+std::map<std::string, std::string> given_paths;
 
 bool IsPrinted(std::FILE* stream) { return std::fflush(stream) == 0 && std::ferror(stream) == 0; }
 
@@ -50,11 +54,23 @@ size_t Columns() {
 }
 
 void Print(const std::string& text, std::FILE* stream) {
-  std::fprintf(stream, "%s\n", text.c_str());
+  std::fprintf(stream, "%s\n", AsShown(text).c_str());
   std::fflush(stream);
 }
 
 }  // namespace
+
+void ShowAs(const std::string& path, const std::string& given) { given_paths[path] = given; }
+
+std::string AsShown(std::string text) {
+  for (const auto& [path, given] : given_paths) {
+    for (size_t found = 0; (found = text.find(path, found)) != std::string::npos;) {
+      text.replace(found, path.size(), given);
+      found += given.size();
+    }
+  }
+  return text;
+}
 
 void BeQuiet() {
   std::FILE* copy = fdopen(dup(STDOUT_FILENO), "w");

@@ -4,6 +4,12 @@
 #include <functional>
 #include <string>
 
+/// From now on, whatever is printed or logged names `given` where a text has `path`.
+void ShowAs(const std::string& path, const std::string& given);
+
+/// The text as the user is to see it: see ShowAs.
+std::string AsShown(std::string text);
+
 /// From now on only Show writes to standard output. The output of programs is discarded too.
 void BeQuiet();
 

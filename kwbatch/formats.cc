@@ -1,10 +1,22 @@
 #include "formats.h"
 
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cctype>
 #include <cstdlib>
 #include <filesystem>
+#include <iterator>
 #include <sstream>
 
 #include "files.h"
+
+namespace {
+
+/// The stroke fonts that the library takes out with the languages.
+constexpr const char* kLanguageFonts[] = {"SICH", "TRCH", "KANJ", "KOHG", "SSS4"};
+
+}  // namespace
 
 std::string ArchiveOf(const std::string& medium_dir, const std::string& component) {
   const std::string plain = medium_dir + "/" + component;
@@ -29,6 +41,26 @@ TableLine::TableLine(const std::string& line) {
     if (field.rfind("level=", 0) == 0)
       level = static_cast<int>(std::strtol(field.c_str() + equals, nullptr, 10));
   }
+}
+
+bool IsOfLanguage(const std::string& path) {
+  for (const Language& language : kLanguages) {
+    if (path.rfind(std::string(kCatalogs) + "/" + language.name + "/", 0) == 0) return true;
+  }
+  return std::any_of(std::begin(kLanguageFonts), std::end(kLanguageFonts),
+                     [&path](const char* font) {
+                       return path == std::string("resources/fonts/Stroke/") + font + ".font";
+                     });
+}
+
+const char* WhyNotInUpdate(const std::string& path, mode_t mode) {
+  if (!S_ISREG(mode)) return "is no regular file, which could not be taken back";
+  const auto first = static_cast<unsigned char>(path.empty() ? '-' : path[0]);
+  if (path.find(' ') != std::string::npos || std::isdigit(first) != 0 || first == '-' ||
+      first == '+') {
+    return "has a name that could not be set aside: with a blank, or a digit or sign at its start";
+  }
+  return nullptr;
 }
 
 std::string SystemFile(const std::string& name) {

@@ -1,6 +1,8 @@
 #ifndef KWBATCH_FORMATS_H_
 #define KWBATCH_FORMATS_H_
 
+#include <sys/types.h>
+
 #include <string>
 
 /// \file
@@ -98,6 +100,13 @@ constexpr const char* kIndexedFontFiles[] = {
     "resources/fonts/Stroke/SSS4.font"};
 constexpr int kIndexedFonts = 1;  ///< the bit of the language-indexed fonts
 constexpr int kEverything = 127;  ///< all languages and the fonts
+
+/// Does the path belong to a language or to its fonts? An installation leaves out those that
+/// nobody chose, so no manifest lists them.
+bool IsOfLanguage(const std::string& path);
+
+/// Why a service pack or a hot fix cannot bring a file; null when it can.
+const char* WhyNotInUpdate(const std::string& path, mode_t mode);
 
 // In the system.
 constexpr char kServices[] = "services";

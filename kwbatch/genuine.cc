@@ -31,7 +31,7 @@ void CopyFile(const fs::path& from, const fs::path& to) {
   std::error_code error;
   fs::create_directories(to.parent_path());
   if (fs::is_regular_file(fs::symlink_status(from)) && fs::copy_file(from, to, error)) return;
-  throw Refusal(from.string() + " cannot be copied to " + to.string() + ": " +
+  throw Refusal(from.string() + " cannot be copied to /tmp: " +
                 (error ? error.message() : "it is no regular file") + ".\n");
 }
 
@@ -61,33 +61,57 @@ void RequireListed(const std::string& medium, std::set<std::string> listed) {
   }
 }
 
+/// Asks gpgv who has signed the list of checksums. It also takes the signature of a key that has
+/// expired or was revoked, which only its status lines tell.
+void RequireSignature(const std::string& dir, const std::string& keyring) {
+  RequirePlainPath("keyring", keyring);
+  if (!Exists(keyring)) throw Refusal("The keyring " + keyring + " does not exist.\n");
+  if (TextOf(keyring).rfind("-----BEGIN", 0) == 0) {
+    throw Refusal("The keyring " + keyring + " is a text. gpg --dearmor makes one of it.\n");
+  }
+  if (!Succeeds("command -v gpgv")) throw Refusal("The program gpgv is missing.\n");
+  if (!Succeeds("gpgv --status-fd 3 --homedir " + dir + " --keyring " + keyring + " " + dir + "/" +
+                kSignature + " " + dir + "/" + kChecksums + " 3>gpgv.status")) {
+    throw Refusal("The medium " + dir + " is not signed with a key of " + keyring + ".\n");
+  }
+  for (const std::string& line : LinesOf("gpgv.status")) {
+    if (line.rfind("[GNUPG:] GOODSIG ", 0) == 0) return;
+  }
+  throw Refusal("The medium " + dir + " is signed with a key that has expired or was revoked.\n");
+}
+
+void RequireUnchanged(const std::string& dir) {
+  if (Succeeds("cd " + dir + " && sha256sum --strict --check " + kChecksums)) return;
+  throw Refusal("The medium " + dir + " was changed after it was signed.\n");
+}
+
 }  // namespace
 
 std::string GenuineCopy(const std::string& medium, const std::string& keyring) {
-  RequirePlainPath("keyring", keyring);
-  if (!Exists(keyring)) throw Refusal("The keyring " + keyring + " does not exist.\n");
   if (!IsThere(medium + "/" + kChecksums) || !IsThere(medium + "/" + kSignature)) {
     throw Refusal("The medium " + medium + " is not signed.\n");
   }
-  std::string name = "genuine";
-  while (IsThere(name)) name += "+";
-  std::string copy = fs::absolute(name);
+  // No name begins with another one.
+  int number = 1;
+  while (IsThere("genuine" + std::to_string(number))) ++number;
+  std::string copy = fs::absolute("genuine" + std::to_string(number));
+  ShowAs(copy, medium);
   for (const char* file : {kChecksums, kSignature}) {
     CopyFile(medium + "/" + file, copy + "/" + file);
   }
-  if (!Succeeds("command -v gpgv")) throw Refusal("The program gpgv is missing.\n");
-  if (!Succeeds("gpgv --homedir " + copy + " --keyring " + keyring + " " + copy + "/" + kSignature +
-                " " + copy + "/" + kChecksums)) {
-    throw Refusal("The medium " + medium + " is not signed with a key of " + keyring + ".\n");
-  }
+  RequireSignature(copy, keyring);
   const std::set<std::string> listed = ListedFiles(copy + "/" + kChecksums);
   RequireListed(medium, listed);
   for (const std::string& file : listed) CopyFile(medium + "/" + file, copy + "/" + file);
-  if (!Succeeds("cd " + copy + " && sha256sum --strict --check " + kChecksums)) {
-    throw Refusal("The medium " + medium + " was changed after it was signed.\n");
-  }
+  RequireUnchanged(copy);
   Say("The medium " + medium + " is genuine.");
   return copy;
+}
+
+void RequireChecksums(const std::string& medium) {
+  RequirePlainPath("medium", medium);
+  RequireListed(medium, ListedFiles(medium + "/" + kChecksums));
+  RequireUnchanged(medium);
 }
 
 void TellUnverified(const std::string& medium) {

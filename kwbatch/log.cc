@@ -48,7 +48,7 @@ Log::Log(const std::string& path, const std::string& header)
 }
 
 void Log::OpenUsual(const std::string& header) {
-  TEVUnicodeString text = header.c_str();
+  TEVUnicodeString text = AsShown(header).c_str();
   TEVUnicodeString message;
   int status = 0;
   Keep([&] { status = log_.OpenLogFile(text, message); });
@@ -79,7 +79,7 @@ Log::~Log() {
 }
 
 void Log::Write(const std::string& text) {
-  TEVUnicodeString entry = text.c_str();
+  TEVUnicodeString entry = AsShown(text).c_str();
   Keep([&] { log_.WriteLogFile(entry); });
 }
 

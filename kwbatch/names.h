@@ -55,6 +55,7 @@ constexpr OptionName kOs{"os"};
 constexpr OptionName kCode{"code"};
 constexpr OptionName kIfNeeded{"if-needed"};
 constexpr OptionName kWait{"wait"};
+constexpr OptionName kDeep{"deep"};
 constexpr OptionName kKeyring{"keyring"};
 constexpr OptionName kLanguages{"languages"};
 constexpr OptionName kFonts{"fonts"};

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <sstream>
 
+#include "console.h"
 #include "files.h"
 #include "formats.h"
 
@@ -33,7 +34,7 @@ std::optional<Unfinished> Unfinished::Read(const std::string& system_dir) {
 
 void Unfinished::Write(const std::string& system_dir) const {
   std::ostringstream text;
-  text << "medium " << medium << '\n';
+  text << "medium " << AsShown(medium) << '\n';
   if (languages) text << "languages " << *languages << '\n';
   for (const std::string& name : packages) text << "package " << name << '\n';
   text << kLastLine << '\n';

@@ -5,13 +5,13 @@
 #include <set>
 #include <utility>
 
-#include "archive_reader.h"
+#include "kwbatch/archive_reader.h"
 #include "kwbatch/console.h"
 #include "kwbatch/files.h"
 #include "kwbatch/formats.h"
 #include "kwbatch/medium.h"
+#include "kwbatch/package_line.h"
 #include "kwbatch/refusal.h"
-#include "package_line.h"
 
 namespace fs = std::filesystem;
 

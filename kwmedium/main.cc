@@ -7,8 +7,10 @@
 #include <vector>
 
 #include "builder.h"
-#include "check.h"
 #include "kwbatch/console.h"
+#include "kwbatch/deep_check.h"
+#include "kwbatch/files.h"
+#include "kwbatch/formats.h"
 #include "kwbatch/interruption.h"
 #include "kwbatch/refusal.h"
 #include "product_list.h"
@@ -57,14 +59,8 @@ void Sign(const CommandLine& line) {
 
 void Check(const CommandLine& line) {
   const std::string& medium = line.update.medium;
-  const Findings findings = CheckMedium(medium);
-  for (const std::string& warning : findings.warnings) Show("warning: " + warning);
-  for (const std::string& fault : findings.faults) Show("fault: " + fault);
-  if (!IsSigned(medium)) Say(medium + " is not signed.");
-  const size_t count = findings.faults.size();
-  if (count == 0) return Say(medium + " has no faults.");
-  throw Refusal(medium + " has " + std::to_string(count) + (count == 1 ? " fault" : " faults") +
-                ".\n");
+  if (Exists(medium) && !Exists(medium + "/" + kSignature)) Say(medium + " is not signed.");
+  RequireNoFaults(medium);
 }
 
 CLI::App* AddCommand(CLI::App& app, CommandLine& line, const char* name, const char* help,

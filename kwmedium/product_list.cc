@@ -8,8 +8,8 @@
 #include <set>
 
 #include "kwbatch/formats.h"
+#include "kwbatch/package_line.h"
 #include "kwbatch/refusal.h"
-#include "package_line.h"
 
 namespace fs = std::filesystem;
 

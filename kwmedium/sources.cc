@@ -1,31 +1,22 @@
 #include "sources.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <utility>
 
-#include "kwbatch/formats.h"
+#include "kwbatch/package_line.h"
 #include "kwbatch/refusal.h"
-#include "package_line.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
-/// The stroke fonts that the library takes out with the languages.
-constexpr const char* kLanguageFonts[] = {"SICH", "TRCH", "KANJ", "KOHG", "SSS4"};
-
 struct stat InfoOf(const std::string& path) {
   struct stat info {};
   if (lstat(path.c_str(), &info) == 0) return info;
   throw Refusal(Printable(path) + ": " + std::strerror(errno) + ".\n");
-}
-
-bool BeginsWith(const std::string& text, const std::string& start) {
-  return text.compare(0, start.size(), start) == 0;
 }
 
 }  // namespace
@@ -59,24 +50,4 @@ Source SourceOf(const std::string& path, const std::string& origin) {
   if (!IsText(path)) throw Refusal("The name " + Printable(path) + " is not UTF-8.\n");
   if (!S_ISREG(source.info.st_mode)) throw Refusal(origin + " is no regular file.\n");
   return source;
-}
-
-bool IsOfLanguage(const std::string& path) {
-  for (const Language& language : kLanguages) {
-    if (BeginsWith(path, std::string(kCatalogs) + "/" + language.name + "/")) return true;
-  }
-  return std::any_of(std::begin(kLanguageFonts), std::end(kLanguageFonts),
-                     [&path](const char* font) {
-                       return path == std::string("resources/fonts/Stroke/") + font + ".font";
-                     });
-}
-
-const char* WhyNotInUpdate(const std::string& path, mode_t mode) {
-  if (!S_ISREG(mode)) return "is no regular file, which could not be taken back";
-  const auto first = static_cast<unsigned char>(path.empty() ? '-' : path[0]);
-  if (path.find(' ') != std::string::npos || std::isdigit(first) != 0 || first == '-' ||
-      first == '+') {
-    return "has a name that could not be set aside: with a blank, or a digit or sign at its start";
-  }
-  return nullptr;
 }

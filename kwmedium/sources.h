@@ -20,11 +20,4 @@ std::vector<Source> SourcesBelow(const std::string& dir);
 /// One file of a directory; a Refusal when it is not there or is no file.
 Source SourceOf(const std::string& path, const std::string& origin);
 
-/// Does the path belong to a language or to its fonts? An installation leaves out those that
-/// nobody chose, so no manifest lists them.
-bool IsOfLanguage(const std::string& path);
-
-/// Why a service pack or a hot fix cannot bring a file; null when it can.
-const char* WhyNotInUpdate(const std::string& path, mode_t mode);
-
 #endif  // KWMEDIUM_SOURCES_H_

@@ -14,8 +14,8 @@
 #include "kwbatch/console.h"
 #include "kwbatch/files.h"
 #include "kwbatch/formats.h"
+#include "kwbatch/package_line.h"
 #include "kwbatch/refusal.h"
-#include "package_line.h"
 
 namespace fs = std::filesystem;
 

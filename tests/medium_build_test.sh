@@ -138,22 +138,27 @@ if ! command -v gpg gpgv >/dev/null; then
 fi
 export GNUPGHOME=$work/gnupg
 mkdir -m 700 "$GNUPGHOME"
-for key in one two; do
-  gpg --batch --quiet --passphrase '' --quick-generate-key "$key@example.com" default default never
-  gpg --export "$key@example.com" >"$key.gpg"
+for key in one two old; do
+  gpg --batch --quiet --faked-system-time 20240101T000000 --passphrase '' \
+    --quick-generate-key $key@example.com default default "$([[ $key == old ]] && echo 1y || echo never)"
+  gpg --export $key@example.com >$key.gpg
 done 2>/dev/null
+gpg --export --armor >armored.gpg
+cat one.gpg old.gpg >both.gpg
 run 0 check "$work/ga2" "$work/signed"
 expect_text 'ga2 is not signed'
 expect_refusal 'is not signed.' install "$work/ga2" "$work/signed" --keyring one.gpg
+expect_exit 1 "$KWMEDIUM" sign ga2 --key old@example.com
+[[ ! -e ga2/SHA256SUMS ]] || fail 'half a signature'
 expect_exit 0 "$KWMEDIUM" sign ga2 --key one@example.com
 expect_exit 0 "$KWMEDIUM" check ga2
-(cd ga2 && sha256sum --quiet --check SHA256SUMS) || fail 'the checksums'
 expect_refusal 'not signed with a key of' install "$work/ga2" "$work/signed" --keyring two.gpg
+expect_refusal 'gpg --dearmor' install "$work/ga2" "$work/signed" --keyring armored.gpg
 while IFS='|' read -r text command; do
   rm -rf bad
   cp -r ga2 bad
   (cd bad && eval "$command")
-  expect_refusal "$text" install "$work/bad" "$work/signed" --keyring one.gpg
+  expect_refusal "$text" install "$work/bad" "$work/signed" --keyring both.gpg
 done <<'TEXT'
 was changed after it was signed|printf x | dd of=aix_a/BASE conv=notrunc bs=1 seek=200 status=none
 has the file aix_a/Other, which is not signed|touch aix_a/Other
@@ -161,7 +166,19 @@ cannot be copied|rm hpux_b/BASE
 it is no regular file|ln -sf /etc/passwd OSUNIX
 not signed with a key of|sed -i s/BASE/X/ SHA256SUMS
 not signed with a key of|echo >SHA256SUMS.sig
+has the file link, which|ln -s aix_a link
+outside the medium|echo 'x  ../ga2/OSUNIX' >SHA256SUMS; gpg --yes --quiet -u one@example.com -b SHA256SUMS
+"a;b" cannot be used|echo 'x  a;b' >SHA256SUMS; gpg --yes --quiet -u one@example.com -b SHA256SUMS
+has expired or was revoked|gpg --yes --quiet --faked-system-time 20240201T000000 -u old@example.com -b SHA256SUMS
 TEXT
 [[ ! -e signed ]] || fail 'something was installed from a medium that is not genuine'
+echo >>bad/OSUNIX
+expect_exit 1 "$KWMEDIUM" check bad
+expect_text 'fault: The medium bad was changed'
+# Messages and records name the medium, not the copy that is used.
+run 0 check "$work/ga2" "$work/signed" --keyring one.gpg --deep
+expect_text "  $work/ga2/aix_a/BASE"
 run 0 install "$work/ga2" "$work/signed" --keyring one.gpg
 expect_text 'ga2 is genuine'
+grep -r kwbatch-private scratch output && fail 'the path of the copy'
+run 0 verify "$work/signed"

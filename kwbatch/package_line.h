@@ -1,5 +1,5 @@
-#ifndef KWMEDIUM_PACKAGE_LINE_H_
-#define KWMEDIUM_PACKAGE_LINE_H_
+#ifndef KWBATCH_PACKAGE_LINE_H_
+#define KWBATCH_PACKAGE_LINE_H_
 
 #include <qtoclib/TEVINSType.h>
 
@@ -37,4 +37,4 @@ bool IsText(const std::string& text);
 /// The text with a question mark for each byte that a terminal would not show.
 std::string Printable(std::string text);
 
-#endif  // KWMEDIUM_PACKAGE_LINE_H_
+#endif  // KWBATCH_PACKAGE_LINE_H_

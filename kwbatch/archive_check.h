@@ -1,10 +1,15 @@
-#ifndef KWMEDIUM_CHECK_ARCHIVE_H_
-#define KWMEDIUM_CHECK_ARCHIVE_H_
+#ifndef KWBATCH_ARCHIVE_CHECK_H_
+#define KWBATCH_ARCHIVE_CHECK_H_
 
 #include <set>
 #include <string>
+#include <vector>
 
-#include "findings.h"
+/// What a check has found.
+struct Findings {
+  std::vector<std::string> faults;    ///< what an installation would refuse, or do wrong
+  std::vector<std::string> warnings;  ///< what may be meant
+};
 
 /// An archive of a medium, and what the medium says of it.
 struct ArchiveToCheck {
@@ -18,4 +23,4 @@ struct ArchiveToCheck {
 /// Reads the archive to its end, and compares its members with its manifest.
 void CheckArchive(const ArchiveToCheck& archive, Findings& findings);
 
-#endif  // KWMEDIUM_CHECK_ARCHIVE_H_
+#endif  // KWBATCH_ARCHIVE_CHECK_H_

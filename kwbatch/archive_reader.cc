@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "checksum.h"
-#include "kwbatch/interruption.h"
-#include "kwbatch/refusal.h"
+#include "interruption.h"
+#include "refusal.h"
 
 ArchiveReader::ArchiveReader(std::string path)
     : path_(std::move(path)), packed_(archive_read_new()), tar_(archive_read_new()) {

@@ -1,4 +1,6 @@
-#include "check_archive.h"
+#include "archive_check.h"
+
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstring>
@@ -10,10 +12,9 @@
 
 #include "archive_reader.h"
 #include "checksum.h"
-#include "kwbatch/formats.h"
-#include "kwbatch/refusal.h"
+#include "formats.h"
 #include "package_line.h"
-#include "sources.h"
+#include "refusal.h"
 
 namespace fs = std::filesystem;
 

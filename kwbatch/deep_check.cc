@@ -1,4 +1,4 @@
-#include "check.h"
+#include "deep_check.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -9,14 +9,15 @@
 #include <sstream>
 #include <vector>
 
+#include "archive_check.h"
 #include "archive_reader.h"
-#include "check_archive.h"
-#include "kwbatch/console.h"
-#include "kwbatch/files.h"
-#include "kwbatch/formats.h"
-#include "kwbatch/medium.h"
-#include "kwbatch/refusal.h"
+#include "console.h"
+#include "files.h"
+#include "formats.h"
+#include "genuine.h"
+#include "medium.h"
 #include "package_line.h"
+#include "refusal.h"
 
 namespace fs = std::filesystem;
 
@@ -197,11 +198,16 @@ std::vector<std::string> SystemsToCheck(const std::string& dir, Findings& findin
   return systems;
 }
 
-}  // namespace
-
 Findings CheckMedium(const std::string& dir) {
   if (!fs::is_directory(dir)) throw Refusal("The directory " + dir + " does not exist.\n");
   Findings findings;
+  if (Exists(dir + "/" + kSignature)) {
+    try {
+      RequireChecksums(dir);
+    } catch (const Refusal& refusal) {
+      findings.faults.push_back(Printable(ReasonOf(refusal)));
+    }
+  }
   if (!Exists(dir + "/" + kMediumTable) && Exists(dir + "/" + kSatelliteArchive)) {
     CheckSatellite(dir, findings);
     return findings;
@@ -212,4 +218,14 @@ Findings CheckMedium(const std::string& dir) {
   return findings;
 }
 
-bool IsSigned(const std::string& dir) { return Exists(dir + "/" + kSignature); }
+}  // namespace
+
+void RequireNoFaults(const std::string& dir) {
+  const Findings findings = CheckMedium(dir);
+  for (const std::string& warning : findings.warnings) Show("warning: " + warning);
+  for (const std::string& fault : findings.faults) Show("fault: " + fault);
+  const size_t count = findings.faults.size();
+  if (count == 0) return Say(dir + " has no faults.");
+  throw Refusal(dir + " has " + std::to_string(count) + (count == 1 ? " fault" : " faults") +
+                ".\n");
+}

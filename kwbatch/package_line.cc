@@ -5,9 +5,9 @@
 #include <iterator>
 #include <sstream>
 
-#include "kwbatch/formats.h"
-#include "kwbatch/paths.h"
-#include "kwbatch/refusal.h"
+#include "formats.h"
+#include "paths.h"
+#include "refusal.h"
 
 namespace {
 

@@ -1,5 +1,5 @@
-#ifndef KWMEDIUM_ARCHIVE_READER_H_
-#define KWMEDIUM_ARCHIVE_READER_H_
+#ifndef KWBATCH_ARCHIVE_READER_H_
+#define KWBATCH_ARCHIVE_READER_H_
 
 #include <sys/types.h>
 
@@ -53,4 +53,4 @@ class ArchiveReader {
   std::array<char, 512> last_{};  ///< the last bytes of the tar archive: all zero when it is whole
 };
 
-#endif  // KWMEDIUM_ARCHIVE_READER_H_
+#endif  // KWBATCH_ARCHIVE_READER_H_
