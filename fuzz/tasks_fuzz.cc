@@ -25,7 +25,9 @@ __attribute__((visibility("default"))) FILE* popen(const char* command, const ch
   return fmemopen(ps_output.data(), ps_output.size(), mode);
 }
 __attribute__((visibility("default"))) int pclose(FILE* file) { return std::fclose(file); }
-__attribute__((visibility("default"))) int kill(pid_t pid, int signal) noexcept {
+// With noexcept only where the C library's has it.
+__attribute__((visibility("default"))) int kill(pid_t pid,
+                                                int signal) noexcept(noexcept(kill(pid, signal))) {
   Require(signal == SIGTERM, "tasks are asked to end");
   signalled.push_back(pid);
   return 0;

@@ -1,10 +1,13 @@
 #include "log.h"
 
+#include <fcntl.h>
 #include <kb0core/TEVFile.h>
 #include <kwinstutil/files.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 
 #include "console.h"
@@ -21,17 +24,21 @@ namespace {
 bool all_is_logged = true;
 std::string log_path;
 
-/// What `print` prints on standard output, which glibc lets one exchange: it does not appear there.
+/// What `print` prints on standard output: it does not appear there.
 std::string Printed(const std::function<void()>& print) {
-  char* text = nullptr;
-  size_t size = 0;
-  std::FILE* const screen = stdout;
-  stdout = open_memstream(&text, &size);
+  std::fflush(stdout);
+  const int screen = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int memory = memfd_create("printed", MFD_CLOEXEC);
+  dup2(memory, STDOUT_FILENO);
   print();
-  std::fclose(stdout);
-  stdout = screen;
-  std::string printed(text, size);
-  std::free(text);
+  std::fflush(stdout);
+  const off_t size = std::max<off_t>(lseek(memory, 0, SEEK_CUR), 0);
+  std::string printed(static_cast<size_t>(size), '\0');
+  if (pread(memory, printed.data(), printed.size(), 0) != size) printed.clear();
+  close(memory);
+  // It stays closed if it was.
+  screen < 0 ? close(STDOUT_FILENO) : dup2(screen, STDOUT_FILENO);
+  if (screen >= 0) close(screen);
   return printed;
 }
 

@@ -35,7 +35,9 @@ void* operator new(size_t size, const std::nothrow_t&) noexcept {
 void* operator new[](size_t size, const std::nothrow_t&) noexcept {
   return AllocationFails() ? nullptr : ::operator new[](size);
 }
-extern "C" __attribute__((visibility("default"))) int putenv(char* entry) noexcept {
+// With noexcept only where the C library's has it.
+extern "C" __attribute__((visibility("default"))) int putenv(char* entry) noexcept(
+    noexcept(putenv(entry))) {
   static const auto system_putenv = reinterpret_cast<int (*)(char*)>(dlsym(RTLD_NEXT, "putenv"));
   return AllocationFails() ? -1 : system_putenv(entry);
 }
