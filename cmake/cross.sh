@@ -25,16 +25,16 @@ say() { printf '== %s\n' "$*"; }
 # configure SOURCE DIRECTORY OPTION...
 configure() {
   cmake -S "$1" -B "$dir/$2" -G Ninja -DCMAKE_SYSTEM_NAME=Linux -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DCMAKE_SYSTEM_PROCESSOR="$processor" -DCMAKE_C_COMPILER="$compiler-gcc" \
-    -DCMAKE_CXX_COMPILER="$compiler-g++" -DCMAKE_CROSSCOMPILING_EMULATOR="$emulator" \
-    "${@:3}" >/dev/null
+    -DCMAKE_SYSTEM_PROCESSOR="$processor" -DCMAKE_CXX_COMPILER="$compiler-g++" \
+    -DCMAKE_CROSSCOMPILING_EMULATOR="$emulator" "${@:3}" >/dev/null
 }
 
 mkdir -p "$dir"
 printf '#!/bin/sh\nexec qemu-%s -L /usr/%s "$@"\n' "$1" "$compiler" >"$emulator"
 chmod +x "$emulator"
 say "Building GoogleTest for $1"
-configure /usr/src/googletest googletest -DBUILD_GMOCK=OFF -DCMAKE_INSTALL_PREFIX="$dir/prefix"
+configure /usr/src/googletest googletest -DCMAKE_C_COMPILER="$compiler-gcc" -DBUILD_GMOCK=OFF \
+  -DCMAKE_INSTALL_PREFIX="$dir/prefix"
 cmake --build "$dir/googletest" --target install -- --quiet >/dev/null
 say "Building for $1"
 configure . build -DCMAKE_PREFIX_PATH="$dir/prefix"

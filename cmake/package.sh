@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # package.sh: builds the preset "package", and makes a .tar.gz and Debian packages of it in
-# build/package. The same sources give the same bytes, with git or without: every date in them is that
+# build/package, and RPM packages where rpmbuild is. The same sources give the same bytes, with git or without: every date in them is that
 # of the newest entry of CHANGELOG.md.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -32,6 +32,22 @@ repack() {
   rm -rf "$content"
 }
 
+# pack GENERATOR
+pack() {
+  cpack --config "$build/CPackConfig.cmake" -G "$1" >"$dir/cpack.log" 2>&1 || {
+    cat "$dir/cpack.log" >&2
+    exit 1
+  }
+}
+
+# make_rpms: with the libraries where the systems look for them that use RPM.
+make_rpms() {
+  say 'Building package for RPM'
+  cmake --preset package -DCMAKE_INSTALL_LIBDIR="$(rpm --eval %_lib)" >/dev/null
+  cmake --build --preset package -- --quiet
+  pack RPM
+}
+
 newest=$(sed -nE '/^## /{s/.*([0-9]{4}-[0-9]{2}-[0-9]{2}).*/\1/p;q}' CHANGELOG.md)
 SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(date -u -d "${newest:?}" +%s)}
 export SOURCE_DATE_EPOCH
@@ -40,20 +56,22 @@ umask 022
 # of this machine in what it makes.
 flags=$(DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --export=sh)
 eval "$flags"
+# The library directory is chosen anew: make_rpms changes it.
 say 'Configuring package'
-cmake --preset package >/dev/null
+cmake --preset package -U 'CMAKE_INSTALL_LIBDIR' >/dev/null
 say 'Building package'
 cmake --build --preset package -- --quiet
 say 'Packing'
-rm -rf "$dir"/*.{tar.gz,deb,content}
+rm -rf "$dir"/*.{tar.gz,deb,rpm,content}
 make_tarball
-cpack --config "$build/CPackConfig.cmake" >"$dir/cpack.log" 2>&1 || {
-  cat "$dir/cpack.log" >&2
-  exit 1
-}
+pack DEB
 for deb in "$dir"/*.deb; do repack "$deb"; done
+if command -v rpmbuild >/dev/null; then make_rpms; fi
+cmake/check-packages.sh "$dir"
 if command -v lintian >/dev/null; then
   say 'Lintian'
   lintian --fail-on error "$dir"/*.deb
 fi
-(cd "$dir" && sha256sum -- *.tar.gz *.deb)
+cd "$dir"
+find . -maxdepth 1 -name '*.tar.gz' -o -name '*.deb' -o -name '*.rpm' | sort | sed 's|^\./||' |
+  xargs sha256sum --

@@ -1,4 +1,4 @@
-# Debian packages, by CPack: one of each install component. Nothing in them may differ from build
+# Debian and RPM packages, by CPack: one of each install component. Nothing in them may differ from build
 # to build: all dates are SOURCE_DATE_EPOCH.
 set(maintainer "libKWINSTUTIL maintainers <maintainers@kwinstutil.invalid>")
 set(suite "libKWINSTUTIL is what the installer of an engineering-software suite is made
@@ -12,6 +12,17 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_RPM_COMPONENT_INSTALL ON)
+set(CPACK_RPM_FILE_NAME RPM-DEFAULT)
+set(CPACK_RPM_PACKAGE_LICENSE "see the file copyright")
+set(CPACK_RPM_PACKAGE_AUTOREQ ON)
+set(CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION
+    /usr/${CMAKE_INSTALL_LIBDIR}/cmake /usr/${CMAKE_INSTALL_LIBDIR}/pkgconfig /usr/share/man
+    /usr/share/man/man1 /usr/share/bash-completion /usr/share/bash-completion/completions)
+set(CPACK_RPM_SPEC_MORE_DEFINE
+    "%define use_source_date_epoch_as_buildtime 1
+%define clamp_mtime_to_source_date_epoch 1
+%define _buildhost localhost")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_MAINTAINER ${maintainer})
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
@@ -24,13 +35,21 @@ foreach(library KWINSTUTIL QTOCLIB KB0CORE)
   list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${library_dir})
 endforeach()
 
-# add_debian_package(COMPONENT NAME SECTION DEPENDS TITLE TEXT), with changelog and copyright.
+# add_debian_package(COMPONENT NAME SECTION DEPENDS TITLE TEXT), with changelog and copyright; the RPM
+# package is the same.
 function(add_debian_package component name section depends title text)
   string(TOUPPER CPACK_DEBIAN_${component} prefix)
   set(${prefix}_PACKAGE_NAME ${name} PARENT_SCOPE)
   set(${prefix}_PACKAGE_SECTION ${section} PARENT_SCOPE)
   set(${prefix}_PACKAGE_DEPENDS ${depends} PARENT_SCOPE)
   set(${prefix}_DESCRIPTION "${title}\n${suite}\n${text}" PARENT_SCOPE)
+
+  string(TOUPPER CPACK_RPM_${component} prefix)
+  set(${prefix}_PACKAGE_NAME ${name} PARENT_SCOPE)
+  set(${prefix}_PACKAGE_SUMMARY ${title} PARENT_SCOPE)
+  set(${prefix}_PACKAGE_DESCRIPTION "${suite}\n${text}" PARENT_SCOPE)
+  string(REGEX REPLACE "[()]" "" depends "${depends}")
+  set(${prefix}_PACKAGE_REQUIRES "${depends}" PARENT_SCOPE)
 
   string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
   string(TIMESTAMP year %Y UTC)

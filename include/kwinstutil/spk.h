@@ -89,7 +89,11 @@ class KWINSTUTIL_EXPORT TEVInsResetPresent {
   ///   n  no: the length of the fields, plus 2.
   ///
   /// Writes: the new file.
+  ///
+  /// Not declared where the standard library has no std::strstream: libc++ since C++26.
+#if !defined(_LIBCPP_VERSION) || __cplusplus <= 202302L
   int IsLineToRemove(char* name, std::strstream& line, TEVINSType type) noexcept;
+#endif
 
  private:
   std::ifstream source_;
