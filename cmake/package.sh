@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # package.sh: builds the preset "package", and makes a .tar.gz and Debian packages of it in
-# build/package, and RPM packages where rpmbuild is. The same sources give the same bytes, with git or without: every date in them is that
-# of the newest entry of CHANGELOG.md.
+# build/package, and RPM packages if there is rpmbuild. The same sources give the same bytes, with git
+# or without: every date in them is that of the newest entry of CHANGELOG.md.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 dir=build/package
@@ -58,7 +58,7 @@ flags=$(DEB_BUILD_MAINT_OPTIONS=hardening=+all dpkg-buildflags --export=sh)
 eval "$flags"
 # The library directory is chosen anew: make_rpms changes it.
 say 'Configuring package'
-cmake --preset package -U 'CMAKE_INSTALL_LIBDIR' >/dev/null
+cmake --preset package -U CMAKE_INSTALL_LIBDIR >/dev/null
 say 'Building package'
 cmake --build --preset package -- --quiet
 say 'Packing'

@@ -1,5 +1,5 @@
-# Debian and RPM packages, by CPack: one of each install component. Nothing in them may differ from build
-# to build: all dates are SOURCE_DATE_EPOCH.
+# Debian and RPM packages, by CPack: one of each install component. Nothing in them may differ from
+# build to build: all dates are SOURCE_DATE_EPOCH.
 set(maintainer "libKWINSTUTIL maintainers <maintainers@kwinstutil.invalid>")
 set(suite "libKWINSTUTIL is what the installer of an engineering-software suite is made
 of: it checks media and trees, unpacks archives, registers ports and keeps the
@@ -35,8 +35,8 @@ foreach(library KWINSTUTIL QTOCLIB KB0CORE)
   list(APPEND CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${library_dir})
 endforeach()
 
-# add_debian_package(COMPONENT NAME SECTION DEPENDS TITLE TEXT), with changelog and copyright; the RPM
-# package is the same.
+# add_debian_package(COMPONENT NAME SECTION DEPENDS TITLE TEXT), with changelog and copyright. The RPM
+# package is the same, but asks for no version that is Debian's.
 function(add_debian_package component name section depends title text)
   string(TOUPPER CPACK_DEBIAN_${component} prefix)
   set(${prefix}_PACKAGE_NAME ${name} PARENT_SCOPE)
@@ -48,6 +48,7 @@ function(add_debian_package component name section depends title text)
   set(${prefix}_PACKAGE_NAME ${name} PARENT_SCOPE)
   set(${prefix}_PACKAGE_SUMMARY ${title} PARENT_SCOPE)
   set(${prefix}_PACKAGE_DESCRIPTION "${suite}\n${text}" PARENT_SCOPE)
+  string(REGEX REPLACE " \\(>=[^)]*\\)" "" depends "${depends}")
   string(REGEX REPLACE "[()]" "" depends "${depends}")
   set(${prefix}_PACKAGE_REQUIRES "${depends}" PARENT_SCOPE)
 
