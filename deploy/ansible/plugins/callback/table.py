@@ -1,0 +1,72 @@
+"""Ends a run with a table: machine, what was done there, seconds."""
+
+from __future__ import absolute_import, division, print_function
+
+__metaclass__ = type
+
+DOCUMENTATION = r"""
+---
+name: table
+type: aggregate
+short_description: A table of what was done on each machine
+description:
+  - Ends a run with a line for each machine - its name, what the tasks with M(kwinstutil.deploy.kwbatch_tree)
+    did there or why they failed, and how many seconds the machine took for all its tasks.
+author:
+  - the libKWINSTUTIL developers (@kwinstutil)
+requirements:
+  - C(callbacks_enabled = kwinstutil.deploy.table) in C(ansible.cfg)
+"""
+
+import time
+
+from ansible.plugins.callback import CallbackBase
+
+
+class CallbackModule(CallbackBase):
+    CALLBACK_VERSION = 2.0
+    CALLBACK_TYPE = "aggregate"
+    CALLBACK_NAME = "kwinstutil.deploy.table"
+    CALLBACK_NEEDS_ENABLED = True
+
+    def __init__(self):
+        super(CallbackModule, self).__init__()
+        self.started = {}  # (machine, task): when
+        self.seconds = {}  # machine: how long its tasks took
+        self.done = {}  # machine: what was done
+
+    def v2_runner_on_start(self, host, task):
+        self.started[host.name, task._uuid] = time.time()
+
+    def finish(self, result, text=None):
+        name = result._host.name
+        started = self.started.pop((name, result._task._uuid), time.time())
+        self.seconds[name] = self.seconds.get(name, 0) + time.time() - started
+        texts = self.done.setdefault(name, [])
+        if text:
+            texts.append(text)
+        elif result._task.resolved_action == "kwinstutil.deploy.kwbatch_tree":
+            texts.extend(result._result.get("done", []))
+
+    def v2_runner_on_ok(self, result):
+        self.finish(result)
+
+    def v2_runner_on_skipped(self, result):
+        self.finish(result)
+
+    def v2_runner_on_failed(self, result, ignore_errors=False):
+        self.finish(result)
+        self.done[result._host.name].append("FAILED: " + str(result._result.get("msg")))
+
+    def v2_runner_on_unreachable(self, result):
+        self.finish(result, "UNREACHABLE")
+
+    def v2_playbook_on_stats(self, stats):
+        width = max([len(name) for name in self.done] + [len("machine")])
+        self._display.display(f"\n{'machine':{width}}  seconds  what was done")
+        for name in sorted(self.done):
+            first = f"{name:{width}}  {self.seconds[name]:7.1f}  "
+            texts = self.done[name] or ["nothing to do"]
+            for text in texts:
+                self._display.display(first + text)
+                first = " " * len(first)
