@@ -23,6 +23,16 @@ import time
 from ansible.plugins.callback import CallbackBase
 
 
+def what_changed(result):
+    """What a task has changed: "+ product BASE, product Modeler - language French"."""
+    before, after = (
+        {line.split(": ", 1)[1] for line in result["diff"][side].splitlines()} for side in ("before", "after")
+    )
+    groups = [("+ ", after - before), ("- ", before - after)]
+    text = " ".join(sign + ", ".join(sorted(lines)) for sign, lines in groups if lines)
+    return text or " ".join(result["done"])
+
+
 class CallbackModule(CallbackBase):
     CALLBACK_VERSION = 2.0
     CALLBACK_TYPE = "aggregate"
@@ -38,25 +48,22 @@ class CallbackModule(CallbackBase):
     def v2_runner_on_start(self, host, task):
         self.started[host.name, task._uuid] = time.time()
 
-    def finish(self, result, text=None):
+    def finish(self, result, *texts):
         name = result._host.name
         started = self.started.pop((name, result._task._uuid), time.time())
         self.seconds[name] = self.seconds.get(name, 0) + time.time() - started
-        texts = self.done.setdefault(name, [])
-        if text:
-            texts.append(text)
-        elif result._task.resolved_action == "kwinstutil.deploy.kwbatch_tree":
-            texts.extend(result._result.get("done", []))
+        self.done.setdefault(name, []).extend(text for text in texts if text)
 
     def v2_runner_on_ok(self, result):
-        self.finish(result)
+        is_tree = result._task.resolved_action == "kwinstutil.deploy.kwbatch_tree"
+        self.finish(result, what_changed(result._result) if is_tree else "")
 
     def v2_runner_on_skipped(self, result):
         self.finish(result)
 
     def v2_runner_on_failed(self, result, ignore_errors=False):
-        self.finish(result)
-        self.done[result._host.name].append("FAILED: " + str(result._result.get("msg")))
+        done = result._result.get("done", [])
+        self.finish(result, " ".join(done), f"FAILED: {result._result.get('msg')}")
 
     def v2_runner_on_unreachable(self, result):
         self.finish(result, "UNREACHABLE")
