@@ -4,6 +4,7 @@
 # of disk, a second run completes both; then a service pack is tried, and taken out again. All is in
 # BUILDDIR/fleet. The exit status is 1 if it does not come out so, 77 if this machine lacks something.
 set -euo pipefail
+export LC_ALL=C.UTF-8
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 deploy=$root/deploy
 

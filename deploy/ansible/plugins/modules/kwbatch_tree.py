@@ -57,7 +57,9 @@ options:
     elements: str
     choices: [all, none, French, German, Italian, Japanese, Korean, Simplified_Chinese]
   os:
-    description: One operating system of the medium or the tree only.
+    description:
+      - One operating system of the medium or the tree only.
+      - The product is always uninstalled as a whole; I(os) is refused then.
     type: str
   stop:
     description: With I(state=absent), stop the programs that run from the tree before uninstalling it.
@@ -227,6 +229,8 @@ def take_out(tree, media):
 
 
 def uninstall(tree):
+    if tree.module.params["os"]:
+        tree.fail("The product is uninstalled for all operating systems; os cannot be given.")
     options = [option for option in ("stop", "purge") if tree.module.params[option]]
     words = ["--" + option for option in options]
     if not tree.module.check_mode:
