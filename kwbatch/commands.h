@@ -33,11 +33,22 @@ void UndoServicePack(const Options& options);
 /// "hot-fix": installs a hot fix.
 void HotFix(const Options& options);
 
+/// "undo-hot-fix": takes the latest hot fix out of the target, unless a service pack follows it. A
+/// second call completes an interrupted undo.
+void UndoHotFix(const Options& options);
+
 /// "tasks": lists the programs that run from the target, and stops them with --stop.
 void Tasks(const Options& options);
 
 /// "status": shows what a tree or a medium holds. Throws a NothingToDo when there is nothing.
 void Status(const Options& options);
+
+/// "register": registers the ports and daemons of an installed tree, also after it was moved.
+void RegisterTree(const Options& options);
+
+/// "languages": adds languages to an installed tree. A service pack that brings catalogs is to be
+/// named by a second call.
+void Languages(const Options& options);
 
 /// "owner": shows which packages bring a file. Throws a Refusal for files of none.
 void Owner(const Options& options);

@@ -38,6 +38,7 @@ constexpr char kTarErrors[] = "ErrorTar.log";   ///< what tar printed in a faile
 constexpr char kTransferErrors[] = "TEVInsErrorTransfer.log";  ///< its side log
 
 constexpr char kSatelliteDirectory[] = "satellite";
+constexpr char kSatelliteProgram[] = "ray.sh";            ///< in it: what inetd starts
 constexpr char kSatelliteList[] = "kwbatch.list";         ///< in it: kwbatch's list of its files
 constexpr char kUninstalling[] = "Uninstall.unfinished";  ///< kwbatch's own record
 
@@ -48,6 +49,7 @@ constexpr char kPresentCopy[] = "PRESENT.";     ///< how the names of its copies
 constexpr char kUnfinished[] = "control/Install.unfinished";  ///< kwbatch's own record
 constexpr char kPackJournal[] = "control/SPK.journal";        ///< likewise, of a service pack
 constexpr char kRegistered[] = "control/Registered";          ///< likewise, of the system's files
+constexpr char kUndoFiles[] = "control/undo";                 ///< of hot fixes: kwbatch's own, too
 constexpr char kPendingPacks[] = "control/SPK.list";
 constexpr char kInterruptedPack[] = "control/SPKInterrupted.txt";
 constexpr char kPackPrograms[] = "control/CAFPost.list";  ///< a pack's post-install programs

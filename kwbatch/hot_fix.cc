@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "console.h"
+#include "hot_fix_undo.h"
 #include "integrity.h"
 #include "json.h"
 #include "lock.h"
@@ -35,6 +36,7 @@ void HotFix(const Options& options) {
     ReplaceFiles(medium, request.target, pack, log);
     RequireWhole(pack, log);
   }
+  KeepForUndo(pack);
   CommitPack(pack, log);
   log.Succeeded();
   SayDone(pack.journal.Name() + " is installed in " + pack.system_dir + ".");

@@ -13,6 +13,7 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "install_steps.h"
 #include "integrity.h"
 #include "interruption.h"
 #include "json.h"
@@ -20,6 +21,7 @@
 #include "lock.h"
 #include "log.h"
 #include "medium.h"
+#include "options.h"
 #include "pack.h"
 #include "plan.h"
 #include "ports.h"
@@ -150,6 +152,7 @@ bool Finish(const Plan& plan, Log& log) {
 }  // namespace
 
 void Install(const Options& options) {
+  if (!options.Files().empty()) return InstallSteps(options);
   const Request request = RequestOf(options);
   std::vector<Medium> media = OpenMedium(request.medium, request.os);
   if (IsUpdate(media.front().kind)) {

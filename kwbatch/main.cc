@@ -25,11 +25,12 @@ namespace {
 const std::vector<Command>& Commands() {
   static const std::vector<Command> commands = {
       {command::kInstall,
-       {word::kMedium, word::kTarget},
+       {word::kMedium, word::kTarget, word::kMore},
        Install,
        "put every package of MEDIUM that TARGET does not have yet into TARGET",
        "  kwbatch install /cdrom/ga /opt/suite --languages French,Japanese\n"
-       "  kwbatch install /cdrom/ga /opt/suite --answers site.ini --log /var/log/suite.log\n"},
+       "  kwbatch install /cdrom/ga /opt/suite --answers site.ini --log /var/log/suite.log\n"
+       "  kwbatch install /cdrom/ga /cdrom/sp1 /cdrom/hf1 /opt/suite --commit\n"},
       {command::kCheck,
        {word::kMedium, word::kTarget},
        Check,
@@ -66,6 +67,11 @@ const std::vector<Command>& Commands() {
        HotFix,
        "install a hot fix",
        "  kwbatch hot-fix /cdrom/hotfix /opt/suite\n"},
+      {command::kUndoHotFix,
+       {word::kTarget},
+       UndoHotFix,
+       "take the latest hot fix out again",
+       "  kwbatch undo-hot-fix /opt/suite\n"},
       {command::kTasks,
        {word::kTarget},
        Tasks,
@@ -77,6 +83,16 @@ const std::vector<Command>& Commands() {
        "show what a tree or a medium holds, and whether the system's files still name it",
        "  kwbatch status /opt/suite\n"
        "  kwbatch status /opt/suite --json\n"},
+      {command::kRegister,
+       {word::kTarget},
+       RegisterTree,
+       "register the ports and daemons of TARGET, also after it was moved",
+       "  kwbatch register /opt/suite\n"},
+      {command::kLanguages,
+       {word::kTarget, word::kMedium},
+       Languages,
+       "add languages to what is installed",
+       "  kwbatch languages /opt/suite /cdrom/ga --add German\n"},
       {command::kOwner,
        {word::kTarget, word::kFiles},
        Owner,

@@ -11,8 +11,10 @@ struct CommandName {
 
 struct WordName {
   const char* text;
+  const char* help;
   const char* field = nullptr;  ///< where it stands in the report for machines
-  bool repeated = false;        ///< one or more of them, at the end
+  bool repeated = false;        ///< any number of them, at the end
+  bool required = true;
 };
 
 /// Without the dashes.
@@ -29,8 +31,11 @@ constexpr CommandName kServicePack{"service-pack"};
 constexpr CommandName kCommit{"commit"};
 constexpr CommandName kUndoServicePack{"undo-service-pack"};
 constexpr CommandName kHotFix{"hot-fix"};
+constexpr CommandName kUndoHotFix{"undo-hot-fix"};
 constexpr CommandName kTasks{"tasks"};
 constexpr CommandName kStatus{"status"};
+constexpr CommandName kRegister{"register"};
+constexpr CommandName kLanguages{"languages"};
 constexpr CommandName kOwner{"owner"};
 constexpr CommandName kFiles{"files"};
 constexpr CommandName kUninstall{"uninstall"};
@@ -38,12 +43,15 @@ constexpr CommandName kEnvironment{"environment"};
 }  // namespace command
 
 namespace word {
-constexpr WordName kMedium{"MEDIUM", "/medium"};
-constexpr WordName kTarget{"TARGET", "/target"};
-constexpr WordName kFiles{"FILE", nullptr, true};
-constexpr WordName kPackage{"PACKAGE"};
-constexpr WordName kSystem{"SYSTEM"};
-constexpr WordName kConfig{"CONFIG"};
+constexpr WordName kMedium{"MEDIUM", "directory with the table of contents and the archives",
+                           "/medium"};
+constexpr WordName kTarget{"TARGET", "directory of the installation", "/target"};
+constexpr WordName kMore{"MORE", "with several media the last word is TARGET", nullptr, true,
+                         false};
+constexpr WordName kFiles{"FILE", "path of a file, its own or below TARGET", nullptr, true};
+constexpr WordName kPackage{"PACKAGE", "name of a package, as status shows it"};
+constexpr WordName kSystem{"SYSTEM", "directory of one operating system in the installation"};
+constexpr WordName kConfig{"CONFIG", "name of a configuration"};
 }  // namespace word
 
 namespace option {
@@ -58,6 +66,9 @@ constexpr OptionName kWait{"wait"};
 constexpr OptionName kDeep{"deep"};
 constexpr OptionName kKeyring{"keyring"};
 constexpr OptionName kLanguages{"languages"};
+constexpr OptionName kCommit{"commit"};
+constexpr OptionName kAdd{"add"};
+constexpr OptionName kOnly{"only"};
 constexpr OptionName kFonts{"fonts"};
 constexpr OptionName kSatellite{"satellite"};
 constexpr OptionName kWithPack{"with-pack"};

@@ -69,30 +69,16 @@ void SetWording(CLI::App& app) {
   help.label("REQUIRED", "");
 }
 
-const char* HelpForWord(const std::string& name) {
-  if (name == word::kMedium.text) return "directory with the table of contents and the archives";
-  if (name == word::kTarget.text) return "directory of the installation";
-  if (name == word::kFiles.text) return "path of a file, its own or below TARGET";
-  if (name == word::kPackage.text) return "name of a package, as status shows it";
-  if (name == word::kSystem.text) return "directory of one operating system in the installation";
-  return "name of a configuration";
-}
-
 void AddCommand(CLI::App& app, const Command& command, CommandLine& line) {
   CLI::App* sub = app.add_subcommand(command.name.text, command.help)->group("Commands");
   for (const WordName word : command.words) {
-    if (word.repeated) {
-      const auto store_all = [&line](const std::vector<std::string>& all) { line.files = all; };
-      sub->add_option_function<std::vector<std::string>>(word.text, store_all,
-                                                         HelpForWord(word.text))
-          ->required()
-          ->type_name("");
-      continue;
-    }
     const auto store = [&line, word](const std::string& text) { line.words[word.text] = text; };
-    sub->add_option_function<std::string>(word.text, store, HelpForWord(word.text))
-        ->required()
-        ->type_name("");
+    const auto store_all = [&line](const std::vector<std::string>& all) { line.files = all; };
+    CLI::Option* added =
+        word.repeated
+            ? sub->add_option_function<std::vector<std::string>>(word.text, store_all, word.help)
+            : sub->add_option_function<std::string>(word.text, store, word.help);
+    added->required(word.required)->type_name("");
   }
   for (const OptionGroup& group : OptionGroups()) {
     if (group.IsFor(command.name.text)) AddGroup(sub, group, line);
@@ -227,6 +213,13 @@ std::optional<Options> Options::Parse(int count, char** arguments,
   return options;
 }
 
+Options Options::ForMedium(const std::string& medium, const std::string& target) const {
+  Options one = *this;
+  one.words_ = {{word::kMedium.text, medium}, {word::kTarget.text, target}};
+  one.files_.clear();
+  return one;
+}
+
 bool Options::Takes(OptionName name) const {
   for (const OptionGroup& group : OptionGroups()) {
     if (!group.IsFor(command_->name.text)) continue;
@@ -252,6 +245,8 @@ void Options::MakePathsAbsolute() {
     if (value != values_.end()) paths.push_back(&value->second);
   }
   if (Has(word::kMedium)) paths.push_back(&words_.at(word::kMedium.text));
+  // With several media this is one of them.
+  if (Has(word::kMedium) && !files_.empty()) paths.push_back(&words_.at(word::kTarget.text));
   for (std::string& file : files_) {
     if (std::filesystem::exists(file)) file = std::filesystem::absolute(file);
   }

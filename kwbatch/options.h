@@ -49,6 +49,9 @@ class Options {
   /// stay as they are.
   const std::vector<std::string>& Files() const { return files_; }
 
+  /// The same options for one medium.
+  Options ForMedium(const std::string& medium, const std::string& target) const;
+
   const Command& command() const { return *command_; }
 
  private:

@@ -39,7 +39,7 @@ std::string PathBelow(const std::string& dir, const fs::path& file) {
   const fs::path real = fs::weakly_canonical(file.parent_path(), failed) / file.filename();
   for (const auto& [root, path] : {std::pair(fs::path(dir), file.lexically_normal()),
                                    std::pair(fs::weakly_canonical(dir, failed), real)}) {
-    const std::string below = path.lexically_relative(root);
+    std::string below = path.lexically_relative(root);
     if (!below.empty() && below != "." && below.rfind("..", 0) != 0) return below;
   }
   return "";

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <set>
+#include <sstream>
 #include <utility>
 
 #include "archive.h"
@@ -12,6 +13,7 @@
 #include "integrity.h"
 #include "journal.h"
 #include "languages.h"
+#include "nearest.h"
 #include "pack.h"
 #include "paths.h"
 #include "refusal.h"
@@ -47,6 +49,42 @@ void AddMissing(const Medium& medium, const std::string& target, const std::stri
       }
       components.push_back({&medium, name, archive});
     }
+  }
+}
+
+/// Leaves out the packages that are not asked for. The frameworks stay, since all others need them,
+/// and so does what an interrupted run was asked for. Throws a UsageError for an unknown name, and
+/// a NothingToDo when nothing is left.
+void KeepOnly(Plan& plan) {
+  if (plan.request.only.empty()) return;
+  std::set<std::string> kept;
+  std::vector<std::string> known;
+  bool finished = true;
+  for (const Medium& medium : plan.media) {
+    const Content content = ContentOf(medium.kind);
+    for (const TEVINSPkg kind : content.kinds) {
+      for (const std::string& name : PackagesOf(*medium.toc, content.type, kind)) {
+        known.push_back(name);
+        if (kind == FWK) kept.insert(name);
+      }
+    }
+    const auto unfinished = Unfinished::Read(SystemDir(medium, plan.request.target));
+    if (!unfinished) continue;
+    finished = false;
+    kept.insert(unfinished->packages.begin(), unfinished->packages.end());
+  }
+  std::istringstream names(plan.request.only);
+  for (std::string name; std::getline(names, name, ',');) {
+    if (std::count(known.begin(), known.end(), name) == 0) {
+      throw UsageError("the medium has no package \"" + name + "\"" + DidYouMean("", name, known));
+    }
+    kept.insert(name);
+  }
+  std::vector<Component>& all = plan.components;
+  const auto is_left_out = [&kept](const Component& c) { return kept.count(c.name) == 0; };
+  all.erase(std::remove_if(all.begin(), all.end(), is_left_out), all.end());
+  if (all.empty() && finished) {
+    throw NothingToDo("The packages " + plan.request.only + " are installed already.\n");
   }
 }
 
@@ -151,6 +189,7 @@ Plan MakePlan(const Request& request, std::vector<Medium> media) {
   for (const Medium& medium : plan.media) {
     AddMissing(medium, target, plan.request.code_tree, plan.components);
   }
+  KeepOnly(plan);
   for (const Medium& medium : plan.media) AddPackAbove(medium, plan);
   Demand demand(target);
   for (const Component& component : plan.components) {

@@ -212,7 +212,7 @@ int UsablePort(int wanted, bool given, bool next_free, std::set<int>& chosen) {
 
 PortWishes PortWishesOf(const Options& options) {
   PortWishes wishes;
-  wishes.registered = !options.Has(option::kNoServices);
+  wishes.registered = !options.Takes(option::kNoServices) || !options.Has(option::kNoServices);
   wishes.next_free = options.Has(option::kNextFree);
   wishes.given = {GivenPort(options, option::kBbPort), GivenPort(options, option::kRunPort),
                   GivenPort(options, option::kBrokerPort)};

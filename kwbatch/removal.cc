@@ -66,6 +66,11 @@ RemovalFrom FromSystem(const std::string& dir) {
     }
     for (const std::string& file : journal->saved_files) part.files.push_back(file + kSavedSuffix);
   }
+  std::error_code failed;
+  for (const auto& entry : fs::recursive_directory_iterator(dir + "/" + kUndoFiles, failed)) {
+    const bool is_directory = entry.is_directory() && !entry.is_symlink();
+    if (!is_directory) part.files.push_back(entry.path().lexically_relative(dir));
+  }
   const std::vector<std::string> own = OwnRecords();
   part.records.insert(part.records.end(), own.begin(), own.end());
   // A pack lists its own control files as saved or new: they go with the records.

@@ -1,4 +1,3 @@
-#include <cstring>
 #include <filesystem>
 #include <map>
 #include <set>
@@ -67,16 +66,6 @@ void PutBack(const Medium& medium, const std::string& package, const std::set<st
     SayDone("  " + path);
   }
   if (!members.empty()) Unpack(archive, members, target);
-}
-
-/// Refuses a medium of another level: its files are not those of the tree.
-void RequireSameLevel(const Medium& medium, const std::string& system_dir) {
-  const auto installed = OpenInstalled(system_dir);
-  const char* tree = installed == nullptr ? nullptr : installed->GetGALevel();
-  const char* level = medium.toc->GetGALevel();
-  if (tree == nullptr || level == nullptr || std::strcmp(tree, level) == 0) return;
-  throw Refusal("The medium " + medium.dir + " is for level " + level + ", and " + system_dir +
-                " has level " + tree + ".\n");
 }
 
 void RepairSystem(const Medium& medium, const std::string& target, Log& log) {

@@ -33,6 +33,7 @@ Request RequestOf(const Options& options) {
   request.os = GivenText(options, option::kOs);
   request.log = GivenText(options, option::kLog);
   request.languages = GivenText(options, option::kLanguages);
+  request.only = GivenText(options, option::kOnly);
   request.fonts = !GivenText(options, option::kFonts).empty();
   request.satellite = GivenText(options, option::kSatellite);
   const std::string with_pack = GivenText(options, option::kWithPack);

@@ -16,6 +16,7 @@ struct Request {
   std::string os;         ///< the only operating system; without it, all
   std::string log;        ///< path of the log; without it, the usual one
   std::string languages;  ///< list of languages; without it, what the target has, or all
+  std::string only;       ///< list of packages to install; without it, all
   bool fonts = false;     ///< keep the language-indexed fonts
   std::string satellite;  ///< medium of the rendering satellite
   std::string with_pack;  ///< medium of the service pack that goes on again; full path

@@ -50,7 +50,11 @@ void InstallSatellite(const std::string& medium, const std::string& target, bool
   TEVUnicodeString message;
   if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
   SayDone("The rendering satellite is installed in " + dir + ".");
-  if (!registered) return;
+  if (registered) RegisterSatellite(dir);
+}
+
+void RegisterSatellite(std::string dir) {
+  TEVUnicodeString message;
   if (SatUpdateService(message) < 0) {
     throw Refusal("The satellite cannot be registered in " + SystemFile(kServices) + ".\n");
   }

@@ -20,4 +20,7 @@ std::vector<Member> SatelliteMembers(const std::string& medium);
 /// that is wanted. Throws a Refusal.
 void InstallSatellite(const std::string& medium, const std::string& target, bool registered);
 
+/// Registers the satellite in the directory `dir`. Throws a Refusal.
+void RegisterSatellite(std::string dir);
+
 #endif  // KWBATCH_SATELLITE_H_

@@ -8,6 +8,7 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "hot_fix_undo.h"
 #include "integrity.h"
 #include "interruption.h"
 #include "json.h"
@@ -107,6 +108,7 @@ void TakeBack(Pack& pack) {
   SafePoint();
   PruneTable(pack);
   DeleteLeftovers(pack);
+  ForgetUndo(pack);
   SyncFileSystem(pack.system_dir);
   DeleteRecords(pack);
   SyncFileSystem(pack.system_dir);

@@ -1,5 +1,6 @@
 #include "tree.h"
 
+#include <cstring>
 #include <filesystem>
 #include <utility>
 
@@ -75,6 +76,15 @@ void CutFragment(const std::string& system_dir, int64_t before) {
   // The table may have had no newline at its end before.
   const auto size = static_cast<size_t>(before);
   fs::resize_file(present, size > whole && size <= text.size() ? size : whole);
+}
+
+void RequireSameLevel(const Medium& medium, const std::string& system_dir) {
+  const auto installed = OpenInstalled(system_dir);
+  const char* tree = installed == nullptr ? nullptr : installed->GetGALevel();
+  const char* level = medium.toc->GetGALevel();
+  if (tree == nullptr || level == nullptr || std::strcmp(tree, level) == 0) return;
+  throw Refusal("The medium " + medium.dir + " is for level " + level + ", and " + system_dir +
+                " has level " + tree + ".\n");
 }
 
 std::string CodeTreeFor(const Medium& medium, const std::string& target, const std::string& given) {

@@ -37,6 +37,9 @@ bool HasFragment(const std::string& system_dir);
 /// directory, which had `before` bytes (0 when that is not known).
 void CutFragment(const std::string& system_dir, int64_t before);
 
+/// Throws a Refusal for a medium of another level: its files are not those of the tree.
+void RequireSameLevel(const Medium& medium, const std::string& system_dir);
+
 /// The code tree that an SDK medium's target belongs to: `given`, or else the one that the target
 /// names. Empty for other media. Throws a Refusal when there is none.
 std::string CodeTreeFor(const Medium& medium, const std::string& target, const std::string& given);

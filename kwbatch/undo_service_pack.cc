@@ -1,5 +1,6 @@
 #include "commands.h"
 #include "console.h"
+#include "hot_fix_undo.h"
 #include "json.h"
 #include "lock.h"
 #include "log.h"
@@ -17,6 +18,7 @@ void UndoServicePack(const Options& options) {
     }
     Log log(request.log,
             " undo of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+    SetAsideAgain(pack);
     TakeBack(pack);
     log.Succeeded();
     SayDone(pack.journal.Name() + " is taken out of " + pack.system_dir + ".");

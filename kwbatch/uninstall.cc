@@ -41,8 +41,8 @@ void RequireFinished(const std::string& target) {
 void RequireNoSdk(const std::string& target) {
   const std::vector<std::string> sdk = LinesOf(target + "/" + kSdkPointer);
   if (sdk.empty() || sdk.front() == target || !Exists(sdk.front() + "/" + kPresent)) return;
-  const std::vector<std::string> code = LinesOf(sdk.front() + "/" + kCodePointer);
-  if (code.empty() || code.front() != target) return;
+  const std::vector<std::string> code_tree = LinesOf(sdk.front() + "/" + kCodePointer);
+  if (code_tree.empty() || code_tree.front() != target) return;
   throw Refusal("The development kit in " + sdk.front() + " needs the code in " + target +
                 ". Uninstall it first.\n");
 }
@@ -112,9 +112,9 @@ void TakeOut(const SystemLines& lines, Log& log) {
 
 /// The code tree of a development kit no longer names it.
 void ForgetSdk(const std::string& target) {
-  const std::vector<std::string> code = LinesOf(target + "/" + kCodePointer);
-  if (code.empty()) return;
-  const std::string pointer = code.front() + "/" + kSdkPointer;
+  const std::vector<std::string> code_tree = LinesOf(target + "/" + kCodePointer);
+  if (code_tree.empty()) return;
+  const std::string pointer = code_tree.front() + "/" + kSdkPointer;
   const std::vector<std::string> sdk = LinesOf(pointer);
   if (!sdk.empty() && sdk.front() == target) Delete(pointer);
 }

@@ -19,6 +19,7 @@ expect_json() {
 
 take_media
 tree=$work/tree first=/systems/0
+steps="$media/ga/aix_a $media/sp1 $media/hf1 $work/steps --no-services"
 while IFS='|' read -r status fields arguments; do
   # shellcheck disable=SC2086 # words
   expect_json "$status" "$fields" $arguments
@@ -34,11 +35,21 @@ done <<CASES
 0|/changed=true|service-pack $media/sp1 $tree
 0|$first/service_packs/0/state="pending" $first/languages=["French"] $first/registered/current=true|status $tree
 0|/changed=true|commit $tree
-3|/changed=false|commit $tree
 0|/changed=true|hot-fix $media/hf1 $tree
 0|$first/service_packs/0/state="committed" $first/hot_fixes/0/state="installed"|status $tree
-0|/changed=false|verify $tree
-1|/changed=false|undo-service-pack none
+2|/changed=false|install $media/ga/aix_a $work/old --only Modler
+0|/changed=true|install $media/ga/aix_a $work/old --only Modeler --languages French --run-port 20071
+0|$first/products=["BASE","Modeler"]|status $work/old
+3|/changed=false|install $media/ga/aix_a $work/old --only Modeler
+0|/changed=true|languages $work/old $media/ga --add German --os aix_a
+3|/changed=false|languages $work/old $media/ga/aix_a --add German
+0|$first/languages=["French","German"]|status $work/old
+0|/changed=true|install $steps --commit
+3|/changed=false|install $steps --commit
+0|/changed=true|undo-hot-fix $work/steps
+3|/changed=false|undo-hot-fix $work/steps
+0|$first/hot_fixes=[] $first/service_packs/0/state="committed"|status $work/steps
+0|/changed=false|verify $work/steps
 CASES
 sed -i s/20051/20061/ "$work/scratch/services"
 rm "$system/code/bin/TEVSession"
@@ -47,8 +58,17 @@ expect_json 0 /changed=true repair "$media/ga" "$tree"
 expect_json 0 '/files/0/packages=["Modeler","SP1","HF1"] /files/1/packages=["BASE"]' owner "$tree" \
   "$system/code/bin/TEVModeler" aix_a/resources/msgcatalog/French/BASE.msg
 expect_json 1 '/files/0/packages=[]' owner "$tree" "$tree/none"
+expect_refusal Commit install "$media/ga/aix_a" "$media/sp1" "$media/hf1" "$work/pending" --no-services
 run 0 files "$tree" MechanicalDesign
 expect_text aix_a/resources/msgcatalog/French/MechanicalDesign.msg
+# A tree that was moved is registered again.
+mv "$work/old" "$work/new"
+expect_json 0 /changed=true register "$work/new"
+grep -q "$work/new/aix_a/code/bin/TEVSysDemon" "$work/scratch/inetd.conf" || fail 'not registered'
+expect_json 3 /changed=false register "$work/new"
+[[ -e $work/new/aix_a/resources/msgcatalog/German/Modeler.msg ]] || fail 'no German'
+expect_json 0 /changed=true register "$tree"
+
 # Uninstalling: what leads out of the tree, and what is damaged, is refused, and all stays.
 mkdir "$work/out" "$work/etc"
 touch "$work/out/victim"
@@ -76,7 +96,7 @@ printf 'ftp stream tcp nowait root /ftpd\r\n#end' >>"$work/etc/real"
 chmod 640 "$work/scratch/services"
 echo site >"$system/code/site"
 run 0 uninstall "$tree" --dry-run
-for text in '  morvelk7run      20061/tcp' "  $system/code/bin/TEVModeler"; do expect_text "$text"; done
+for text in '  morvelk7run ' "  $system/code/bin/TEVModeler"; do expect_text "$text"; done
 rm "$system/code/bin/TEVDrafting" "$system/code/link"
 mkdir -p "$system/code/bin/TEVDrafting/directory"
 expect_refusal 'TEVDrafting cannot be deleted' uninstall "$tree"

@@ -89,6 +89,10 @@ echo ours >"$system/code/bin/TEVSysDemon"
 keep changed
 sweep changed '' service-pack "$media/sp1" "$work/tree"
 use committed
+run 0 hot-fix "$media/hf1" "$work/tree"
+keep fixed
+sweep fixed '' undo-hot-fix "$work/tree"
+use committed
 rm "$system/code/bin/TEVDrafting" "$system/code/data/Drafting/"*
 keep damaged
 sweep damaged '' repair "$media/ga/aix_a" "$work/tree"

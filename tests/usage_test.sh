@@ -14,7 +14,7 @@ expect_usage_error 'which command?'
 expect_usage_error 'did you mean service-pack?' servicepack a b
 expect_usage_error 'did you mean install?' help instal
 expect_usage_error 'TARGET is required' install a
-expect_usage_error '"c"' install a b c
+expect_usage_error '"c"' check a b c
 expect_usage_error 'did you mean --languages?' install a b --langauges=French
 expect_usage_error 'tasks has no option --os; these have it: install' tasks a --os b
 expect_usage_error '--os must stand behind verify' --os a verify b

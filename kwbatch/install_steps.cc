@@ -1,0 +1,102 @@
+#include "install_steps.h"
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "console.h"
+#include "formats.h"
+#include "interruption.h"
+#include "journal.h"
+#include "json.h"
+#include "medium.h"
+#include "options.h"
+#include "paths.h"
+#include "refusal.h"
+#include "removal.h"
+#include "tree.h"
+#include "unfinished.h"
+
+namespace {
+
+/// Does the system directory have all packages of the medium, and is nothing of them unfinished?
+bool HasMedium(const Medium& medium, const std::string& system_dir) {
+  const auto installed = OpenInstalled(system_dir);
+  if (installed == nullptr || Unfinished::Read(system_dir)) return false;
+  const Content content = ContentOf(medium.kind);
+  const auto journal = Journal::Read(system_dir);
+  for (const TEVINSPkg kind : content.kinds) {
+    for (const std::string& name : PackagesOf(*medium.toc, content.type, kind)) {
+      if (installed->IsInstalled(name.c_str(), content.type) != 0) return false;
+      if (journal && journal->pack == name && journal->phase != Journal::Phase::kPending) {
+        return false;
+      }
+    }
+  }
+  return true;
+}
+
+/// Is a service pack of one of the media pending or being committed?
+bool IsUncommitted(const std::vector<Medium>& media, const std::string& target) {
+  return std::any_of(media.begin(), media.end(), [&target](const Medium& medium) {
+    const auto journal = Journal::Read(SystemDir(medium, target));
+    return journal && journal->phase != Journal::Phase::kUndoing;
+  });
+}
+
+void CommitIfWanted(const Options& step, const std::vector<Medium>& media,
+                    const std::string& target) {
+  if (step.Has(option::kCommit) && IsUncommitted(media, target)) Commit(step);
+}
+
+/// Installs one medium. False when there is nothing to do.
+bool InstallStep(const Options& step) {
+  const std::string target = TargetPath(step.Word(word::kTarget));
+  const std::string path = MediumPath(step.Word(word::kMedium));
+  const std::vector<Medium> media = OpenMedium(path, step.Text(option::kOs));
+  const MediumKind kind = media.front().kind;
+  const bool is_pack = IsUpdate(kind) && kind != MediumKind::kHotFix;
+  const bool has_all = std::all_of(media.begin(), media.end(), [&target](const Medium& medium) {
+    return HasMedium(medium, SystemDir(medium, target));
+  });
+  if (has_all) {
+    Say("The medium " + path + " is installed already.");
+    const bool commits = is_pack && step.Has(option::kCommit) && IsUncommitted(media, target);
+    if (commits) CommitIfWanted(step, media, target);
+    return commits;
+  }
+  try {
+    if (!IsUpdate(kind)) {
+      Install(step);
+    } else if (is_pack) {
+      ServicePack(step);
+    } else {
+      HotFix(step);
+    }
+  } catch (const NothingToDo& reason) {
+    Say(reason.what());
+    return false;
+  }
+  if (is_pack) CommitIfWanted(step, media, target);
+  return true;
+}
+
+}  // namespace
+
+void InstallSteps(const Options& options) {
+  std::vector<std::string> words = {options.Word(word::kMedium), options.Word(word::kTarget)};
+  words.insert(words.end(), options.Files().begin(), options.Files().end());
+  const std::string target = TargetPath(words.back());
+  words.pop_back();
+  SetField("/target", target);
+  SetField("/medium", words.back());
+  RequireNoRemoval(target);
+  bool changed = false;
+  for (const std::string& medium : words) {
+    SafePoint();
+    Say("Step: " + medium);
+    changed = InstallStep(options.ForMedium(medium, target)) || changed;
+  }
+  if (!changed) throw NothingToDo("All media are installed in " + target + " already.\n");
+}

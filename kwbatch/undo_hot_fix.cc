@@ -1,0 +1,79 @@
+#include <kwinstutil/kwinstutil.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "commands.h"
+#include "console.h"
+#include "files.h"
+#include "formats.h"
+#include "hot_fix_undo.h"
+#include "json.h"
+#include "lock.h"
+#include "log.h"
+#include "pack.h"
+#include "refusal.h"
+#include "request.h"
+#include "service_pack.h"
+#include "tree.h"
+
+namespace {
+
+/// The hot fix that was installed last in a system directory, if nothing has updated it since; an
+/// empty text otherwise.
+std::string LastHotFix(const std::string& system_dir) {
+  std::string name;
+  for (const std::string& text : LinesOf(system_dir + "/" + kPresent)) {
+    const TableLine line(text);
+    if (line.IsUpdate()) name = line.IsHotFix() ? line.name : "";
+  }
+  return name;
+}
+
+bool IsOfHotFix(const Journal& journal) {
+  const std::vector<std::string>& lines = journal.table_lines;
+  return std::any_of(lines.begin(), lines.end(),
+                     [](const std::string& line) { return TableLine(line).IsHotFix(); }) &&
+         std::none_of(lines.begin(), lines.end(),
+                      [](const std::string& line) { return TableLine(line).kind == "SPK"; });
+}
+
+/// Undoes the last hot fix of a system directory. False when there is none.
+bool UndoIn(const std::string& system_dir, const Request& request) {
+  Pack pack{system_dir, std::filesystem::path(system_dir).filename(), code, {}};
+  pack.journal.phase = Journal::Phase::kPending;
+  pack.journal.pack = LastHotFix(system_dir);
+  const auto journal = Journal::Read(system_dir);
+  if (journal && !IsOfHotFix(*journal)) throw journal->NotFinished(system_dir);
+  // One that was interrupted, or the undo of one.
+  if (journal) pack.journal = *journal;
+  const std::string name = pack.journal.pack;
+  if (name.empty()) return false;
+  if (!journal && !CanBeUndone(system_dir, name)) {
+    throw Refusal("The files that hot fix " + name + " has replaced in " + system_dir +
+                  " were not kept, so it cannot be undone.\n");
+  }
+  Log log(request.log, " undo of hot fix " + name + " in " + system_dir + "\n");
+  NoteChange();
+  SetAsideAgain(pack);
+  TakeBack(pack);
+  log.Succeeded();
+  SayDone("Hot fix " + name + " is taken out of " + system_dir + ".");
+  return true;
+}
+
+}  // namespace
+
+void UndoHotFix(const Options& options) {
+  const Request request = RequestOf(options);
+  const Lock lock(request.target, Lock::Kind::kWriting, request);
+  bool undone = false;
+  for (const std::string& dir : SystemDirs(request.target, request.os)) {
+    undone = UndoIn(dir, request) || undone;
+  }
+  if (undone) return;
+  throw NothingToDo("No hot fix in " + request.target +
+                    " can be undone: none is installed above the latest service pack.\n");
+}
