@@ -28,7 +28,7 @@ while read -r missing debian option; do
   rm "$work/alone/CMakeCache.txt"
 done <<'TEXT'
 CLI11 libcli11-dev KWBATCH
-LibArchive libarchive-dev KWMEDIUM
+LibArchive libarchive-dev KWBATCH
 GTest libgtest-dev TESTS
 TEXT
 configure 0 alone "${without[@]}"
