@@ -38,8 +38,9 @@ TableLine::TableLine(const std::string& line) {
   for (std::string field; std::getline(fields, field, ':');) {
     const size_t equals = field.find('=') + 1;
     if (field.rfind("ga=", 0) == 0) level_of_all = field.substr(equals);
-    if (field.rfind("level=", 0) == 0)
+    if (field.rfind("level=", 0) == 0) {
       level = static_cast<int>(std::strtol(field.c_str() + equals, nullptr, 10));
+    }
   }
 }
 

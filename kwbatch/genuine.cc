@@ -36,7 +36,7 @@ void CopyFile(const fs::path& from, const fs::path& to) {
 }
 
 /// The files that the list of checksums names: two blanks stand before the path.
-std::set<std::string> ListedFiles(const std::string& list) {
+std::set<std::string> SignedFiles(const std::string& list) {
   std::set<std::string> files;
   for (const std::string& line : LinesOf(list)) {
     const size_t blanks = line.find("  ");
@@ -100,7 +100,7 @@ std::string GenuineCopy(const std::string& medium, const std::string& keyring) {
     CopyFile(medium + "/" + file, copy + "/" + file);
   }
   RequireSignature(copy, keyring);
-  const std::set<std::string> listed = ListedFiles(copy + "/" + kChecksums);
+  const std::set<std::string> listed = SignedFiles(copy + "/" + kChecksums);
   RequireListed(medium, listed);
   for (const std::string& file : listed) CopyFile(medium + "/" + file, copy + "/" + file);
   RequireUnchanged(copy);
@@ -110,7 +110,7 @@ std::string GenuineCopy(const std::string& medium, const std::string& keyring) {
 
 void RequireChecksums(const std::string& medium) {
   RequirePlainPath("medium", medium);
-  RequireListed(medium, ListedFiles(medium + "/" + kChecksums));
+  RequireListed(medium, SignedFiles(medium + "/" + kChecksums));
   RequireUnchanged(medium);
 }
 

@@ -10,7 +10,7 @@ namespace {
 using Object = nlohmann::ordered_json;
 
 /// The object of the running command; no value without --json.
-std::optional<Object> report;
+std::optional<Object> object;
 
 std::string WithoutBlanksAround(const std::string& text) {
   const size_t begin = text.find_first_not_of(" \n");
@@ -21,27 +21,27 @@ std::string WithoutBlanksAround(const std::string& text) {
 }  // namespace
 
 void BeginReport(const std::string& command) {
-  report = Object{{"command", command},
+  object = Object{{"command", command},
                   {"status", 0},
                   {"changed", false},
                   {"done", Object::array()},
                   {"messages", Object::array()}};
   CollectTexts(
-      [](const std::string& text) { (*report)["messages"].push_back(WithoutBlanksAround(text)); });
+      [](const std::string& text) { (*object)["messages"].push_back(WithoutBlanksAround(text)); });
 }
 
-bool IsReporting() { return report.has_value(); }
+bool IsReporting() { return object.has_value(); }
 
 void SetField(const std::string& pointer, const FieldValue& value) {
-  if (!report) return;
-  std::visit([&](const auto& is) { (*report)[Object::json_pointer(pointer)] = is; }, value);
+  if (!object) return;
+  std::visit([&](const auto& is) { (*object)[Object::json_pointer(pointer)] = is; }, value);
 }
 
 void NoteChange() { SetField("/changed", true); }
 
 void NoteDone(const std::string& text) {
   NoteChange();
-  if (report) (*report)["done"].push_back(WithoutBlanksAround(text));
+  if (object) (*object)["done"].push_back(WithoutBlanksAround(text));
 }
 
 void SayDone(const std::string& text) {
@@ -51,8 +51,8 @@ void SayDone(const std::string& text) {
 
 std::string FinishReport(int status) {
   SetField("/status", int64_t{status});
-  std::string text = report->dump(2, ' ', false, Object::error_handler_t::replace);
-  report.reset();
+  std::string text = object->dump(2, ' ', false, Object::error_handler_t::replace);
+  object.reset();
   CollectTexts(nullptr);
   return text;
 }

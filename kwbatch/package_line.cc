@@ -102,8 +102,8 @@ std::optional<PackageLine> ParsePackageLine(const std::string& text) {
   std::getline(fields, kind, ':');
   std::getline(fields, parsed.name, ':');
   parsed.type = static_cast<TEVINSType>(IndexOf(type, 0, kTEVINSFirstKind, "type"));
-  constexpr int kEnd = static_cast<int>(std::size(kTEVINSNames));
-  parsed.kind = static_cast<TEVINSPkg>(IndexOf(kind, kTEVINSFirstKind, kEnd, "kind"));
+  constexpr int kAfterLast = static_cast<int>(std::size(kTEVINSNames));
+  parsed.kind = static_cast<TEVINSPkg>(IndexOf(kind, kTEVINSFirstKind, kAfterLast, "kind"));
   RequireName(parsed);
   for (std::string field; std::getline(fields, field, ':');) {
     const size_t equals = field.find('=');

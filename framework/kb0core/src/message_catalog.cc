@@ -140,8 +140,13 @@ std::string DirectoryOfThisCopy() noexcept {
   return path.get() + std::string("/") + KB0CORE_CATALOG_FROM_LIBRARY;
 }
 
+const std::string& BesideLibrary() noexcept {
+  static const auto& dir = *new std::string(DirectoryOfThisCopy());
+  return dir;
+}
+
 /// Found when the library is loaded: its path may be relative to the directory of that moment.
-const std::string& beside = *new std::string(DirectoryOfThisCopy());
+const std::string& beside = BesideLibrary();
 
 /// The directories that may have catalogs, in the order of the search. Only ':' in the variable
 /// separates two of them: the path of an installation may contain one.
