@@ -47,6 +47,8 @@ done <<CASES
 "changed": false|installed|$media/ga|
 "changed": true|patched|$media/sp1|
 "changed": true|absent|$media/sp1|
+"changed": true|patched|$media/sp1,$media/hf1|, "commit": true
+"changed": true|absent|$media/hf1|
 "changed": true|patched|$media/sp1,$media/hf1,$media/sp2|, "commit": true
 "changed": false|patched|$media/sp1,$media/hf1,$media/sp2|
 "changed": false|committed||

@@ -112,6 +112,9 @@ else
   done
   build=$(realpath "$1")
   ((${2:-8} >= 2)) || die 'it takes two machines'
+  # One at a time in a build directory.
+  exec 9>"$build/fleet.lock"
+  flock 9
   prepare "$build" "$build/fleet"
   "$deploy/fleet/machines.sh" "${2:-8}" "$build/fleet" "${BASH_SOURCE[0]}" beside "$build/fleet" "${2:-8}"
 fi
