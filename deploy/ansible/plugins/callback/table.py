@@ -11,7 +11,7 @@ type: aggregate
 short_description: A table of what was done on each machine
 description:
   - Ends a run with a line for each machine - its name, what the tasks with M(kwinstutil.deploy.kwbatch_tree)
-    did there or why they failed, and how many seconds the machine took for all its tasks.
+    have changed there or why they failed, which other tasks have changed something, and how many seconds the machine took for all its tasks.
 author:
   - the libKWINSTUTIL developers (@kwinstutil)
 requirements:
@@ -56,7 +56,11 @@ class CallbackModule(CallbackBase):
 
     def v2_runner_on_ok(self, result):
         is_tree = result._task.resolved_action == "kwinstutil.deploy.kwbatch_tree"
-        self.finish(result, what_changed(result._result) if is_tree else "")
+        if is_tree:
+            text = what_changed(result._result)
+        else:
+            text = result._task.name if result.is_changed() else ""
+        self.finish(result, text)
 
     def v2_runner_on_skipped(self, result):
         self.finish(result)
@@ -75,5 +79,5 @@ class CallbackModule(CallbackBase):
             first = f"{name:{width}}  {self.seconds[name]:7.1f}  "
             texts = self.done[name] or ["nothing to do"]
             for text in texts:
-                self._display.display(first + text)
+                self._display.display(first + " ".join(text.split()))
                 first = " " * len(first)

@@ -85,7 +85,10 @@ class Tree:
         try:
             return json.loads(output)
         except ValueError:
-            return self.fail(f"kwbatch {command} gave no report (exit status {status}): {errors or output}")
+            return self.fail(
+                f"{params['executable']} {command} gave no report. It may be too old for this collection. "
+                f"Exit status {status}: {errors or output}"
+            )
 
     def note(self, report):
         """Takes over what a report says was done."""
