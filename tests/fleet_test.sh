@@ -49,9 +49,10 @@ done <<CASES
 "changed": true|absent|$media/sp1|
 "changed": true|patched|$media/sp1,$media/hf1|, "commit": true
 "changed": true|absent|$media/hf1|
-"changed": true|patched|$media/sp1,$media/hf1,$media/sp2|, "commit": true
+"changed": true|patched|$media/sp1,$media/hf1,$media/sp2|
+"changed": false|patched|$media/sp1,$media/hf1|, "commit": true
+"changed": true|committed||
 "changed": false|patched|$media/sp1,$media/hf1,$media/sp2|
-"changed": false|committed||
 is committed. It cannot be taken out|absent|$media/sp2|
 neither a service pack nor a hot fix|absent|$media/ga|
 The list of media is empty|absent||, "medium": []

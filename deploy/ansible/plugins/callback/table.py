@@ -10,8 +10,8 @@ name: table
 type: aggregate
 short_description: A table of what was done on each machine
 description:
-  - Ends a run with a line for each machine - its name, what the tasks with M(kwinstutil.deploy.kwbatch_tree)
-    have changed there or why they failed, which other tasks have changed something, and how many seconds the machine took for all its tasks.
+  - Ends a run with some lines for each machine - its name, how many seconds its tasks took, what those with
+    M(kwinstutil.deploy.kwbatch_tree) have changed, which others have changed something, and what failed.
 author:
   - the libKWINSTUTIL developers (@kwinstutil)
 requirements:

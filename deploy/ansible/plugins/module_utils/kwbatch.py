@@ -5,8 +5,10 @@ from __future__ import absolute_import, division, print_function
 __metaclass__ = type
 
 import json
+import os
 
 NOTHING_TO_DO = 3
+UNCOMMITTED = {"pending", "being committed"}
 GROUPS = (
     ("products", "product"),
     ("solutions", "solution"),
@@ -50,6 +52,11 @@ class Update:
             for update in system[self.group]
             if update["name"] == self.name
         ]
+
+    def is_latest(self, systems):
+        """Is it the last of its kind, where it is installed?"""
+        groups = [[update["name"] for update in system[self.group]] for system in systems]
+        return all(names[-1] == self.name for names in groups if self.name in names)
 
     def is_superseded(self, systems):
         """Does the tree have a later service pack everywhere?"""
@@ -123,3 +130,26 @@ class Tree:
         """Check mode: the same for a medium."""
         self.planned.append(medium)
         self.will_change(f"{medium} would be installed in {self.target}.")
+
+    def is_to_come(self, medium):
+        """Check mode: is the medium not there yet, because another task would have copied it?"""
+        if not self.module.check_mode or os.path.isdir(medium):
+            return False
+        self.module.warn(f"{medium} is not there yet, and cannot be checked.")
+        self.will_install(medium)
+        return True
+
+    def put(self, command, medium, follows):
+        """Installs a medium. In check mode, asks whether that would change something; what `follows`
+        a change that was not made would."""
+        if not self.module.check_mode:
+            self.run(command, medium, self.target)
+        elif follows or self.run("check", medium, self.target)["status"] == 0:
+            self.will_install(medium)
+
+    def update_on(self, medium):
+        """The service pack or hot fix on a medium, which must hold one."""
+        system = self.systems(medium)[0]
+        if not system["service_packs"]:
+            self.fail(f"{medium} holds neither a service pack nor a hot fix.")
+        return Update(system)

@@ -155,50 +155,25 @@ import os
 import re
 
 from ansible.module_utils.basic import AnsibleModule
-from ansible_collections.kwinstutil.deploy.plugins.module_utils.kwbatch import Tree, Update, lines_of
-
-
-def put(tree, command, medium, follows):
-    """Installs a medium. In check mode, asks whether it would change something: one that `follows`
-    a change which was not made would."""
-    if not tree.module.check_mode:
-        tree.run(command, medium, tree.target)
-    elif follows or tree.run("check", medium, tree.target)["status"] == 0:
-        tree.will_install(medium)
-
-
-def is_to_come(tree, medium):
-    """Check mode: a task before this one would have copied the medium."""
-    if not tree.module.check_mode or os.path.isdir(medium):
-        return False
-    tree.module.warn(f"{medium} is not there yet, and cannot be checked.")
-    tree.will_install(medium)
-    return True
+from ansible_collections.kwinstutil.deploy.plugins.module_utils.kwbatch import UNCOMMITTED, Tree, lines_of
 
 
 def install(tree, media):
     for medium in media:
-        if not is_to_come(tree, medium):
-            put(tree, "install", medium, tree.result["changed"])
-
-
-def update_on(tree, medium):
-    system = tree.systems(medium)[0]
-    if not system["service_packs"]:
-        tree.fail(f"{medium} holds neither a service pack nor a hot fix.")
-    return Update(system)
+        if not tree.is_to_come(medium):
+            tree.put("install", medium, tree.result["changed"])
 
 
 def patch(tree, media):
     for medium in media:
-        if is_to_come(tree, medium):
+        if tree.is_to_come(medium):
             continue
-        update = update_on(tree, medium)
+        update = tree.update_on(medium)
         systems = tree.systems()
         if not update.is_superseded(systems):
-            follows = tree.result["changed"] or not systems
-            put(tree, update.word, medium, follows)
-        if tree.module.params["commit"]:
+            tree.put(update.word, medium, tree.result["changed"] or not systems)
+        # Not another pack, which is being tried.
+        if tree.module.params["commit"] and UNCOMMITTED & set(update.states(tree.systems())):
             commit(tree)
 
 
@@ -208,24 +183,25 @@ def commit(tree):
         return
     for system in tree.systems():
         for pack in system["service_packs"]:
-            if pack["state"] in ("pending", "being committed"):
+            if pack["state"] in UNCOMMITTED:
                 tree.will_change(f"Service pack {pack['name']} would be committed.")
 
 
 def take_out(tree, media):
     for medium in reversed(media):
-        update = update_on(tree, medium)
-        states = update.states(tree.systems())
+        update = tree.update_on(medium)
+        systems = tree.systems()
+        states = update.states(systems)
         if not states:
             continue
         if "committed" in states:
             tree.fail(f"Service pack {update.name} is committed. It cannot be taken out.")
+        if not update.is_latest(systems):
+            tree.fail(f"{update.name} is not the latest update of {tree.target}. Take out the later ones first.")
         if tree.module.check_mode:
             tree.will_change(f"{update.name} would be taken out of {tree.target}.")
             continue
         tree.run("undo-" + update.word, tree.target)
-        if update.states(tree.systems()):
-            tree.fail(f"{update.name} is still in {tree.target}: only the latest update can be taken out.")
 
 
 def uninstall(tree):
@@ -237,13 +213,6 @@ def uninstall(tree):
         tree.run("uninstall", tree.target, *words)
     elif tree.run("uninstall", tree.target, "--dry-run", *words)["status"] == 0:
         tree.will_change(f"{tree.target} would be uninstalled.")
-
-
-def remove(tree, media):
-    if media is None:
-        uninstall(tree)
-    else:
-        take_out(tree, media)
 
 
 def verify(tree, media):
@@ -267,7 +236,7 @@ def lines_after(tree, before, media):
     if not tree.result["changed"] or params["state"] == "verified":
         return before
     if params["state"] == "absent":
-        names = [update_on(tree, medium).name for medium in media or []]
+        names = [tree.update_on(medium).name for medium in media or []]
         return {line for line in before if media and not any(f" {name}," in line for name in names)}
     lines = set(before)
     for medium in tree.planned:
@@ -312,9 +281,11 @@ def main():
         module.fail_json(msg="The list of media is empty.")
     tree = Tree(module)
     before = lines_of(tree.systems())
-    steps = {"installed": install, "patched": patch, "absent": remove, "verified": verify}
+    steps = {"installed": install, "patched": patch, "absent": take_out, "verified": verify}
     if module.params["state"] == "committed":
         commit(tree)
+    elif module.params["state"] == "absent" and media is None:
+        uninstall(tree)
     else:
         steps[module.params["state"]](tree, media)
     after = lines_after(tree, before, media)
