@@ -52,7 +52,7 @@ expect() {
 
 # when_it_begins NAME COMMAND: does something in the middle of the installation on a machine.
 when_it_begins() {
-  on "$1" 'until [ -e /opt/suite/aix_a/control/Install.unfinished ]; do sleep 0.02; done'
+  on "$1" 'until [ -e /opt/suite/aix_a ]; do sleep 0.02; done'
   eval "$2"
 }
 
