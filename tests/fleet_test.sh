@@ -55,6 +55,6 @@ for want in true false; do
   ask false verified ", \"medium\": \"$media/sp2,$media/ga\""
   expect_text "\"changed\": $want"
 done
-ask false absent ''
+for mode in true false; do ask $mode absent '' && expect_text '"changed": true'; done
 [[ ! -e $tree ]] || fail 'the tree is still there'
 "$2/deploy/fleet/fleet.sh" "$1" 2
