@@ -26,8 +26,9 @@ check_hardening() {
   while IFS= read -r file; do
     readelf --wide --program-headers --dynamic --symbols "$file" >"$work/elf"
     expect "$file" 'GNU_RELRO' 'FLAGS.* (BIND_NOW|NOW)\b' 'GNU_STACK.* RW +0x' \
-      'Type:|DYN|DYNAMIC' '__stack_chk_fail'
-    [[ $file == *.so.* && $file != *libKWINSTUTIL* ]] || expect "$file" '__[a-z]+_chk\b'
+      '__stack_chk_fail'
+    # It calls no function that has a checked form.
+    [[ $file == *libQTOCLIB* ]] || expect "$file" '__[a-z]+_chk\b'
     count=$((count + 1))
   done < <(find "$1" -type f \( -path '*/bin/*' -o -name 'lib*.so.*' \))
   ((count > 3)) || fail "no programs and libraries in $1"
