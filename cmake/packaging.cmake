@@ -86,6 +86,8 @@ add_debian_package(kwmedium kwmedium admin "${runtime} (= ${PROJECT_VERSION})"
 set(CPACK_DEBIAN_KWMEDIUM_PACKAGE_RECOMMENDS gpg)
 install(PROGRAMS ${PROJECT_SOURCE_DIR}/examples/sample-medium/make-media.sh
         DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/kwmedium/examples COMPONENT kwmedium)
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/deploy/ansible ${PROJECT_SOURCE_DIR}/deploy/systemd
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/kwbatch COMPONENT kwbatch PATTERN tests EXCLUDE)
 foreach(program kwbatch kwmedium)
   configure_file(docs/${program}.1 ${PROJECT_BINARY_DIR}/packaging/${program}.1 COPYONLY)
   execute_process(COMMAND gzip -9nf ${PROJECT_BINARY_DIR}/packaging/${program}.1
