@@ -39,12 +39,12 @@ while IFS='|' read -r want state list options; do
   done
 done <<CASES
 "changed": true|installed|$media/ga|, "languages": "French", "os": "aix_a"
-"changed": false|installed|$media/ga|, "os": "aix_a"
 "changed": true|patched|$media/sp1|
 "changed": true|absent|$media/sp1|
 "changed": true|patched|$media/sp1,$media/hf1|, "commit": true
 "changed": true|absent|$media/hf1|
 "changed": true|patched|$media/sp1,$media/hf1,$media/sp2|
+"changed": false|installed|$media/ga|, "os": "aix_a"
 "changed": false|patched|$media/sp1,$media/hf1|, "commit": true
 "changed": true|committed||
 is committed. It cannot be taken out|absent|$media/sp2|

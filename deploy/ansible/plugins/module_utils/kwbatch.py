@@ -139,6 +139,14 @@ class Tree:
         self.will_install(medium)
         return True
 
+    def is_below_pack(self, medium):
+        """Is all of the medium installed, and a service pack above it not committed? kwbatch would
+        refuse the medium then."""
+        systems = self.systems()
+        states = {pack["state"] for system in systems for pack in system["service_packs"]}
+        is_complete = all(system["state"] == "complete" for system in systems)
+        return bool(UNCOMMITTED & states) and is_complete and lines_of(self.systems(medium)) <= lines_of(systems)
+
     def put(self, command, medium, follows):
         """Installs a medium. In check mode, asks whether that would change something; what `follows`
         a change that was not made would."""

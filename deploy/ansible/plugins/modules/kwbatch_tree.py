@@ -160,7 +160,7 @@ from ansible_collections.kwinstutil.deploy.plugins.module_utils.kwbatch import U
 
 def install(tree, media):
     for medium in media:
-        if not tree.is_to_come(medium):
+        if not tree.is_to_come(medium) and not tree.is_below_pack(medium):
             tree.put("install", medium, tree.result["changed"])
 
 
