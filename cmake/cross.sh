@@ -32,7 +32,10 @@ configure() {
 }
 
 mkdir -p "$dir"
-printf '#!/bin/sh\nexec qemu-%s -L /usr/%s "$@"\n' "$1" "$compiler" >"$emulator"
+start="qemu-$1 -L /usr/$compiler"
+# This processor knows that one's instructions, and under QEMU 7.2 a kwbatch for it never ends.
+[[ $1 != i386 ]] || start="/usr/$compiler/lib/ld-linux.so.2 --library-path /usr/$compiler/lib"
+printf '#!/bin/sh\nexec %s "$@"\n' "$start" >"$emulator"
 chmod +x "$emulator"
 say "Building GoogleTest for $1"
 configure /usr/src/googletest googletest -DCMAKE_C_COMPILER="$compiler-gcc" -DBUILD_GMOCK=OFF \
