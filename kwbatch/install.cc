@@ -149,6 +149,42 @@ bool Finish(const Plan& plan, Log& log) {
   return set_up;
 }
 
+/// Does what the plan says. False when a program of the product has failed.
+bool CarryOut(const Plan& plan, Lock& tree, Log& log) {
+  const std::string& target = plan.request.target;
+  LanguagesBySystem languages;
+  for (const Medium& medium : plan.media) {
+    languages[&medium] = LanguagesToInstall(medium, target, plan.languages);
+  }
+  SafePoint();
+  NoteChange();
+  tree.MakeDirectory();
+  MakeTree(plan, languages);
+  for (const auto& [medium, mask] : languages) RecordLanguages(*medium, target, mask, log);
+  // What the site has changed is kept before older files replace those of a pack.
+  std::vector<Pack> packs;
+  for (const Medium& medium : plan.packs) {
+    packs.push_back(PackToInstall(medium, target));
+    BeginPack(packs.back(), log);
+  }
+  TransferAll(plan, languages, log);
+  SafePoint();
+  for (const auto& [medium, mask] : languages) {
+    RemoveOtherLanguages(SystemDir(*medium, target), mask);
+  }
+  bool set_up = true;
+  for (size_t i = 0; i < packs.size(); ++i) {
+    set_up = InstallPack(plan.packs[i], target, packs[i], log) && set_up;
+  }
+  for (const Medium& medium : plan.media) {
+    SafePoint();
+    const std::string system_dir = SystemDir(medium, target);
+    RequireWritten(system_dir, IsSdk(medium), Unfinished::Read(system_dir)->packages, log);
+  }
+  SafePoint();
+  return Finish(plan, log) && set_up;
+}
+
 }  // namespace
 
 void Install(const Options& options) {
@@ -169,37 +205,7 @@ void Install(const Options& options) {
   ExportSettings(options);
   Say("Medium " + request.medium);
   Log log(request.log, " installation of " + request.medium + " in " + request.target + "\n");
-  LanguagesBySystem languages;
-  for (const Medium& medium : plan.media) {
-    languages[&medium] = LanguagesToInstall(medium, request.target, plan.languages);
-  }
-  SafePoint();
-  NoteChange();
-  tree.MakeDirectory();
-  MakeTree(plan, languages);
-  for (const auto& [medium, mask] : languages) RecordLanguages(*medium, request.target, mask, log);
-  // What the site has changed is kept before older files replace those of a pack.
-  std::vector<Pack> packs;
-  for (const Medium& medium : plan.packs) {
-    packs.push_back(PackToInstall(medium, request.target));
-    BeginPack(packs.back(), log);
-  }
-  TransferAll(plan, languages, log);
-  SafePoint();
-  for (const auto& [medium, mask] : languages) {
-    RemoveOtherLanguages(SystemDir(*medium, request.target), mask);
-  }
-  bool set_up = true;
-  for (size_t i = 0; i < packs.size(); ++i) {
-    set_up = InstallPack(plan.packs[i], request.target, packs[i], log) && set_up;
-  }
-  for (const Medium& medium : plan.media) {
-    SafePoint();
-    const std::string system_dir = SystemDir(medium, request.target);
-    RequireWritten(system_dir, IsSdk(medium), Unfinished::Read(system_dir)->packages, log);
-  }
-  SafePoint();
-  set_up = Finish(plan, log) && set_up;
+  const bool set_up = CarryOut(plan, tree, log);
   if (set_up) {
     for (const Medium& medium : plan.media) {
       Unfinished::Delete(SystemDir(medium, request.target));
