@@ -7,11 +7,14 @@ source "$2/tests/helpers.sh"
 kill_at=$1/tests/kill_at
 [[ -x $kill_at ]] || skip 'processes cannot be traced on this machine'
 
-# In a /tmp of its own, where the killed ones leave their directories, unless that hides the programs.
-if [[ ! ${KILL_TEST-} && "$1 $2" != *@(/tmp|/var/tmp)/* ]]; then
+# In memory and a namespace of its own, where the killed ones leave their directories.
+if [[ ! ${KILL_TEST-} ]]; then
   unshare -m true 2>/dev/null || skip 'this user may not mount anything'
+  tmp=/tmp
+  # That would hide the programs.
+  [[ "$1 $2" != */tmp/* ]] || tmp=/mnt
   # shellcheck disable=SC2016
-  KILL_TEST=1 TMPDIR=/tmp exec unshare -m bash -ec 'mount -t tmpfs none /tmp && exec bash "$@"' - "$0" "$@"
+  KILL_TEST=1 TMPDIR=$tmp exec unshare -m bash -ec 'mount -t tmpfs none "$TMPDIR" && exec bash "$@"' - "$0" "$@"
 fi
 
 # state: all that kwbatch may change.
