@@ -40,13 +40,11 @@ void InstallSatellite(const std::string& medium, const std::string& target, bool
     throw Refusal("The directory " + dir + " cannot be made.\n");
   }
   // Nothing else tells later which files are the satellite's.
+  const std::string archive = MediumPath(medium) + "/" + kSatelliteArchive;
   std::string list;
-  for (const Member& member : MembersOf(MediumPath(medium) + "/" + kSatelliteArchive)) {
-    list += member.path + "\n";
-  }
+  for (const Member& member : MembersOf(archive)) list += member.path + "\n";
   WriteDurably(dir + "/" + kSatelliteList, list);
-  std::string command = "cd " + dir + " && compress -d -c " + MediumPath(medium) + "/" +
-                        kSatelliteArchive + " | tar -xf -";
+  std::string command = "cd " + dir + " && compress -d -c " + archive + " | tar -xf -";
   TEVUnicodeString message;
   if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
   SayDone("The rendering satellite is installed in " + dir + ".");
