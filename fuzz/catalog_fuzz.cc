@@ -1,5 +1,7 @@
 // The message catalog. An input: a locale for LC_ALL and one for LANG, a parameter, the catalog.
 
+#include <cstdint>
+
 // The library keeps every catalog that it has read. A target that reads millions calls what is
 // below that.
 #include "../framework/kb0core/src/message_catalog.cc"  // NOLINT(bugprone-suspicious-include)

@@ -4,6 +4,7 @@
 
 #include <qtoclib/TEVINSToc.h>
 
+#include <cstdint>
 #include <set>
 #include <sstream>
 

@@ -3,6 +3,8 @@
 
 #include <kwinstutil/files.h>
 
+#include <cstdint>
+
 #include "fuzz.h"
 
 namespace {

@@ -3,6 +3,8 @@
 #include <kwinstutil/spk.h>
 #include <qtoclib/TEVINSToc.h>
 
+#include <cstdint>
+
 #include "fuzz.h"
 
 namespace {

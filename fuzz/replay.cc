@@ -1,6 +1,7 @@
 // Calls a fuzz target once with each file of the directories that are named: what libFuzzer's own
 // main does with files, for any compiler.
 
+#include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <string>

@@ -3,6 +3,7 @@
 #include <kwinstutil/ports.h>
 
 #include <array>
+#include <cstdint>
 
 #include "fuzz.h"
 

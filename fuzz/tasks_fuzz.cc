@@ -4,6 +4,7 @@
 #include <kwinstutil/processes.h>
 
 #include <csignal>
+#include <cstdint>
 #include <cstring>
 #include <optional>
 

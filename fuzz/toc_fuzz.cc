@@ -2,6 +2,7 @@
 
 #include <qtoclib/TEVINSToc.h>
 
+#include <cstdint>
 #include <optional>
 #include <set>
 

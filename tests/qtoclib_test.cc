@@ -1,6 +1,7 @@
 #include <qtoclib/TEVINSToc.h>
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <random>
 #include <sstream>
