@@ -1,18 +1,19 @@
 #ifndef KWINSTUTIL_TESTS_FAULTY_RUN_H_
 #define KWINSTUTIL_TESTS_FAULTY_RUN_H_
 
+#include <elf.h>
 #include <fcntl.h>
 #include <sched.h>
 #include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
+#include <sys/uio.h>
 #include <sys/user.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <csignal>
-#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -20,6 +21,43 @@
 #include <map>
 #include <string>
 #include <utility>
+
+/// The registers of a process that is stopped at a system call.
+class Registers {
+ public:
+  explicit Registers(pid_t process) : process_(process) {
+    Transfer(PTRACE_GETREGSET, NT_PRSTATUS, &all_, sizeof(all_));
+  }
+
+#ifdef __x86_64__
+  void SetThirdArgument(uint64_t value) { Set(all_.rdx, value); }
+  void SetResult(int value) { Set(all_.rax, static_cast<uint64_t>(value)); }
+  /// Lets the kernel do nothing.
+  void Skip() { Set(all_.orig_rax, static_cast<uint64_t>(-1)); }
+#else
+  void SetThirdArgument(uint64_t value) { Set(all_.regs[2], value); }
+  void SetResult(int value) { Set(all_.regs[0], static_cast<uint64_t>(value)); }
+  void Skip() {
+    int none = -1;
+    Transfer(PTRACE_SETREGSET, NT_ARM_SYSTEM_CALL, &none, sizeof(none));
+  }
+#endif
+
+ private:
+  template <typename Register>
+  void Set(Register& one, uint64_t value) {
+    one = value;
+    Transfer(PTRACE_SETREGSET, NT_PRSTATUS, &all_, sizeof(all_));
+  }
+
+  void Transfer(__ptrace_request request, int set, void* data, size_t size) {
+    iovec place = {data, size};
+    ptrace(request, process_, set, &place);
+  }
+
+  const pid_t process_;
+  user_regs_struct all_{};
+};
 
 /// Runs an operation in a child process, and lets one system call of it or of its programs go
 /// wrong. It is traced: so calls are met that are made within the C library, and those of programs.
@@ -90,11 +128,14 @@ class FaultyRun {
     }
     if (nr == SYS_openat) return (args[2] & O_CREAT) != 0;
     for (const long other :
-         {SYS_rename,   SYS_renameat,       SYS_renameat2, SYS_unlink,   SYS_unlinkat,
-          SYS_mkdir,    SYS_mkdirat,        SYS_rmdir,     SYS_link,     SYS_linkat,
-          SYS_symlink,  SYS_symlinkat,      SYS_chmod,     SYS_fchmod,   SYS_fchmodat,
-          SYS_fchown,   SYS_fchownat,       SYS_lchown,    SYS_truncate, SYS_ftruncate,
-          SYS_sendfile, SYS_copy_file_range})
+         {SYS_renameat2, SYS_unlinkat, SYS_mkdirat,         SYS_linkat,   SYS_symlinkat,
+          SYS_fchmod,    SYS_fchmodat, SYS_fchown,          SYS_fchownat, SYS_truncate,
+          SYS_ftruncate, SYS_sendfile, SYS_copy_file_range, SYS_renameat,
+#ifdef SYS_rename  // Younger kinds of processors have only the calls above.
+          SYS_rename,    SYS_unlink,   SYS_mkdir,           SYS_rmdir,    SYS_link,
+          SYS_symlink,   SYS_chmod,    SYS_lchown
+#endif
+         })
       if (nr == static_cast<uint64_t>(other)) return true;
     return false;
   }
@@ -132,11 +173,11 @@ class FaultyRun {
     if (effect_ == kKilled || effect_ == kKilledBeforeChange) kill(-root_, SIGKILL);
     // A full disk takes the first half, too.
     if (counts && writes && info.entry.args[2] > 1 && (effect_ == kTorn || effect_ >= kForEver)) {
-      Set(process, offsetof(user_regs_struct, rdx), info.entry.args[2] / 2);
+      Registers(process).SetThirdArgument(info.entry.args[2] / 2);
     } else if (effect_ > 0) {
       // These have done their work even when they fail.
       const bool done = number_ == SYS_close || number_ == SYS_wait4;
-      if (!done) Set(process, offsetof(user_regs_struct, orig_rax), ~0UL);
+      if (!done) Registers(process).Skip();
       errors_[process] = effect_ % kForEver;
     }
   }
@@ -144,12 +185,8 @@ class FaultyRun {
   void AtExit(pid_t process) {
     if (effect_ == kTorn) kill(-root_, SIGKILL);
     if (errors_.count(process) == 0) return;
-    Set(process, offsetof(user_regs_struct, rax), static_cast<uint64_t>(-errors_[process]));
+    Registers(process).SetResult(-errors_[process]);
     errors_.erase(process);
-  }
-
-  static void Set(pid_t process, size_t place, uint64_t value) {
-    ptrace(PTRACE_POKEUSER, process, place, value);
   }
 
   const int call_, effect_;
