@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # cross.sh ARCH: builds for another processor by Debian's cross compiler, below build/cross/ARCH, and
-# runs the tests under QEMU. The programs that kwbatch starts are those of this machine, and so is the
-# kwmedium that makes the media: it needs libarchive.
+# runs the tests under QEMU. libarchive is that of Debian for the processor. The programs that kwbatch
+# starts are those of this machine, and so is the kwmedium that makes the media.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 case ${1-} in
-  aarch64 | s390x) compiler=$1-linux-gnu processor=$1 ;;
-  i386) compiler=i686-linux-gnu processor=i686 ;;
+  aarch64) compiler=$1-linux-gnu processor=$1 debian=arm64 libraries=$1-linux-gnu ;;
+  s390x) compiler=$1-linux-gnu processor=$1 debian=$1 libraries=$1-linux-gnu ;;
+  i386) compiler=i686-linux-gnu processor=i686 debian=$1 libraries=$1-linux-gnu ;;
   *)
     echo 'Usage: ./run cross aarch64|i386|s390x' >&2
     exit 2
@@ -14,6 +15,7 @@ case ${1-} in
 esac
 dir=$PWD/build/cross/$1
 emulator=$dir/emulator
+system=$dir/system
 
 # What emulation cannot do: the tests' names, and why.
 left_out=(
@@ -31,10 +33,29 @@ configure() {
     -DCMAKE_CROSSCOMPILING_EMULATOR="$emulator" "${@:3}" >/dev/null
 }
 
+# fetch_libraries: unpacks what Debian has for the processor below $system. Changes nothing here:
+# apt-get keeps its lists and its packages there, too.
+fetch_libraries() {
+  local apt=$system/apt package
+  mkdir -p "$apt"/{lists,cache/archives}/partial
+  : >"$apt/status"
+  local get=(apt-get -qq -o "APT::Architecture=$debian" -o "APT::Architectures::=$debian"
+    -o "Dir::State=$apt" -o "Dir::State::status=$apt/status" -o "Dir::Cache=$apt/cache"
+    -o Debug::NoLocking=1 -o APT::Sandbox::User= -o APT::Install-Recommends=0)
+  "${get[@]}" update
+  "${get[@]}" -y --download-only install libarchive-dev libstdc++6
+  for package in "$apt"/cache/archives/*.deb; do dpkg-deb --extract "$package" "$system"; done
+  : >"$apt/done"
+}
+
 mkdir -p "$dir"
-start="qemu-$1 -L /usr/$compiler"
+[[ -e $system/apt/done ]] || {
+  say "Fetching the libraries for $1"
+  fetch_libraries
+}
+start="qemu-$1 -L $system"
 # This processor knows that one's instructions, and under QEMU 7.2 a kwbatch for it never ends.
-[[ $1 != i386 ]] || start="/usr/$compiler/lib/ld-linux.so.2 --library-path /usr/$compiler/lib"
+[[ $1 != i386 ]] || start="$system/lib/ld-linux.so.2 --library-path $system/lib/$libraries:$system/usr/lib/$libraries"
 printf '#!/bin/sh\nexec %s "$@"\n' "$start" >"$emulator"
 chmod +x "$emulator"
 say "Building GoogleTest for $1"
@@ -42,7 +63,10 @@ configure /usr/src/googletest googletest -DCMAKE_C_COMPILER="$compiler-gcc" -DBU
   -DCMAKE_INSTALL_PREFIX="$dir/prefix"
 cmake --build "$dir/googletest" --target install -- --quiet >/dev/null
 say "Building for $1"
-configure . build -DCMAKE_PREFIX_PATH="$dir/prefix" -DKWINSTUTIL_BUILD_KWMEDIUM=OFF
+configure . build -DCMAKE_PREFIX_PATH="$dir/prefix" -DKWINSTUTIL_BUILD_KWMEDIUM=OFF \
+  -DLibArchive_INCLUDE_DIR="$system/usr/include" \
+  -DLibArchive_LIBRARY="$system/usr/lib/$libraries/libarchive.so" \
+  -DCMAKE_EXE_LINKER_FLAGS="-Wl,-rpath-link,$system/usr/lib/$libraries:$system/lib/$libraries"
 cmake --build "$dir/build" -- --quiet
 cmake --preset dev >/dev/null
 cmake --build --preset dev --target kwmedium -- --quiet
