@@ -17,6 +17,7 @@
 #include <system_error>
 
 #include "refusal.h"
+#include "texts.h"
 
 namespace {
 
@@ -46,23 +47,42 @@ bool IsThere(const std::string& path) {
   TEVFileInfo info;
   if (TEVGetFileInfo(path.c_str(), &info) == 0) return true;
   if (errno == ENOENT || errno == ENOTDIR) return false;
-  throw Refusal("The file " + path + " cannot be looked at.\n");
+  throw Refusal(Text("FileNotExamined", "The file {1} cannot be looked at.\n", {path}));
 }
 
 void RequireReadable(const std::string& path) {
   if (TEVFileAccess(path.c_str(), 4) == 0 || errno == ENOENT || errno == ENOTDIR) return;
-  throw Refusal("The file " + path + " cannot be read: " + std::strerror(errno) + ".\n");
+  throw Refusal(
+      Text("FileNotReadFor", "The file {1} cannot be read: {2}.\n", {path, std::strerror(errno)}));
+}
+
+void RequireDirectory(const std::string& path) {
+  if (std::filesystem::is_directory(path)) return;
+  throw Refusal(Text("NoDirectory", "The directory {1} does not exist.\n", {path}));
+}
+
+Refusal CannotRead(const std::string& path) {
+  return Refusal(Text("FileNotRead", "The file {1} cannot be read.\n", {path}));
+}
+
+Refusal CannotWrite(const std::string& path) {
+  return Refusal(Text("FileNotWritten", "The file {1} cannot be written.\n", {path}));
 }
 
 void Delete(const std::string& path) {
   if (IsThere(path) && TEVDeleteFile(path.c_str()) != 0) {
-    throw Refusal("The file " + path + " cannot be deleted.\n");
+    throw Refusal(Text("FileNotDeleted", "The file {1} cannot be deleted.\n", {path}));
   }
+}
+
+void Rename(const std::string& from, const std::string& to) {
+  if (TEVRenameFile(from.c_str(), to.c_str()) == 0) return;
+  throw Refusal(Text("FileNotRenamed", "The file {1} cannot be renamed.\n", {from}));
 }
 
 void Write(const std::string& path, const std::string& text) {
   Delete(path);
-  if (!AppendToFile(path, text)) throw Refusal("The file " + path + " cannot be written.\n");
+  if (!AppendToFile(path, text)) throw CannotWrite(path);
 }
 
 void WriteDurably(const std::string& path, const std::string& text) {
@@ -74,17 +94,25 @@ void WriteDurably(const std::string& path, const std::string& text) {
     return;
   }
   TEVDeleteFile(fresh.c_str());
-  throw Refusal("The file " + path + " cannot be written.\n");
+  throw CannotWrite(path);
 }
 
 void SyncFileSystem(const std::string& dir) {
-  if (!Sync(dir, syncfs)) throw Refusal("The disk of " + dir + " does not take what is written.\n");
+  if (!Sync(dir, syncfs))
+    throw Refusal(
+        Text("DiskNotWritten", "The disk of {1} does not take what is written.\n", {dir}));
 }
 
 bool AppendToFile(const std::string& path, const std::string& text) {
   std::ofstream file(path, std::ios::app);
   file << text;
   return static_cast<bool>(file.flush());
+}
+
+void MakeDirectory(const std::string& path) {
+  std::string dir = path;
+  if (TEVInsCreateDirectory(dir.data()) == 0) return;
+  throw Refusal(Text("DirectoryNotMade", "The directory {1} cannot be made.\n", {path}));
 }
 
 void WriteLine(std::string path, std::string text) {
@@ -122,7 +150,8 @@ void TemporaryDirectory::DeleteLeftovers() {
 }
 
 TemporaryDirectory::TemporaryDirectory() : path_(std::string(kTemporary) + "XXXXXX") {
-  if (mkdtemp(path_.data()) == nullptr) throw Refusal("No temporary directory can be made.\n");
+  if (mkdtemp(path_.data()) == nullptr)
+    throw Refusal(Text("NoTemporaryDirectory", "No temporary directory can be made.\n"));
   lock_ = LockDirectory(path_);
 }
 

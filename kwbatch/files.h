@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "refusal.h"
+
 /// \file
 /// What kwbatch itself does to files.
 
@@ -17,8 +19,18 @@ bool IsThere(const std::string& path);
 /// Throws a Refusal when the file is there, as far as one can tell, but cannot be read.
 void RequireReadable(const std::string& path);
 
+/// Throws a Refusal unless the directory exists.
+void RequireDirectory(const std::string& path);
+
+/// The refusals for a file that cannot be read or written.
+Refusal CannotRead(const std::string& path);
+Refusal CannotWrite(const std::string& path);
+
 /// Deletes a file, if it exists. Throws a Refusal when it stays.
 void Delete(const std::string& path);
+
+/// Gives a file another name. Throws a Refusal.
+void Rename(const std::string& from, const std::string& to);
 
 /// Makes a file of this text, in place of an earlier one. Throws a Refusal.
 void Write(const std::string& path, const std::string& text);
@@ -32,6 +44,9 @@ void SyncFileSystem(const std::string& dir);
 
 /// Adds `text` to the end of a file, which is created if missing. False when it cannot be stored.
 bool AppendToFile(const std::string& path, const std::string& text);
+
+/// Makes a directory and those above it that do not exist. Throws a Refusal.
+void MakeDirectory(const std::string& path);
 
 /// Makes a file of this text and a newline, in place of earlier content. Throws a Refusal in the
 /// library's words.

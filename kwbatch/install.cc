@@ -78,11 +78,9 @@ void MakeTree(const Plan& plan, const LanguagesBySystem& languages) {
   const Request& request = plan.request;
   for (const Medium& medium : plan.media) {
     const std::string system_dir = SystemDir(medium, request.target);
-    const std::string control = system_dir + "/" + kControl;
-    std::string created = control;
-    if (TEVInsCreateDirectory(created.data()) != 0 ||
-        !AppendToFile(system_dir + "/" + kPresent, "")) {
-      throw Refusal("The directory " + control + " cannot be made.\n");
+    MakeDirectory(system_dir + "/" + kControl);
+    if (!AppendToFile(system_dir + "/" + kPresent, "")) {
+      throw CannotWrite(system_dir + "/" + kPresent);
     }
     Begin(plan, medium, languages.at(&medium));
   }

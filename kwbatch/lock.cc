@@ -1,7 +1,6 @@
 #include "lock.h"
 
 #include <fcntl.h>
-#include <kwinstutil/dirs.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
@@ -15,8 +14,10 @@
 #include <sstream>
 #include <thread>
 
+#include "files.h"
 #include "interruption.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -47,10 +48,17 @@ pid_t HolderOf(int file) {
 }
 
 Refusal Busy(const std::string& dir, pid_t holder) {
-  const std::string process =
-      holder == 0 ? "" : ", process " + std::to_string(holder) + " or a program that it started,";
-  return Refusal("Another kwbatch" + process + " works on " + dir +
-                     ". Try again later, or wait for it with --wait SECONDS.\n",
+  if (holder == 0) {
+    return Refusal(
+        Text("LockHeld",
+             "Another kwbatch works on {1}. Try again later, or wait for it with --wait SECONDS.\n",
+             {dir}),
+        kBusy);
+  }
+  return Refusal(Text("LockHeldBy",
+                      "Another kwbatch, process {1} or a program that it started, works on {2}. "
+                      "Try again later, or wait for it with --wait SECONDS.\n",
+                      {holder, dir}),
                  kBusy);
 }
 
@@ -68,7 +76,8 @@ void Lock::Take(Kind kind, int wait) {
   const int operation = (kind == Kind::kReading ? LOCK_SH : LOCK_EX) | LOCK_NB;
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(wait);
   while (flock(file_, operation) != 0) {
-    if (errno != EWOULDBLOCK) throw Refusal("The directory " + dir_ + " cannot be locked.\n");
+    if (errno != EWOULDBLOCK)
+      throw Refusal(Text("DirectoryNotLocked", "The directory {1} cannot be locked.\n", {dir_}));
     const pid_t holder = HolderOf(file_);
     // The scratch directory may be the tree.
     if (holder == getpid()) return;
@@ -87,10 +96,9 @@ Lock::~Lock() {
 
 void Lock::MakeDirectory() {
   if (file_ >= 0) return;
-  if (TEVInsCreateDirectory(dir_.data()) != 0) {
-    throw Refusal("The directory " + dir_ + " cannot be made.\n");
-  }
+  ::MakeDirectory(dir_);
   Take(Kind::kWriting, 0);
   if (fs::is_empty(dir_)) return;
-  throw Refusal("Another kwbatch has begun to install in " + dir_ + ".\n", kBusy);
+  throw Refusal(
+      Text("LockOfInstallation", "Another kwbatch has begun to install in {1}.\n", {dir_}), kBusy);
 }

@@ -19,6 +19,7 @@
 #include "refusal.h"
 #include "removal.h"
 #include "system_files.h"
+#include "texts.h"
 
 namespace {
 
@@ -198,5 +199,6 @@ int Work(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  UseCatalog("kwbatch");
   return RunInterruptibly([&] { return Work(argc, argv); });
 }

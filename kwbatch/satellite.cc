@@ -34,11 +34,8 @@ std::vector<Member> SatelliteMembers(const std::string& medium) {
 }
 
 void InstallSatellite(const std::string& medium, const std::string& target, bool registered) {
-  std::string dir = target + "/" + kSatelliteDirectory;
-  std::string created = dir;
-  if (TEVInsCreateDirectory(created.data()) != 0) {
-    throw Refusal("The directory " + dir + " cannot be made.\n");
-  }
+  const std::string dir = target + "/" + kSatelliteDirectory;
+  MakeDirectory(dir);
   // Nothing else tells later which files are the satellite's.
   const std::string archive = MediumPath(medium) + "/" + kSatelliteArchive;
   std::string list;

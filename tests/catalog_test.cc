@@ -69,6 +69,68 @@ void CheckCatalog(const std::string& catalog, const Keys& keys, Problems* proble
     if (texts.count(key.first) == 0) problems->push_back(key.first + ": has no text");
 }
 
+/// How many values stand in the list that begins at `start`, up to its brace.
+size_t CountValues(const std::string& code, size_t start) {
+  size_t count = 1;
+  int depth = 0;
+  bool quoted = false;
+  for (size_t i = start; i < code.size(); ++i) {
+    if (quoted && code[i] == '\\') ++i;
+    if (code[i] == '"') quoted = !quoted;
+    if (quoted) continue;
+    if (code[i] == ',' && depth == 0) ++count;
+    if (std::string("([{").find(code[i]) != std::string::npos) ++depth;
+    if (std::string(")]}").find(code[i]) != std::string::npos && depth-- == 0) break;
+  }
+  return count;
+}
+
+/// Adds the texts of the calls Text("KEY", "ENGLISH", {values}) in `code`: the English ones, and
+/// how many values they are given.
+void ScanTexts(const std::string& code, Keys* english, Keys* keys, Problems* problems) {
+  static const std::regex kCall(
+      R"re((?:^|[^.\w])Text\(\s*"(\w+)",\s*((?:"(?:[^"\\]|\\.)*"\s*)+)(,\s*\{)?)re");
+  for (std::sregex_iterator it(code.begin(), code.end(), kCall), end; it != end; ++it) {
+    const std::string text = std::regex_replace(it->str(2), std::regex(R"("\s*"|"\s*$|^")"), "");
+    const auto behind = static_cast<size_t>(it->position() + it->length());
+    keys->emplace(it->str(1), std::string((*it)[3].matched ? CountValues(code, behind) : 0, 'x'));
+    const bool twice = std::any_of(english->begin(), english->end(),
+                                   [&text](const auto& known) { return known.second == text; });
+    if (twice || !english->emplace(it->str(1), text).second)
+      problems->push_back(it->str(1) + ": the key or the text stands at two places");
+  }
+}
+
+/// The blanks and the newline at the ends of a text, which all languages must have.
+std::string Ends(const std::string& text) {
+  static const std::regex kEnds(R"re(^( *).*?((?:\\n)?)$)re");
+  return std::regex_replace(text, kEnds, "$1|$2");
+}
+
+TEST(Catalog, OfKwbatchFitsItsSourcesInEachLanguage) {
+  Problems problems;
+  Keys english;
+  Keys keys;
+  for (const auto& file : std::filesystem::directory_iterator(SOURCE_DIR "/kwbatch")) {
+    if (file.path().extension() == ".cc") ScanTexts(Read(file.path()), &english, &keys, &problems);
+  }
+  EXPECT_GE(keys.size(), 10U);
+  for (const std::string language :
+       {"", "French/", "German/", "Italian/", "Japanese/", "Korean/", "Simplified_Chinese/"}) {
+    const std::string path = SOURCE_DIR "/resources/msgcatalog/" + language + "kwbatch.msg";
+    if (!language.empty() && !std::filesystem::exists(path)) continue;
+    const std::string catalog = Read(path);
+    CheckCatalog(catalog, keys, &problems);
+    for (const auto& [key, text] : ReadLines(catalog, &problems)) {
+      if ((text == english[key]) != language.empty())
+        problems.push_back(key + ": is not English, or still");
+      if (Ends(text) != Ends(english[key])) problems.push_back(key + ": begins or ends otherwise");
+    }
+    EXPECT_EQ(problems, Problems{}) << language;
+    problems.clear();
+  }
+}
+
 TEST(Catalog, FitsTheSourcesInEachLanguage) {
   Problems problems;
   Keys keys;
