@@ -42,26 +42,19 @@ int LanguageBitOf(const fs::path& file) {
   return 0;
 }
 
-/// What is to be unpacked of one archive.
-struct LanguageFiles {
-  std::string package;
-  std::string archive;
-  std::vector<Member> members;
-};
-
 /// The files for the languages that the medium has for packages that are installed.
-std::vector<LanguageFiles> FilesForLanguages(const Medium& medium, const std::string& system_dir,
-                                             int languages) {
+std::vector<Part> FilesForLanguages(const Medium& medium, const std::string& system_dir,
+                                    int languages) {
   const auto installed = OpenInstalled(system_dir);
   if (installed == nullptr) throw Refusal("Nothing is installed in " + system_dir + ".\n");
   const Content content = ContentOf(medium.kind);
   const std::string root = medium.os + "/";
-  std::vector<LanguageFiles> parts;
+  std::vector<Part> parts;
   for (const TEVINSPkg kind : content.kinds) {
     for (const std::string& package : PackagesOf(*medium.toc, content.type, kind)) {
       if (installed->IsInstalled(package.c_str(), content.type) != 0) continue;
       RequirePlainName("package name", package);
-      LanguageFiles part{package, ArchiveOf(medium.dir, package), {}};
+      Part part{package, ArchiveOf(medium.dir, package), {}};
       if (part.archive.empty()) {
         throw Refusal("The archive " + medium.dir + "/" + package + " is missing.\n");
       }
@@ -78,8 +71,8 @@ std::vector<LanguageFiles> FilesForLanguages(const Medium& medium, const std::st
   return parts;
 }
 
-bool AreAllThere(const std::vector<LanguageFiles>& parts, const std::string& target) {
-  return std::all_of(parts.begin(), parts.end(), [&target](const LanguageFiles& part) {
+bool AreAllThere(const std::vector<Part>& parts, const std::string& target) {
+  return std::all_of(parts.begin(), parts.end(), [&target](const Part& part) {
     return std::all_of(part.members.begin(), part.members.end(), [&target](const Member& member) {
       return IsThere(target + "/" + member.path);
     });
@@ -88,9 +81,8 @@ bool AreAllThere(const std::vector<LanguageFiles>& parts, const std::string& tar
 
 /// Throws a Refusal unless the tree is at rest.
 void RequireFinishedSystem(const std::string& system_dir) {
-  if (const auto unfinished = Unfinished::Read(system_dir)) {
-    throw unfinished->NotFinished(system_dir);
-  }
+  const auto unfinished = Unfinished::Forbidding(system_dir, false);
+  if (unfinished) throw unfinished->NotFinished(system_dir);
   const auto journal = Journal::Read(system_dir);
   if (journal && journal->phase != Journal::Phase::kPending) throw journal->NotFinished(system_dir);
 }
@@ -106,17 +98,15 @@ bool AddLanguages(const Medium& medium, const std::string& target, int languages
   const bool is_there = !IsUpdate(medium.kind) && AreAllThere(parts, target);
   if ((before | languages) == before && is_there) return false;
   Demand demand(target);
-  for (const LanguageFiles& part : parts) {
+  for (const Part& part : parts) {
     RequireRealDirectories(part.members, target);
     demand.Add(part.members);
   }
   demand.Require();
   NoteChange();
-  for (const LanguageFiles& part : parts) {
+  for (const Part& part : parts) {
     SafePoint();
-    std::vector<std::string> members;
-    for (const Member& member : part.members) members.push_back(member.path);
-    Unpack(part.archive, members, target);
+    Unpack(part, target);
     const std::string text =
         part.package + " (" + medium.os + "): the files of the languages are installed.";
     SayDone(text);

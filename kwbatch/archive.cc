@@ -115,6 +115,12 @@ void Unpack(const std::string& archive, const std::vector<std::string>& members,
   throw Refusal("The archive " + archive + " cannot be unpacked in " + dir + ".\n");
 }
 
+void Unpack(const Part& part, const std::string& dir) {
+  std::vector<std::string> members;
+  for (const Member& member : part.members) members.push_back(member.path);
+  Unpack(part.archive, members, dir);
+}
+
 void RequireRealDirectories(const std::vector<Member>& members, const std::string& tree) {
   std::set<fs::path> dirs;
   for (const Member& member : members) {

@@ -193,6 +193,9 @@ void Install(const Options& options) {
     throw Refusal("The medium " + media.front().dir + " is a service pack or a hot fix.\n");
   }
   Lock tree(request.target, Lock::Kind::kWriting, request);
+  // A development kit is written into the tree of its code too; other media have none.
+  const std::string code_tree = CodeTreeFor(media.front(), request.target, request.code_tree);
+  const Lock code(code_tree, Lock::Kind::kWriting, request);
   std::optional<Lock> system;
   if (request.ports.registered || IsUnfinished(media, request.target)) {
     const std::string dir = fs::path(SystemFile(kServices)).parent_path();

@@ -13,6 +13,8 @@
 #include "medium.h"
 #include "options.h"
 #include "paths.h"
+#include "plan.h"
+#include "ports.h"
 #include "refusal.h"
 #include "removal.h"
 #include "tree.h"
@@ -20,10 +22,11 @@
 
 namespace {
 
-/// Does the system directory have all packages of the medium, and is nothing of them unfinished?
-bool HasMedium(const Medium& medium, const std::string& system_dir) {
+/// Does the target have all packages of the medium, and is nothing of them unfinished?
+bool HasMedium(const Medium& medium, const std::string& target, const Options& step) {
+  const std::string system_dir = SystemDir(medium, target);
   const auto installed = OpenInstalled(system_dir);
-  if (installed == nullptr || Unfinished::Read(system_dir)) return false;
+  if (installed == nullptr || Unfinished::Forbidding(system_dir, IsSdk(medium))) return false;
   const Content content = ContentOf(medium.kind);
   const auto journal = Journal::Read(system_dir);
   for (const TEVINSPkg kind : content.kinds) {
@@ -34,7 +37,9 @@ bool HasMedium(const Medium& medium, const std::string& system_dir) {
       }
     }
   }
-  return true;
+  // While a pack is pending, nothing else is done.
+  return journal ||
+         !LacksLastSteps(medium, target, PortWishesOf(step), step.Text(option::kSatellite));
 }
 
 /// Is a service pack of one of the media pending or being committed?
@@ -57,8 +62,8 @@ bool InstallStep(const Options& step) {
   const std::vector<Medium> media = OpenMedium(path, step.Text(option::kOs));
   const MediumKind kind = media.front().kind;
   const bool is_pack = IsUpdate(kind) && kind != MediumKind::kHotFix;
-  const bool has_all = std::all_of(media.begin(), media.end(), [&target](const Medium& medium) {
-    return HasMedium(medium, SystemDir(medium, target));
+  const bool has_all = std::all_of(media.begin(), media.end(), [&](const Medium& medium) {
+    return HasMedium(medium, target, step);
   });
   if (has_all) {
     Say("The medium " + path + " is installed already.");

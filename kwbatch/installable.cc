@@ -165,9 +165,12 @@ void RequireHotFix(const Medium& medium, const std::string& target) {
   const auto installed = RequireInstalled(medium, target);
   std::string system_dir = SystemDir(medium, target);
   if (IsBegun(system_dir)) return;
-  RequireNew(
-      TEVInsCheckHFXLevel(installed.get(), medium.toc.get(), system_dir.data(), &message) == 1,
-      message, installed.get(), medium);
+  const bool passed =
+      TEVInsCheckHFXLevel(installed.get(), medium.toc.get(), system_dir.data(), &message) == 1;
+  // One that lies below a later service pack is there, but its files need not be.
+  const bool same_level = installed->GetSPKLevel(1) == medium.toc->GetSPKLevel(1);
+  if (!same_level) return Require(passed, message);
+  RequireNew(passed, message, installed.get(), medium);
 }
 
 }  // namespace

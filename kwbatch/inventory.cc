@@ -114,9 +114,9 @@ SystemInventory InstalledSystemIn(const std::string& tree, const std::string& di
   const auto toc = OpenInstalled(dir);
   const char* os = toc == nullptr ? nullptr : toc->GetOS();
   system.name = dir != tree ? fs::path(dir).filename().string() : os != nullptr ? os : "";
-  system.state = Exists(tree + "/" + kUninstalling) ? "uninstalling"
-                 : Unfinished::Read(dir)            ? "unfinished"
-                                                    : "complete";
+  system.state = Exists(tree + "/" + kUninstalling)         ? "uninstalling"
+                 : Unfinished::Forbidding(dir, dir == tree) ? "unfinished"
+                                                            : "complete";
   TakeTable(dir + "/" + kPresent, "committed", system);
   for (UpdateState& fix : system.hot_fixes) fix.state = "installed";
   MarkUncommitted(system);

@@ -50,7 +50,7 @@ Medium InstallableUpdate(std::vector<Medium> media, const Request& request, bool
   }
   if (media.size() > 1) throw Refusal("The medium is for several systems: choose one with --os.\n");
   const std::string system_dir = SystemDir(medium, request.target);
-  const auto unfinished = Unfinished::Read(system_dir);
+  const auto unfinished = Unfinished::Forbidding(system_dir, IsSdk(medium));
   if (unfinished) throw unfinished->NotFinished(system_dir);
   if (const auto journal = Journal::Read(system_dir)) CutFragment(system_dir, journal->table_size);
   RequireInstallable(medium, request.target,

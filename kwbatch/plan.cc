@@ -103,13 +103,6 @@ void RequireSameMedium(const Unfinished& unfinished, const Medium& medium,
   }
 }
 
-/// Does a tree that has all products of the medium lack what comes behind them?
-bool LacksLastSteps(const Medium& medium, const Request& request) {
-  if (medium.kind != MediumKind::kProducts) return false;
-  return LacksRegistration(request.ports, SystemDir(medium, request.target)) ||
-         (!request.satellite.empty() && !HasSatellite(request.target));
-}
-
 /// The media of which something can be installed. Throws a Refusal when there is none.
 std::vector<Medium> Installable(std::vector<Medium> media, const Request& request) {
   std::vector<Medium> installable;
@@ -128,7 +121,9 @@ std::vector<Medium> Installable(std::vector<Medium> media, const Request& reques
     } catch (const NothingToDo& refusal) {
       reason = refusal.what();
       // Everything is there, but the last steps are missing.
-      if (unfinished || LacksLastSteps(medium, request)) installable.push_back(std::move(medium));
+      if (unfinished || LacksLastSteps(medium, request.target, request.ports, request.satellite)) {
+        installable.push_back(std::move(medium));
+      }
     }
   }
   if (installable.empty()) throw NothingToDo(reason);
@@ -176,6 +171,13 @@ std::vector<std::string> AllSystems(const std::vector<Medium>& media, const std:
     throw Refusal("The directory " + target + " would hold more than four operating systems.\n");
   }
   return systems;
+}
+
+bool LacksLastSteps(const Medium& medium, const std::string& target, const PortWishes& ports,
+                    const std::string& satellite) {
+  if (medium.kind != MediumKind::kProducts) return false;
+  return LacksRegistration(ports, SystemDir(medium, target)) ||
+         (!satellite.empty() && !HasSatellite(target));
 }
 
 Plan MakePlan(const Request& request, std::vector<Medium> media) {

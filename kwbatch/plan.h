@@ -30,6 +30,11 @@ struct Plan {
 /// nothing and exports nothing.
 Plan MakePlan(const Request& request, std::vector<Medium> media);
 
+/// Does a tree that has all products of the medium lack what comes behind them: the registration,
+/// or the satellite of the medium `satellite`, if that is not empty?
+bool LacksLastSteps(const Medium& medium, const std::string& target, const PortWishes& ports,
+                    const std::string& satellite);
+
 /// The systems that the target has, and those of the media. Throws a Refusal when there are too
 /// many.
 std::vector<std::string> AllSystems(const std::vector<Medium>& media, const std::string& target);

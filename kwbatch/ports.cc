@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdint>
 #include <iterator>
@@ -56,16 +57,26 @@ bool IsRegistered(const Ports& given) {
          has("TEVDeviceBroker", given.broker);
 }
 
-/// The given ports, and for the others the usual ones. Those give way to the given ones.
+/// In the order of kOurServices.
+std::array<int*, 3> InOrder(Ports& ports) {
+  return {&ports.bulletin_board, &ports.run, &ports.broker};
+}
+
+/// The given ports, and for the others those that their services have, or else the usual ones. The
+/// usual ones give way to all these.
 Ports WantedPorts(const Ports& given) {
-  int usual = 20050;
-  const auto next_usual = [&] {
-    while (usual == given.bulletin_board || usual == given.run || usual == given.broker) ++usual;
-    return usual++;
-  };
   Ports wanted = given;
-  for (int* port : {&wanted.bulletin_board, &wanted.run, &wanted.broker}) {
-    if (*port == 0) *port = next_usual();
+  const auto ports = InOrder(wanted);
+  for (size_t i = 0; i < ports.size(); ++i) {
+    const int registered = RegisteredPort(kOurServices[i]);
+    const bool legal = CheckValuePortMinMax(registered, nullptr) == 1;
+    if (*ports[i] == 0 && legal) *ports[i] = registered;
+  }
+  int usual = 20050;
+  for (int* port : ports) {
+    if (*port != 0) continue;
+    while (usual == wanted.bulletin_board || usual == wanted.run || usual == wanted.broker) ++usual;
+    *port = usual;
   }
   return wanted;
 }
@@ -102,29 +113,6 @@ bool IsTakenByIPv6(int port) {
   return taken;
 }
 
-/// The next ports, from the wanted ones on, that nobody has. Throws a Refusal when there is none,
-/// or a wanted one is not legal.
-Ports FreePorts(const Ports& wanted) {
-  Ports ports = wanted;
-  for (bool found = false; !found;) {
-    const Ports before = ports;
-    TEVUnicodeString message;
-    const int status =
-        CheckK7RunPortValue(&ports.run, &ports.bulletin_board, &ports.broker, &message);
-    const bool replaced = ports.run != before.run ||
-                          ports.bulletin_board != before.bulletin_board ||
-                          ports.broker != before.broker;
-    if (status == -1 || (status == 0 && !replaced)) throw Refused(message);
-    found = true;
-    for (int* port : {&ports.bulletin_board, &ports.run, &ports.broker}) {
-      if (!IsOfAnother(*port, IsOurs) && !IsTakenByIPv6(*port)) continue;
-      ++*port;
-      found = false;
-    }
-  }
-  return ports;
-}
-
 /// Says that a port is replaced. Throws a Refusal when it was given, unless another one will do.
 void TellReplaced(int wanted, int chosen, bool given, bool next_free) {
   if (wanted == chosen) return;
@@ -134,17 +122,49 @@ void TellReplaced(int wanted, int chosen, bool given, bool next_free) {
   Complain(taken + ", which is used instead.\n");
 }
 
+/// The wanted port, or the next one that nobody has and that is not in `chosen`, to which it is
+/// added. Throws a Refusal when there is none, or when one was given that is taken.
+template <typename IsOwn>
+int FreePort(int wanted, bool given, bool next_free, std::set<int>& chosen, IsOwn is_own) {
+  TEVUnicodeString message;
+  int port = GetFreePort(wanted, &message, UINT16_MAX);
+  while (port != -1 &&
+         (chosen.count(port) != 0 || IsOfAnother(port, is_own) || IsTakenByIPv6(port))) {
+    port = GetFreePort(port + 1, &message, UINT16_MAX);
+  }
+  if (port == -1) throw Refused(message);
+  chosen.insert(port);
+  TellReplaced(wanted, port, given, next_free);
+  return port;
+}
+
+void RequireLegal(Ports ports) {
+  TEVUnicodeString message;
+  bool legal = true;
+  for (const int* port : InOrder(ports))
+    legal = CheckValuePortMinMax(*port, &message) == 1 && legal;
+  if (!legal) throw Refused(message);
+}
+
 Ports ChoosePorts(const PortWishes& wishes) {
-  const Ports& given = wishes.given;
-  if (IsRegistered(given)) return {};
+  if (IsRegistered(wishes.given)) return {};
   RequireWritable(SystemFile(kServices));
-  const Ports wanted = WantedPorts(given);
-  const Ports ports = FreePorts(wanted);
-  TellReplaced(wanted.bulletin_board, ports.bulletin_board, given.bulletin_board != 0,
-               wishes.next_free);
-  TellReplaced(wanted.run, ports.run, given.run != 0, wishes.next_free);
-  TellReplaced(wanted.broker, ports.broker, given.broker != 0, wishes.next_free);
-  return ports;
+  Ports given = wishes.given;
+  Ports chosen = WantedPorts(given);
+  RequireLegal(chosen);
+  // A port that its service has already stays: inetd may listen there.
+  std::set<int> taken;
+  std::vector<size_t> others;
+  const auto ports = InOrder(chosen);
+  for (size_t i = 0; i < ports.size(); ++i) {
+    const bool has_it = RegisteredPort(kOurServices[i]) == *ports[i];
+    if (!has_it || !taken.insert(*ports[i]).second) others.push_back(i);
+  }
+  for (const size_t i : others) {
+    const bool is_given = *InOrder(given)[i] != 0;
+    *ports[i] = FreePort(*ports[i], is_given, wishes.next_free, taken, IsOurs);
+  }
+  return chosen;
 }
 
 /// Says and logs what was done.
@@ -199,15 +219,7 @@ int UsablePort(int wanted, bool given, bool next_free, std::set<int>& chosen) {
   TEVUnicodeString message;
   if (CheckValuePortMinMax(wanted, &message) != 1) return wanted;
   const auto none = [](const std::string& /*service*/) { return false; };
-  int port = GetFreePort(wanted, &message, UINT16_MAX);
-  while (port != -1 &&
-         (chosen.count(port) != 0 || IsOfAnother(port, none) || IsTakenByIPv6(port))) {
-    port = GetFreePort(port + 1, &message, UINT16_MAX);
-  }
-  if (port == -1) throw Refused(message);
-  chosen.insert(port);
-  TellReplaced(wanted, port, given, next_free);
-  return port;
+  return FreePort(wanted, given, next_free, chosen, none);
 }
 
 PortWishes PortWishesOf(const Options& options) {

@@ -37,9 +37,10 @@ struct Registration {
   std::string daemon;  ///< path of the program; empty when inetd knows it already
 };
 
-/// Takes the given ports, and the usual ones for the others, or the next free ones; says which were
-/// replaced. No ports when all are registered already and no option names others, and nothing at
-/// all when that is not wanted. Throws a Refusal, for a given port that is taken too.
+/// Takes the given ports, and for the others those that are registered or else the usual ones, or
+/// the next free ones; a port that its service has already stays. Says which were replaced. No
+/// ports when all are registered already and no option names others, and nothing at all when that
+/// is not wanted. Throws a Refusal, for a given port that is taken too.
 Registration PlanRegistration(const PortWishes& wishes, const std::string& system_dir);
 
 /// Is there something to register, in a tree that has all its products? Not while inetd starts the

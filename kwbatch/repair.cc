@@ -46,48 +46,74 @@ std::map<std::string, std::set<std::string>> DamagedFiles(const std::string& sys
   return damaged;
 }
 
-/// Puts back what the archive of a package has of the files.
-void PutBack(const Medium& medium, const std::string& package, const std::set<std::string>& files,
-             const std::string& target, Log& log) {
+/// What the archive of a package has of the files.
+Part PartWith(const Medium& medium, const std::string& package,
+              const std::set<std::string>& files) {
   RequirePlainName("package name", package);
-  const std::string archive = ArchiveOf(medium.dir, package);
-  if (archive.empty()) {
+  Part part{package, ArchiveOf(medium.dir, package), {}};
+  if (part.archive.empty()) {
     throw Refusal("The archive " + medium.dir + "/" + package + " is missing.\n");
   }
   const std::string root = IsSdk(medium) ? "" : medium.os + "/";
-  std::vector<std::string> members;
-  for (const Member& member : MembersOf(archive)) {
+  for (const Member& member : MembersOf(part.archive)) {
     const std::string path = fs::path(member.path).lexically_normal();
-    if (path.compare(0, root.size(), root) != 0 || files.count(path.substr(root.size())) == 0) {
-      continue;
-    }
-    members.push_back(member.path);
-    log.Write("put back: " + path + "\n");
-    SayDone("  " + path);
+    const bool is_inside = path.compare(0, root.size(), root) == 0;
+    if (is_inside && files.count(path.substr(root.size())) != 0) part.members.push_back(member);
   }
-  if (!members.empty()) Unpack(archive, members, target);
+  return part;
 }
 
-void RepairSystem(const Medium& medium, const std::string& target, Log& log) {
-  const std::string system_dir = SystemDir(medium, target);
-  const auto journal = Journal::Read(system_dir);
-  if (journal && journal->phase != Journal::Phase::kPending) throw journal->NotFinished(system_dir);
-  RequireSameLevel(medium, system_dir);
-  const auto damaged = DamagedFiles(system_dir, IsSdk(medium));
-  Say("Put back in " + system_dir + ":");
-  std::vector<std::string> repaired;
+/// What is to be put back in one system directory.
+struct SystemRepair {
+  std::string system_dir;
+  bool sdk;
+  std::vector<Part> parts;
+};
+
+/// Throws a Refusal when the medium is not for what is installed.
+SystemRepair PlanRepair(const Medium& medium, const std::string& target) {
+  SystemRepair repair{SystemDir(medium, target), IsSdk(medium), {}};
+  const auto journal = Journal::Read(repair.system_dir);
+  if (journal && journal->phase != Journal::Phase::kPending) {
+    throw journal->NotFinished(repair.system_dir);
+  }
+  RequireSameLevel(medium, repair.system_dir);
+  const auto damaged = DamagedFiles(repair.system_dir, repair.sdk);
   const Content content = ContentOf(medium.kind);
   for (const TEVINSPkg kind : content.kinds) {
     for (const std::string& package : PackagesOf(*medium.toc, content.type, kind)) {
       if (damaged.count(package) == 0) continue;
-      SafePoint();
-      PutBack(medium, package, damaged.at(package), target, log);
-      repaired.push_back(package);
+      repair.parts.push_back(PartWith(medium, package, damaged.at(package)));
     }
   }
+  return repair;
+}
+
+/// Throws a Refusal when there is not enough space for all that is to be put back.
+void RequireSpaceFor(const std::vector<SystemRepair>& repairs, const std::string& target) {
+  Demand demand(target);
+  for (const SystemRepair& repair : repairs) {
+    for (const Part& part : repair.parts) demand.Add(part.members);
+  }
+  demand.Require();
+}
+
+void PutBack(const SystemRepair& repair, const std::string& target, Log& log) {
+  Say("Put back in " + repair.system_dir + ":");
+  std::vector<std::string> repaired;
+  for (const Part& part : repair.parts) {
+    SafePoint();
+    for (const Member& member : part.members) {
+      const std::string path = fs::path(member.path).lexically_normal();
+      log.Write("put back: " + path + "\n");
+      SayDone("  " + path);
+    }
+    if (!part.members.empty()) Unpack(part, target);
+    repaired.push_back(part.package);
+  }
   SafePoint();
-  RequireWritten(system_dir, IsSdk(medium), repaired, log);
-  SyncFileSystem(system_dir);
+  RequireWritten(repair.system_dir, repair.sdk, repaired, log);
+  SyncFileSystem(repair.system_dir);
 }
 
 }  // namespace
@@ -98,10 +124,13 @@ void Repair(const Options& options) {
   const std::vector<Medium> media = OpenMedium(request.medium, request.os);
   RequireTree(request.target);
   RequireReadWrite(request.target);
-  Log log(request.log, " repair of " + request.target + " from " + request.medium + "\n");
+  std::vector<SystemRepair> repairs;
   for (const Medium& medium : media) {
     const bool is_there = Exists(SystemDir(medium, request.target) + "/" + kPresent);
-    if (is_there || media.size() == 1) RepairSystem(medium, request.target, log);
+    if (is_there || media.size() == 1) repairs.push_back(PlanRepair(medium, request.target));
   }
+  RequireSpaceFor(repairs, request.target);
+  Log log(request.log, " repair of " + request.target + " from " + request.medium + "\n");
+  for (const SystemRepair& repair : repairs) PutBack(repair, request.target, log);
   log.Succeeded();
 }

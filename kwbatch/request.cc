@@ -4,12 +4,20 @@
 #include "genuine.h"
 #include "options.h"
 #include "paths.h"
+#include "refusal.h"
 
 namespace {
 
 /// The value of an option; empty when it is not given, or the command does not take it.
 std::string GivenText(const Options& options, OptionName name) {
   return options.Takes(name) ? options.Text(name) : "";
+}
+
+/// The seconds of --wait. Throws a UsageError.
+int GivenWait(const Options& options) {
+  const int seconds = options.Number(option::kWait, 0);
+  if (seconds >= 0) return seconds;
+  throw UsageError("--wait needs a number of seconds, not " + std::to_string(seconds));
 }
 
 /// With a keyring, all media are replaced by copies that are genuine.
@@ -39,7 +47,7 @@ Request RequestOf(const Options& options) {
   const std::string with_pack = GivenText(options, option::kWithPack);
   if (!with_pack.empty()) request.with_pack = MediumPath(with_pack);
   RequireGenuine(request, options);
-  if (options.Takes(option::kWait)) request.wait = options.Number(option::kWait, 0);
+  if (options.Takes(option::kWait)) request.wait = GivenWait(options);
   if (options.Takes(option::kBbPort)) {
     request.ports = PortWishesOf(options);
   } else if (options.Takes(option::kNoServices)) {

@@ -6,6 +6,8 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
+#include "integrity.h"
+#include "tree.h"
 
 namespace {
 
@@ -13,13 +15,21 @@ constexpr const char* kLastLine = "end";
 
 std::string PathIn(const std::string& system_dir) { return system_dir + "/" + kUnfinished; }
 
+/// Is everything in place that the table names?
+bool IsIntact(const std::string& system_dir, bool sdk) {
+  if (HasFragment(system_dir)) return false;
+  const auto installed = OpenInstalled(system_dir);
+  return installed != nullptr && CheckIntegrity(installed.get(), system_dir, sdk).status == 0;
+}
+
 }  // namespace
 
 std::optional<Unfinished> Unfinished::Read(const std::string& system_dir) {
   if (!IsThere(PathIn(system_dir))) return std::nullopt;
   Unfinished record;
   const std::vector<std::string> lines = LinesOf(PathIn(system_dir));
-  if (lines.empty() || lines.back() != kLastLine) return record;
+  record.whole = !lines.empty() && lines.back() == kLastLine;
+  if (!record.whole) return record;
   for (const std::string& line : lines) {
     const std::string word = line.substr(0, line.find(' '));
     const std::string rest = line.substr(line.find(' ') + 1);
@@ -29,6 +39,12 @@ std::optional<Unfinished> Unfinished::Read(const std::string& system_dir) {
     }
     if (word == "package") record.packages.push_back(rest);
   }
+  return record;
+}
+
+std::optional<Unfinished> Unfinished::Forbidding(const std::string& system_dir, bool sdk) {
+  auto record = Read(system_dir);
+  if (record && !record->whole && IsIntact(system_dir, sdk)) return std::nullopt;
   return record;
 }
 

@@ -30,7 +30,7 @@ namespace {
 /// Nobody but the medium knows what an installation that was interrupted has unpacked.
 void RequireFinished(const std::string& target) {
   for (const std::string& dir : SystemDirsIfAny(target, "")) {
-    const auto unfinished = Unfinished::Read(dir);
+    const auto unfinished = Unfinished::Forbidding(dir, dir == target);
     if (!unfinished) continue;
     throw Refusal(unfinished->NotFinished(dir).what() +
                   std::string("With --purge the directory is deleted with all that is in it.\n"));
@@ -110,11 +110,17 @@ void TakeOut(const SystemLines& lines, Log& log) {
   }
 }
 
+/// The code tree of a development kit; an empty text for other trees.
+std::string CodeTreeOf(const std::string& target) {
+  const std::vector<std::string> code_tree = LinesOf(target + "/" + kCodePointer);
+  return code_tree.empty() ? "" : code_tree.front();
+}
+
 /// The code tree of a development kit no longer names it.
 void ForgetSdk(const std::string& target) {
-  const std::vector<std::string> code_tree = LinesOf(target + "/" + kCodePointer);
+  const std::string code_tree = CodeTreeOf(target);
   if (code_tree.empty()) return;
-  const std::string pointer = code_tree.front() + "/" + kSdkPointer;
+  const std::string pointer = code_tree + "/" + kSdkPointer;
   const std::vector<std::string> sdk = LinesOf(pointer);
   if (!sdk.empty() && sdk.front() == target) Delete(pointer);
 }
@@ -141,6 +147,7 @@ void Uninstall(const Options& options) {
   const bool purge = options.Has(option::kPurge);
   const bool dry = options.Has(option::kDryRun);
   const Lock tree(target, Lock::Kind::kWriting, request);
+  const Lock code(CodeTreeOf(target), Lock::Kind::kWriting, request);
   std::optional<Lock> system;
   if (request.ports.registered) {
     const std::string dir = fs::path(SystemFile(kServices)).parent_path();

@@ -33,6 +33,7 @@ done <<CASES
 0|/changed=false|install $media/ga $tree --os aix_a --if-needed
 1|/changed=false|hot-fix $media/hf1 $tree
 0|/changed=true|service-pack $media/sp1 $tree
+3|/changed=false|install $media/ga $media/sp1 $tree --os aix_a
 0|$first/service_packs/0/state="pending" $first/languages=["French"] $first/registered/current=true|status $tree
 0|/changed=true|commit $tree
 0|/changed=true|hot-fix $media/hf1 $tree
@@ -61,6 +62,9 @@ expect_json 1 '/files/0/packages=[]' owner "$tree" "$tree/none"
 expect_refusal Commit install "$media/ga/aix_a" "$media/sp1" "$media/hf1" "$work/pending" --no-services
 run 0 files "$tree" MechanicalDesign
 expect_text aix_a/resources/msgcatalog/French/MechanicalDesign.msg
+sed -i /morvelk7run/d "$work/scratch/inetd.conf"
+expect_json 0 /changed=true install "$media/ga/aix_a" "$media/sp1" "$tree"
+expect_json 3 /changed=false install "$media/ga/aix_a" "$media/sp1" "$tree"
 # A tree that was moved is registered again.
 mv "$work/old" "$work/new"
 expect_json 0 /changed=true register "$work/new"

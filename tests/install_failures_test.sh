@@ -105,6 +105,10 @@ read -r used inodes < <(tail -n 1 "$work/output")
 read -r needed files < <(sed -nE 's/^In .*, ([0-9]+) KB and ([0-9]+) inodes are needed.*/\1 \2/p' "$work/output")
 ((needed >= used && needed < used + 400 && files >= inodes && files < inodes + 40)) ||
   fail "$needed KB and $files inodes were said, $used and $inodes are used"
+# shellcheck disable=SC2016
+on_disk 1 size=16M 'rm -r tree/aix_a/code/data && head -c "$(($(df --output=avail -k . | tail -n 1) - 400))K" /dev/zero >full
+  "$0" repair "$2" "$3/small/tree" --scratch "$3/scratch" || { [[ ! -e tree/aix_a/code/data ]] && exit 1; }'
+expect_text 'not enough space'
 on_disk 1 ro
 expect_text 'is read-only'
 # shellcheck disable=SC2016

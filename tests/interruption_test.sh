@@ -108,6 +108,11 @@ expect_exit 1 bash -c 'set -o pipefail; (sleep 0.5; "$0" "$@") | true' "$kwbatch
   "$work/other" --os aix_a --scratch "$work/scratch"
 expect_text 'Repeat the command to go on.'
 run 0 install "$media/ga" "$work/other" --os aix_a
+# A development kit is written into the tree of its code too.
+begin install "$media/sdk" "$work/sdk" --code "$work/other"
+run 5 uninstall "$work/other"
+kill -HUP "$first"
+expect_interruption 'Repeat the command to go on.'
 set +m
 
 # The power goes right after "done": the disk has what its image holds.

@@ -33,6 +33,11 @@ if read -r _ <&"${COPROC[0]}"; then
   expect_refusal 20091 check "$media/ga" "$work/other" --orb-port 20091
   run 0 check "$media/ga" "$work/other" --orb-port 20091 --next-free
   expect_text 'Free is 20092'
+  # There inetd may listen for the service whose port it is already.
+  sed -i s/20051/20091/ "$work/scratch/services"
+  run 0 check "$media/ga" "$work/other" --run-port 20091 --bb-port 20095
+  expect_text 'ports 20095, 20091 and 20052'
+  sed -i s/20091/20051/ "$work/scratch/services"
   kill "$COPROC_PID"
 else
   echo 'Not tried: a port on which somebody listens with IPv6, because there is none.'

@@ -107,15 +107,20 @@ expect_check 1 'HF1' hf2 tree
 run 0 service-pack "$media/sp2" "$work/tree"
 expect_check 3 'already installed' sp2 tree
 expect_check 1 'level 2' sp1 tree
+expect_refusal 'HF1' hot-fix "$media/hf1" "$work/tree"
 
 # Products that are added below a service pack, which goes on again above them.
 cp -r "$media/ga/aix_a" "$work/few"
 sed -i /Modeler/d "$work/few/TOC"
 run 0 install "$work/few" "$work/late"
-touch "$work/late/aix_a/control/Install.unfinished"
+unfinished=$work/late/aix_a/control/Install.unfinished
+printf 'medium /none\nend\n' >"$unfinished"
 expect_refusal 'not finished' service-pack "$media/sp1" "$work/late"
-expect_refusal 'not finished' hot-fix "$media/hf1" "$work/late"
-rm "$work/late/aix_a/control/Install.unfinished"
+# A record that a power cut has emptied forbids nothing, if all files are in place.
+: >"$unfinished"
+mv "$work/late/aix_a/code/bin/TEVDrafting" "$work/kept"
+expect_refusal 'not finished' service-pack "$media/sp1" "$work/late"
+mv "$work/kept" "$work/late/aix_a/code/bin/TEVDrafting"
 run 0 service-pack "$media/sp1" "$work/late"
 run 0 commit "$work/late"
 run 0 hot-fix "$media/hf1" "$work/late"

@@ -21,6 +21,7 @@ expect_usage_error '--os must stand behind verify' --os a verify b
 expect_usage_error '--os' install a b --os
 expect_usage_error '--os needs a value' install a b --os=
 expect_usage_error '--orb-base needs --orb-port' install a b --orb-base 7
+expect_usage_error '--wait needs' status /a --wait -5
 expect_usage_error '"7x"' install a b --bb-port 7x --save-answers "$work/wrong.ini"
 expect_usage_error "$work/none.ini" install a b --answers "$work/none.ini"
 # Wrong lines of a file of answers.
