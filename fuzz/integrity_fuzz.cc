@@ -12,6 +12,8 @@
 
 namespace {
 
+bool IsControl(char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }
+
 using fuzz::Require;
 
 const std::string kRoot = fuzz::Path("tree");
@@ -69,8 +71,7 @@ Result Check(const std::string& p, const std::string& q) {
   const std::string report = out.str();
   Require((verdict == 1) == report.empty(), "what is damaged is reported");
   for (const std::string_view line : fuzz::Lines(report)) {
-    const bool clean = std::none_of(line.begin(), line.end() - 1,
-                                    [](char c) { return (c >= '\0' && c < ' ') || c == '\x7f'; });
+    const bool clean = std::none_of(line.begin(), line.end() - 1, IsControl);
     Require(clean && line.back() == '\n', "a report is a line of text");
   }
   return {verdict, report};
@@ -96,7 +97,7 @@ bool Lists(const char* name, std::initializer_list<TEVINSPkg> kinds) {
 void CheckManifests(const std::string& p, const std::string& q) {
   const Result result = Check(p, q);
   Require(result.verdict != 2 || Lists(nullptr, {SPK, FSP}), "only a service pack damages itself");
-  const auto replaced = [](char c) { return (c >= 0 && c < ' ' && c != '\n') || c == '\x7f'; };
+  const auto replaced = [](char c) { return IsControl(c) && c != '\n'; };
   if (std::any_of(p.begin(), p.end(), replaced) || std::any_of(q.begin(), q.end(), replaced)) {
     return;
   }
