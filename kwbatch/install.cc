@@ -128,6 +128,9 @@ void Summarize(const std::vector<Medium>& media, const std::string& target) {
 bool Finish(const Plan& plan, Log& log) {
   const std::string& target = plan.request.target;
   const bool products = plan.media.front().kind == MediumKind::kProducts;
+  if (plan.registration.ports.run != 0) {
+    RecordIntent(SystemDir(plan.media.front(), target), ByService(plan.registration.ports));
+  }
   Register(plan.registration, log);
   SafePoint();
   const std::string& satellite = plan.request.satellite;

@@ -215,6 +215,12 @@ int GivenPort(const Options& options, OptionName name) {
 
 }  // namespace
 
+ServicePorts ByService(const Ports& ports) {
+  return {{kOurServices[0], ports.bulletin_board},
+          {kOurServices[1], ports.run},
+          {kOurServices[2], ports.broker}};
+}
+
 int UsablePort(int wanted, bool given, bool next_free, std::set<int>& chosen) {
   TEVUnicodeString message;
   if (CheckValuePortMinMax(wanted, &message) != 1) return wanted;
@@ -264,9 +270,7 @@ void Register(const Registration& registration, Log& log) {
     return Say("There is no inetd on this machine, so the daemon is not registered.");
   }
   if (has_daemon) WriteDaemon(registration.daemon, log);
-  if (has_ports || has_daemon) {
-    Say("  inetd reads this when it gets the signal HUP: pkill -HUP -x inetd");
-  }
+  if (has_ports || has_daemon) TellHowInetdReads();
 }
 
 void TellRegistration(const Registration& registration) {

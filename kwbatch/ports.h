@@ -5,6 +5,7 @@
 #include <string>
 
 #include "log.h"
+#include "registration.h"
 
 class Options;
 
@@ -14,6 +15,8 @@ struct Ports {
   int run = 0;
   int broker = 0;
 };
+
+ServicePorts ByService(const Ports& ports);
 
 /// What the user wants of the ports.
 struct PortWishes {

@@ -51,6 +51,7 @@ void RegisterTree(const Options& options) {
   }
   Log log(request.log, " registration of " + target + "\n");
   NoteChange();
+  if (has_ports) RecordIntent(system_dir, ByService(registration.ports));
   Register(registration, log);
   if (has_satellite) RegisterSatellite(satellite);
   RecordRegistration(system_dir, has_ports);

@@ -1,7 +1,9 @@
 #include "registration.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <iterator>
 #include <sstream>
 #include <utility>
@@ -42,17 +44,20 @@ bool IsOfTree(const std::string& program, const std::string& target,
   });
 }
 
+using IsOurPort = std::function<bool(const std::string& service, int64_t port)>;
+
 /// Which lines of the services file belong to a service of the product or to the satellite, as the
 /// library writes them.
-std::vector<std::string> ServicesLines(bool ports, bool satellite) {
+std::vector<std::string> ServicesLines(const IsOurPort& is_our_port, bool satellite) {
   std::vector<std::string> lines;
   for (const std::string& line : LinesOf(SystemFile(kServices))) {
     const std::string name = line.substr(0, line.find_first_of(" \t"));
     const bool is_port = std::count(std::begin(kOurServices), std::end(kOurServices), name) > 0 &&
-                         line.find(kServiceComment) != std::string::npos;
+                         line.find(kServiceComment) != std::string::npos &&
+                         is_our_port(name, std::strtol(line.c_str() + name.size(), nullptr, 10));
     const bool is_satellite =
         name == kSatelliteService && line.find(kSatelliteComment) != std::string::npos;
-    if ((ports && is_port) || (satellite && is_satellite)) lines.push_back(line);
+    if (is_port || (satellite && is_satellite)) lines.push_back(line);
   }
   return lines;
 }
@@ -113,13 +118,11 @@ bool Registered::IsCurrent() const {
 
 SystemLines LinesOfTree(const std::string& target, const std::vector<std::string>& system_dirs) {
   std::vector<Registered> records;
-  bool ports = false;
   bool satellite = false;
   for (const std::string& dir : system_dirs) {
     const auto record = Registered::Read(dir);
     if (!record) continue;
     records.push_back(*record);
-    ports = ports || record->wrote_ports;
     satellite = satellite || !record->satellite.empty();
   }
   SystemLines lines;
@@ -131,10 +134,24 @@ SystemLines LinesOfTree(const std::string& target, const std::vector<std::string
     ours[service] = ours[service] || is_ours;
     if (is_ours) lines.inetd.push_back(line);
   }
-  if (ours.count(kDaemonService) != 0) ports = ours[kDaemonService];
+  const bool any_daemon = ours.count(kDaemonService) != 0;
+  const auto is_our_port = [&](const std::string& service, int64_t port) {
+    if (any_daemon) return ours[kDaemonService];
+    return std::any_of(records.begin(), records.end(), [&](const Registered& record) {
+      const auto written = record.ports.find(service);
+      return record.wrote_ports && written != record.ports.end() && written->second == port;
+    });
+  };
   if (ours.count(kSatelliteService) != 0) satellite = ours[kSatelliteService];
-  lines.services = ServicesLines(ports, satellite);
+  lines.services = ServicesLines(is_our_port, satellite);
   return lines;
+}
+
+void RecordIntent(const std::string& system_dir, const ServicePorts& ports) {
+  Registered record = Registered::Read(system_dir).value_or(Registered());
+  record.ports = ports;
+  record.wrote_ports = true;
+  record.Write(system_dir);
 }
 
 void RecordRegistration(const std::string& system_dir, bool wrote_ports) {

@@ -43,8 +43,12 @@ struct SystemLines {
 
 /// The lines that are the tree's: in the inetd file those of its programs, and in the services file
 /// those of the product when its daemon is the tree's, or there is none and the tree's installation
-/// wrote them. Lines that somebody has changed are not among the services.
+/// wrote these ports. Lines that somebody has changed are not among the services.
 SystemLines LinesOfTree(const std::string& target, const std::vector<std::string>& system_dirs);
+
+/// Records, before it is done, that a registration writes these ports: after a kill, nothing else
+/// tells whose they are.
+void RecordIntent(const std::string& system_dir, const ServicePorts& ports);
 
 /// Records what the system's files say after a registration. `wrote_ports`: it wrote them.
 void RecordRegistration(const std::string& system_dir, bool wrote_ports);

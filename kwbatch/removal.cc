@@ -9,7 +9,9 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <set>
 #include <system_error>
+#include <utility>
 
 #include "files.h"
 #include "formats.h"
@@ -17,6 +19,7 @@
 #include "journal.h"
 #include "manifests.h"
 #include "refusal.h"
+#include "site_files.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -47,8 +50,28 @@ std::vector<std::string> OwnRecords() {
           kUnfinished,   journal,       journal + ".new", journal + ".undo", kPresent};
 }
 
+/// Takes what the site has changed out of the files of a system directory that are deleted, also
+/// what a pending service pack has set aside.
+void KeepSiteFiles(RemovalFrom& part, bool sdk) {
+  const auto journal = Journal::Read(part.dir);
+  std::set<std::string> kept;
+  const auto keep = [&](const std::string& file, const std::string& suffix) {
+    if (!IsThere(part.dir + "/" + file + suffix)) return;
+    const std::string path = SitePath(part.dir + "/" + file, kept);
+    kept.insert(path);
+    part.site_files[file + suffix] = fs::path(path).lexically_relative(part.dir);
+  };
+  if (journal) {
+    for (const std::string& file : journal->site_files) keep(file, kSavedSuffix);
+  }
+  const std::set<std::string> files(part.files.begin(), part.files.end());
+  for (const std::string& file : ChangedFiles(part.dir, sdk, files)) keep(file, "");
+  const auto is_kept = [&](const std::string& file) { return part.site_files.count(file) != 0; };
+  part.files.erase(std::remove_if(part.files.begin(), part.files.end(), is_kept), part.files.end());
+}
+
 RemovalFrom FromSystem(const std::string& dir) {
-  RemovalFrom part{dir, {}, {}};
+  RemovalFrom part{dir, {}, {}, {}};
   for (const std::string& package : PackagesIn(dir)) {
     const std::vector<std::string> listed = ListedFiles(dir, package);
     const std::vector<std::string> unlisted = UnlistedFiles(package, listed);
@@ -83,7 +106,7 @@ RemovalFrom FromSystem(const std::string& dir) {
 
 /// The satellite has no manifest but the list that its installation wrote.
 RemovalFrom FromSatellite(const std::string& dir) {
-  RemovalFrom part{dir, {}, {kSatelliteList}};
+  RemovalFrom part{dir, {}, {kSatelliteList}, {}};
   for (const std::string& line : LinesOf(dir + "/" + kSatelliteList)) {
     if (line.empty() || line.back() == '/') continue;
     RequireInside(line, dir + "/" + kSatelliteList);
@@ -107,6 +130,7 @@ std::vector<std::string> DirectoriesOf(const std::vector<std::string>& files) {
 void AddKept(const RemovalFrom& part, std::vector<std::string>& kept) {
   std::set<std::string> going(part.files.begin(), part.files.end());
   going.insert(part.records.begin(), part.records.end());
+  for (const auto& [file, name] : part.site_files) going.insert(file);
   for (const std::string& dir : DirectoriesOf(part.files)) going.insert(dir);
   std::error_code failed;
   for (fs::recursive_directory_iterator entry(part.dir, failed), end; !failed && entry != end;
@@ -153,6 +177,19 @@ void DeleteIn(const std::string& dir, const std::string& file, int flags) {
                 ".\n");
 }
 
+/// Renames a file to another name in its directory.
+void RenameIn(const std::string& dir, const std::string& file, const std::string& name) {
+  const int at = OpenDirectoryOf(dir, file);
+  if (at < 0) return;
+  const bool renamed =
+      renameat(at, fs::path(file).filename().c_str(), at, fs::path(name).filename().c_str()) == 0;
+  const int error = errno;
+  close(at);
+  if (renamed || error == ENOENT) return;
+  throw Refusal("The file " + dir + "/" + file + " cannot be renamed: " + std::strerror(error) +
+                ".\n");
+}
+
 /// Deletes all that is in the directory `at`, which it closes, except the entry `but`, and what
 /// lies on another device.
 void Purge(int at, const std::string& but) {
@@ -176,6 +213,7 @@ void Purge(int at, const std::string& but) {
 }
 
 void RemoveFrom(const RemovalFrom& part, bool purge) {
+  for (const auto& [file, name] : part.site_files) RenameIn(part.dir, file, name);
   for (const std::string& file : part.files) {
     SafePoint();
     DeleteIn(part.dir, file, 0);
@@ -189,21 +227,30 @@ void RemoveFrom(const RemovalFrom& part, bool purge) {
 
 }  // namespace
 
-Removal PlanRemoval(const std::string& target) {
+Removal PlanRemoval(const std::string& target, bool purge) {
   Removal removal;
   std::vector<std::string> dirs = SystemDirsIfAny(target, "");
   const std::string begun = dirs.empty() ? InstalledSystem(target) : "";
   if (!begun.empty()) dirs.push_back(target + "/" + begun);
-  for (const std::string& dir : dirs) removal.systems.push_back(FromSystem(dir));
+  for (const std::string& dir : dirs) {
+    RemovalFrom part = FromSystem(dir);
+    RequireNoLinks(part);
+    if (!purge) KeepSiteFiles(part, dir == target);
+    for (const auto& [file, name] : part.site_files) {
+      removal.renamed.push_back(dir + "/" + name);
+    }
+    removal.systems.push_back(std::move(part));
+  }
   const std::string satellite = target + "/" + kSatelliteDirectory;
   if (Exists(satellite + "/" + kSatelliteList)) {
     removal.systems.push_back(FromSatellite(satellite));
+    RequireNoLinks(removal.systems.back());
   }
-  removal.tree = {target, {kTarErrors, kTransferErrors}, {kCodePointer, kSdkPointer, kSystemList}};
+  removal.tree = {
+      target, {kTarErrors, kTransferErrors}, {kCodePointer, kSdkPointer, kSystemList}, {}};
   std::set<std::string> known = {kUninstalling, kTarErrors,  kTransferErrors,
                                  kCodePointer,  kSdkPointer, kSystemList};
   for (const RemovalFrom& part : removal.systems) {
-    RequireNoLinks(part);
     AddKept(part, removal.kept);
     known.insert(fs::path(part.dir).filename());
   }

@@ -11,6 +11,7 @@ std::vector<std::string> ChangedFiles(const std::string& system_dir, bool sdk,
                                       const std::set<std::string>& files) {
   std::vector<std::string> changed;
   const auto installed = OpenInstalled(system_dir);
+  if (installed == nullptr) return changed;
   std::istringstream report(CheckIntegrity(installed.get(), system_dir, sdk).report);
   for (std::string line; std::getline(report, line);) {
     const std::string file = DamagedFileIn(line, files);
@@ -19,9 +20,9 @@ std::vector<std::string> ChangedFiles(const std::string& system_dir, bool sdk,
   return changed;
 }
 
-std::string SitePath(const std::string& path) {
+std::string SitePath(const std::string& path, const std::set<std::string>& taken) {
   std::string kept = path + kSiteSuffix;
-  for (int number = 2; IsThere(kept); ++number) {
+  for (int number = 2; IsThere(kept) || taken.count(kept) != 0; ++number) {
     kept = path + kSiteSuffix + "." + std::to_string(number);
   }
   return kept;

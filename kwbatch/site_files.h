@@ -13,7 +13,7 @@ std::vector<std::string> ChangedFiles(const std::string& system_dir, bool sdk,
                                       const std::set<std::string>& files);
 
 /// Where the site's version of the file at `path` is kept: PATH.site, or with a number behind it
-/// when that is taken.
-std::string SitePath(const std::string& path);
+/// when that is there, or among `taken`.
+std::string SitePath(const std::string& path, const std::set<std::string>& taken = {});
 
 #endif  // KWBATCH_SITE_FILES_H_

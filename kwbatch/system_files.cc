@@ -11,6 +11,7 @@
 #include <fstream>
 #include <system_error>
 
+#include "console.h"
 #include "files.h"
 #include "formats.h"
 #include "paths.h"
@@ -58,6 +59,10 @@ void FinishOverwrite(const std::string& path) {
     throw Refusal("The file " + path + " cannot be written: its content is " + whole + ".\n");
   }
   Delete(whole);
+}
+
+void TellHowInetdReads() {
+  Say("  inetd reads this when it gets the signal HUP: pkill -HUP -x inetd");
 }
 
 void RemoveLines(const std::string& path, const std::vector<std::string>& lines) {

@@ -21,6 +21,9 @@ void Overwrite(const std::string& path);
 /// Ends an Overwrite that was interrupted. Throws a Refusal.
 void FinishOverwrite(const std::string& path);
 
+/// Says how to make inetd read its file.
+void TellHowInetdReads();
+
 /// Takes lines, which are given without their newlines, out of a system file. Every other byte, the
 /// mode, the owner and a symbolic link stay. Whatever ends the process, the old file or the whole
 /// new one is there; in the place of a mount, Overwrite's FILE.whole. Throws a Refusal.

@@ -92,6 +92,8 @@ void ShowPlan(const SystemLines& lines, const Removal& removal, bool purge) {
   show("These lines would be taken out of " + SystemFile(kInetd) + ":", "remove_inetd",
        lines.inetd);
   show("These files would be deleted:", "delete", FilesToRemove(removal));
+  show("These files were changed here, and would be kept under these names:", "rename",
+       removal.renamed);
   show(purge ? "These files would be deleted too, or kept beside the system directories:"
              : "These files would be kept:",
        "keep", removal.kept);
@@ -108,6 +110,7 @@ void TakeOut(const SystemLines& lines, Log& log) {
     SayDone(text);
     log.Write(text + "\n");
   }
+  if (!lines.inetd.empty()) TellHowInetdReads();
 }
 
 /// The code tree of a development kit; an empty text for other trees.
@@ -128,15 +131,17 @@ void ForgetSdk(const std::string& target) {
 /// Names what is still there.
 void TellKept(const Removal& removal, Log& log) {
   std::vector<std::string> kept;
+  const auto tell = [&](const std::string& text, const std::string& path) {
+    kept.push_back(path);
+    Say(text + path);
+    log.Write(text + path + "\n");
+  };
   for (const std::string& path : removal.kept) {
-    if (IsThere(path)) kept.push_back(path);
+    if (IsThere(path)) tell("It is not the product's, and is kept: ", path);
   }
+  for (const std::string& path : removal.renamed)
+    tell("It was changed here, and is kept as ", path);
   SetField("/kept", kept);
-  for (const std::string& path : kept) {
-    const std::string text = "It is not the product's, and is kept: " + path;
-    Say(text);
-    log.Write(text + "\n");
-  }
 }
 
 }  // namespace
@@ -159,7 +164,7 @@ void Uninstall(const Options& options) {
   }
   if (!repeated && !purge) RequireFinished(target);
   RequireNoSdk(target);
-  const Removal removal = PlanRemoval(target);
+  const Removal removal = PlanRemoval(target, purge);
   const SystemLines lines = LinesToTakeOut(request);
   EndTasks(target, options.Has(option::kStop), dry);
   if (dry) return ShowPlan(lines, removal, purge);

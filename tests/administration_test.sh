@@ -101,15 +101,17 @@ chmod 640 "$work/scratch/services"
 echo site >"$system/code/site"
 run 0 uninstall "$tree" --dry-run
 for text in '  morvelk7run ' "  $system/code/bin/TEVModeler"; do expect_text "$text"; done
-rm "$system/code/bin/TEVDrafting" "$system/code/link"
-mkdir -p "$system/code/bin/TEVDrafting/directory"
-expect_refusal 'TEVDrafting cannot be deleted' uninstall "$tree"
+rm "$system/code/link"
+echo ours >"$system/code/bin/TEVDrafting"
+mkdir -p "$system/resources/msgcatalog/Italian/Drafting.msg/directory"
+expect_refusal 'Drafting.msg cannot be deleted' uninstall "$tree"
+expect_text 'pkill -HUP'
 expect_refusal 'Repeat uninstall' verify "$tree"
-rm -r "$system/code/bin/TEVDrafting"
-expect_json 0 "/kept=[\"$system/code/site\"]" uninstall "$tree"
+rm -r "$system/resources/msgcatalog/Italian/Drafting.msg"
+expect_json 0 "/kept=[\"$system/code/site\",\"$system/code/bin/TEVDrafting.site\"]" uninstall "$tree"
 printf 'ftp stream tcp nowait root /ftpd\r\n#end' | diff - "$work/etc/real" || fail 'inetd.conf'
 [[ -L $work/scratch/inetd.conf && $(stat -c %a "$work/scratch/services") == 640 ]] || fail 'mode or link'
-[[ $(find "$tree" -type f) == "$system/code/site" && ! -s $work/scratch/services ]] || fail 'something is left'
+[[ $(find "$tree" -type f | sort) == "$system/code/bin/TEVDrafting.site"$'\n'"$system/code/site" && ! -s $work/scratch/services ]] || fail 'something is left'
 run 3 uninstall "$tree"
 # With --purge also what an interrupted installation has left, and a development kit before its code.
 run 0 install "$media/ga" "$tree.2" --os aix_a
