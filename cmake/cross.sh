@@ -19,6 +19,7 @@ system=$dir/system
 
 # What emulation cannot do: the tests' names, and why.
 left_out=(
+  'ProcessesAreWaitedForOrLeftOrRefused=under emulation a program that cannot start has a status'
   '^medium_=they are about kwmedium, which is of this machine'
   '^packaging_test=it builds and runs programs of this machine'
   '^configurations_test=it configures for this machine'

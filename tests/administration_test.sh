@@ -3,7 +3,7 @@
 # reports for machines, who owns a file, and how everything goes away again.
 # shellcheck source=tests/helpers.sh
 source "$2/tests/helpers.sh"
-check=("$1/tests/json_check" "$2/docs/kwbatch.schema.json")
+check=(${KWBATCH_WRAPPER:+"$KWBATCH_WRAPPER"} "$1/tests/json_check" "$2/docs/kwbatch.schema.json")
 
 # expect_json STATUS FIELDS ARGUMENT...: the object on standard output is as the schema says, and has
 # these fields, each "POINTER=VALUE".
