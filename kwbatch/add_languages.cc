@@ -22,6 +22,7 @@
 #include "refusal.h"
 #include "request.h"
 #include "space.h"
+#include "texts.h"
 #include "tree.h"
 #include "unfinished.h"
 
@@ -46,18 +47,14 @@ int LanguageBitOf(const fs::path& file) {
 std::vector<Part> FilesForLanguages(const Medium& medium, const std::string& system_dir,
                                     int languages) {
   const auto installed = OpenInstalled(system_dir);
-  if (installed == nullptr) throw Refusal("Nothing is installed in " + system_dir + ".\n");
+  if (installed == nullptr) throw Refusal(NothingInstalled(system_dir));
   const Content content = ContentOf(medium.kind);
   const std::string root = medium.os + "/";
   std::vector<Part> parts;
   for (const TEVINSPkg kind : content.kinds) {
     for (const std::string& package : PackagesOf(*medium.toc, content.type, kind)) {
       if (installed->IsInstalled(package.c_str(), content.type) != 0) continue;
-      RequirePlainName("package name", package);
-      Part part{package, ArchiveOf(medium.dir, package), {}};
-      if (part.archive.empty()) {
-        throw Refusal("The archive " + medium.dir + "/" + package + " is missing.\n");
-      }
+      Part part{package, RequireArchive(medium, package), {}};
       for (const Member& member : MembersOf(part.archive)) {
         const std::string path = fs::path(member.path).lexically_normal();
         // tar takes a directory for all that is in it.
@@ -108,15 +105,18 @@ bool AddLanguages(const Medium& medium, const std::string& target, int languages
     SafePoint();
     Unpack(part, target);
     const std::string text =
-        part.package + " (" + medium.os + "): the files of the languages are installed.";
+        Text("LanguageFilesInstalled", "{1} ({2}): the files of the languages are installed.",
+             {part.package, medium.os});
     SayDone(text);
     log.Write(text + "\n");
   }
   RecordLanguages(medium, target, before | languages, log);
   SyncFileSystem(system_dir);
   if (!IsUpdate(medium.kind) && OpenInstalled(system_dir)->GetSPKLevel(1) > 0) {
-    Say("A service pack is installed in " + system_dir +
-        ". If it brings catalogs too, repeat the command with its medium.");
+    Say(Text("LanguagesOfPack",
+             "A service pack is installed in {1}. If it brings catalogs too, repeat the command "
+             "with its medium.",
+             {system_dir}));
   }
   return true;
 }
@@ -126,13 +126,17 @@ bool AddLanguages(const Medium& medium, const std::string& target, int languages
 void Languages(const Options& options) {
   Request request = RequestOf(options);
   request.languages = options.Text(option::kAdd);
-  if (request.languages.empty()) throw UsageError("languages needs --add");
+  if (request.languages.empty())
+    throw UsageError(Text("LanguagesNeedsAdd", "languages needs --add"));
   const int languages = *ChosenLanguages(request);
   const Lock lock(request.target, Lock::Kind::kWriting, request);
   const std::vector<Medium> media = OpenMedium(request.medium, request.os);
   RequireTree(request.target);
-  if (IsSdk(media.front())) throw Refusal("A development kit has no languages.\n");
-  Log log(request.log, " languages " + request.languages + " in " + request.target + "\n");
+  if (IsSdk(media.front())) {
+    throw Refusal(Text("SdkWithoutLanguages", "A development kit has no languages.\n"));
+  }
+  Log log(request.log,
+          Text("LogLanguages", "languages {1} in {2}", {request.languages, request.target}));
   bool added = false;
   for (const Medium& medium : media) {
     const bool is_there = Exists(SystemDir(medium, request.target) + "/" + kPresent);
@@ -140,5 +144,6 @@ void Languages(const Options& options) {
     added = AddLanguages(medium, request.target, languages, log) || added;
   }
   log.Succeeded();
-  if (!added) throw NothingToDo("The languages are installed already.\n");
+  if (!added)
+    throw NothingToDo(Text("LanguagesInstalled", "The languages are installed already.\n"));
 }

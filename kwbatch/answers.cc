@@ -13,6 +13,7 @@
 #include "nearest.h"
 #include "option_table.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -50,7 +51,8 @@ const OptionSpec& FindOption(const std::string& line, const std::string& name) {
       known.emplace_back(option.name.text);
     }
   }
-  throw UsageError(line + "there is no option \"" + name + "\"" + DidYouMean("", name, known));
+  throw UsageError(line + DidYouMean(Text("NoSuchAnswer", "there is no option \"{1}\"", {name}), "",
+                                     name, known));
 }
 
 /// What an option without a value is set to.
@@ -58,7 +60,7 @@ std::string YesOrNo(const std::string& line, const std::string& name, const std:
   const auto is = [&text](const char* word) { return strcasecmp(text.c_str(), word) == 0; };
   if (is("yes") || is("true") || is("on") || is("1")) return "yes";
   if (is("no") || is("false") || is("off") || is("0")) return "no";
-  throw UsageError(line + name + " is yes or no, not \"" + text + "\"");
+  throw UsageError(line + Text("YesOrNo", "{1} is yes or no, not \"{2}\"", {name, text}));
 }
 
 /// The answers of a file, line by line.
@@ -74,7 +76,9 @@ class Reader {
     if (text.empty() || text.front() == '#' || text.front() == ';' || is_section) return;
     const size_t equals = text.find('=');
     const std::string line = path_ + ":" + std::to_string(number_) + ": ";
-    if (equals == std::string::npos) throw UsageError(line + "there is no \"=\" in this line");
+    if (equals == std::string::npos) {
+      throw UsageError(line + Text("NoEqualsSign", "there is no \"=\" in this line"));
+    }
     TakeAnswer(line, Trimmed(text.substr(0, equals)), Unquoted(Trimmed(text.substr(equals + 1))));
   }
 
@@ -85,7 +89,7 @@ class Reader {
     const OptionSpec& option = FindOption(line, name);
     const auto [first, is_new] = lines_.emplace(name, number_);
     if (!is_new) {
-      throw UsageError(line + name + " is in line " + std::to_string(first->second) + " too");
+      throw UsageError(line + Text("AnswerTwice", "{1} is in line {2} too", {name, first->second}));
     }
     if (value.empty()) return;
     values_[name] = option.value != nullptr ? value : YesOrNo(line, name, value);
@@ -99,13 +103,15 @@ class Reader {
 
 std::string AnswersText(const OptionValues& values) {
   std::string text =
-      "; Answers for kwbatch COMMAND ... --answers FILE. The command line comes first.\n";
+      "; " +
+      Text("AnswersHeading",
+           "Answers for kwbatch COMMAND ... --answers FILE. The command line comes first.\n");
   std::string section;
   for (const OptionGroup& group : OptionGroups()) {
-    if (section != group.title) text += std::string("\n[") + (section = group.title) + "]\n";
+    if (section != group.title) text += "\n[" + (section = group.title) + "]\n";
     for (const OptionSpec& option : group.options) {
       const auto given = values.find(option.name.text);
-      text += std::string("; ") + option.help + "\n";
+      text += "; " + option.help + "\n";
       text += given == values.end() ? std::string(";") + option.name.text + " =\n"
                                     : option.name.text + (" = " + Quoted(given->second)) + "\n";
     }
@@ -117,7 +123,8 @@ std::string AnswersText(const OptionValues& values) {
 fs::path FileBehind(const std::string& path) {
   if (fs::is_regular_file(path)) return fs::canonical(path);
   if (!IsThere(path)) return path;
-  throw Refusal("The answers cannot be written to " + path + ": it is no file.\n");
+  throw Refusal(
+      Text("AnswersInNoFile", "The answers cannot be written to {1}: it is no file.\n", {path}));
 }
 
 }  // namespace
@@ -127,7 +134,7 @@ OptionValues ReadAnswers(const std::string& path) {
   Reader reader(path);
   for (std::string line; std::getline(file, line);) reader.Take(line);
   if (!file.is_open() || file.bad() || fs::is_directory(path)) {
-    throw UsageError("the answers in " + path + " cannot be read");
+    throw UsageError(Text("AnswersNotRead", "the answers in {1} cannot be read", {path}));
   }
   return reader.values();
 }
@@ -137,8 +144,9 @@ void SaveAnswers(const std::string& path, const OptionValues& values) {
     return answer.second.find('\n') != std::string::npos;
   });
   if (!fit) {
-    throw Refusal("The answers cannot be written to " + path +
-                  ": a value does not fit in a line.\n");
+    throw Refusal(Text("AnswerTooLong",
+                       "The answers cannot be written to {1}: a value does not fit in a line.\n",
+                       {path}));
   }
   const fs::path target = FileBehind(path);
   std::string written = target.string() + ".XXXXXX";
@@ -149,5 +157,5 @@ void SaveAnswers(const std::string& path, const OptionValues& values) {
   if (stored) fs::rename(written, target, failed);
   if (stored && !failed) return;
   if (created != -1) fs::remove(written, failed);
-  throw Refusal("The answers cannot be written to " + path + ".\n");
+  throw Refusal(Text("AnswersNotWritten", "The answers cannot be written to {1}.\n", {path}));
 }

@@ -15,6 +15,7 @@
 #include "formats.h"
 #include "interruption.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -49,7 +50,8 @@ void RequireProgram(const std::string& name) {
   for (std::string dir; std::getline(dirs, dir, ':');) {
     if (TEVFileAccess((dir.empty() ? name : dir + "/" + name).c_str(), 1) == 0) return;
   }
-  throw Refusal("The program " + name + " is missing, which the archives need.\n");
+  throw Refusal(
+      Text("ProgramMissing", "The program {1} is missing, which the archives need.\n", {name}));
 }
 
 /// The member in a line of tar: "MODE OWNER SIZE DATE TIME PATH". What a link leads to follows its
@@ -85,7 +87,7 @@ std::vector<Member> ReadMembers(const std::string& archive) {
                "tar -tvf - >members || echo >unread; wait; }");
   const std::string last = TextOf(temp.path() + "/last");
   if (!read || IsThere(temp.path() + "/unread") || last != std::string(512, '\0')) {
-    throw Refusal("The archive " + archive + " is damaged or cut off.\n");
+    throw Refusal(Text("ArchiveDamaged", "The archive {1} is damaged or cut off.\n", {archive}));
   }
   std::vector<Member> members;
   for (const std::string& line : LinesOf(temp.path() + "/members")) {
@@ -112,7 +114,8 @@ void Unpack(const std::string& archive, const std::vector<std::string>& members,
                "/list")) {
     return;
   }
-  throw Refusal("The archive " + archive + " cannot be unpacked in " + dir + ".\n");
+  throw Refusal(
+      Text("ArchiveNotUnpacked", "The archive {1} cannot be unpacked in {2}.\n", {archive, dir}));
 }
 
 void Unpack(const Part& part, const std::string& dir) {
@@ -131,7 +134,9 @@ void RequireRealDirectories(const std::vector<Member>& members, const std::strin
   }
   for (const fs::path& dir : dirs) {
     if (!fs::is_symlink(tree / dir)) continue;
-    throw Refusal("The directory " + (tree / dir).string() +
-                  " is a symbolic link, which a real directory would replace.\n");
+    throw Refusal(
+        Text("LinkReplaced",
+             "The directory {1} is a symbolic link, which a real directory would replace.\n",
+             {(tree / dir).string()}));
   }
 }

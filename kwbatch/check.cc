@@ -18,6 +18,7 @@
 #include "request.h"
 #include "running_tasks.h"
 #include "settings.h"
+#include "texts.h"
 #include "tree.h"
 #include "unfinished.h"
 
@@ -25,8 +26,14 @@ namespace {
 
 /// Says that an interrupted run of the medium may be taken up again.
 void TellInterrupted(const Medium& medium, const std::string& target) {
-  Say("The installation of " + medium.dir + " in " + SystemDir(medium, target) +
-      " was interrupted, and may be taken up again.");
+  Say(Text("MayBeTakenUp",
+           "The installation of {1} in {2} was interrupted, and may be taken up again.",
+           {medium.dir, SystemDir(medium, target)}));
+}
+
+void TellInstallable(const Medium& medium, const std::string& target) {
+  Say(Text("MayBeInstalled", "{1} may be installed in {2}.",
+           {medium.dir, SystemDir(medium, target)}));
 }
 
 /// For the media of a service pack or a hot fix.
@@ -39,7 +46,7 @@ void CheckUpdate(const Request& request, std::vector<Medium> media) {
   }
   const Medium medium = InstallableUpdate(std::move(media), request, hot_fix);
   RequireSpace(medium, target, PackToInstall(medium, target));
-  Say(medium.dir + " may be installed in " + SystemDir(medium, target) + ".");
+  TellInstallable(medium, target);
 }
 
 /// For all other media.
@@ -53,9 +60,7 @@ void CheckInstallation(const Options& options, const Request& request, std::vect
   const Plan plan = MakePlan(request, std::move(media));
   // The library checks a setting where it exports it. Nothing is started here that would read it.
   ExportSettings(options);
-  for (const Medium& medium : plan.media) {
-    Say(medium.dir + " may be installed in " + SystemDir(medium, request.target) + ".");
-  }
+  for (const Medium& medium : plan.media) TellInstallable(medium, request.target);
   TellRegistration(plan.registration);
 }
 
@@ -72,10 +77,11 @@ void WarnOfTasks(const std::string& target) {
   try {
     const size_t count = RunningTasks(target).commands().size();
     if (count == 0) return;
-    Complain("Warning: programs run from " + target + ": " + std::to_string(count) +
-             ". They are listed by: kwbatch tasks " + target);
+    Complain(Text("ProgramsRun",
+                  "Warning: programs run from {1}: {2}. They are listed by: kwbatch tasks {1}",
+                  {target, count}));
   } catch (const Refusal& refusal) {
-    Complain(std::string("Warning: ") + refusal.what());
+    Complain(Text("Warning", "Warning: {1}", {refusal.what()}));
   }
 }
 

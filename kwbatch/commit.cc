@@ -6,6 +6,7 @@
 #include "pack.h"
 #include "request.h"
 #include "service_pack.h"
+#include "texts.h"
 
 void Commit(const Options& options) {
   const Request request = RequestOf(options);
@@ -15,10 +16,11 @@ void Commit(const Options& options) {
         pack.journal.phase != Journal::Phase::kCommitting) {
       throw pack.journal.NotFinished(pack.system_dir);
     }
-    Log log(request.log,
-            " commit of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+    Log log(request.log, Text("LogCommit", "commit of service pack {1} in {2}",
+                              {pack.journal.pack, pack.system_dir}));
     CommitPack(pack, log);
     log.Succeeded();
-    SayDone(pack.journal.Name() + " in " + pack.system_dir + " is committed.");
+    SayDone(
+        Text("PackCommitted", "{1} in {2} is committed.", {pack.journal.Name(), pack.system_dir}));
   }
 }

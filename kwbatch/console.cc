@@ -9,6 +9,7 @@
 #include <map>
 
 #include "refusal.h"
+#include "texts.h"
 
 namespace {
 
@@ -75,7 +76,7 @@ std::string AsShown(std::string text) {
 void BeQuiet() {
   std::FILE* copy = fdopen(dup(STDOUT_FILENO), "w");
   if (copy == nullptr || std::freopen("/dev/null", "w", stdout) == nullptr) {
-    throw Refusal("Standard output cannot be redirected.\n");
+    throw Refusal(Text("OutputNotRedirected", "Standard output cannot be redirected.\n"));
   }
   shown = copy;
 }
@@ -109,7 +110,7 @@ Progress::~Progress() {
 void Progress::Begin(const std::string& step) {
   constexpr int kGreen = 32;
   ++begun_;
-  std::string text = std::to_string(begun_) + " of " + std::to_string(steps_) + ": " + step;
+  std::string text = Text("ProgressStep", "{1} of {2}: {3}", {begun_, steps_, step});
   if (!terminal_) {
     std::printf("  %s\n", text.c_str());
   } else {

@@ -12,6 +12,7 @@
 #include "interruption.h"
 #include "paths.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -26,13 +27,21 @@ bool Succeeds(const std::string& command) {
   return done;
 }
 
+std::string NotSigned(const std::string& medium) {
+  return Text("MediumNotSigned", "The medium {1} is not signed.\n", {medium});
+}
+
 void CopyFile(const fs::path& from, const fs::path& to) {
   SafePoint();
   std::error_code error;
   fs::create_directories(to.parent_path());
   if (fs::is_regular_file(fs::symlink_status(from)) && fs::copy_file(from, to, error)) return;
-  throw Refusal(from.string() + " cannot be copied to /tmp: " +
-                (error ? error.message() : "it is no regular file") + ".\n");
+  if (error) {
+    throw Refusal(Text("NotCopied", "{1} cannot be copied to /tmp: {2}.\n",
+                       {from.string(), error.message()}));
+  }
+  throw Refusal(Text("NoRegularFile", "{1} cannot be copied to /tmp: it is no regular file.\n",
+                     {from.string()}));
 }
 
 /// The files that the list of checksums names: two blanks stand before the path.
@@ -41,9 +50,11 @@ std::set<std::string> SignedFiles(const std::string& list) {
   for (const std::string& line : LinesOf(list)) {
     const size_t blanks = line.find("  ");
     const fs::path path = blanks == std::string::npos ? "" : line.substr(blanks + 2);
-    RequirePlainPath("path in the list of checksums", path);
+    RequirePlainPath(Text("NounPathInList", "path in the list of checksums"), path);
     if (path.is_absolute() || *path.lexically_normal().begin() == "..") {
-      throw Refusal("The list of checksums names " + path.string() + ", outside the medium.\n");
+      throw Refusal(Text("ChecksumOutside",
+                         "The list of checksums names {1}, outside the medium.\n",
+                         {path.string()}));
     }
     files.insert(path);
   }
@@ -57,39 +68,48 @@ void RequireListed(const std::string& medium, std::set<std::string> listed) {
     if (entry.is_directory() && !entry.is_symlink()) continue;
     const std::string path = entry.path().lexically_relative(medium);
     if (listed.count(path) != 0) continue;
-    throw Refusal("The medium " + medium + " has the file " + path + ", which is not signed.\n");
+    throw Refusal(Text("FileNotSigned", "The medium {1} has the file {2}, which is not signed.\n",
+                       {medium, path}));
   }
 }
 
 /// Asks gpgv who has signed the list of checksums. It also takes the signature of a key that has
 /// expired or was revoked, which only its status lines tell.
 void RequireSignature(const std::string& dir, const std::string& keyring) {
-  RequirePlainPath("keyring", keyring);
-  if (!Exists(keyring)) throw Refusal("The keyring " + keyring + " does not exist.\n");
-  if (TextOf(keyring).rfind("-----BEGIN", 0) == 0) {
-    throw Refusal("The keyring " + keyring + " is a text. gpg --dearmor makes one of it.\n");
+  RequirePlainPath(Text("NounKeyring", "keyring"), keyring);
+  if (!Exists(keyring)) {
+    throw Refusal(Text("NoKeyring", "The keyring {1} does not exist.\n", {keyring}));
   }
-  if (!Succeeds("command -v gpgv")) throw Refusal("The program gpgv is missing.\n");
+  if (TextOf(keyring).rfind("-----BEGIN", 0) == 0) {
+    throw Refusal(Text("KeyringIsText",
+                       "The keyring {1} is a text. gpg --dearmor makes one of it.\n", {keyring}));
+  }
+  if (!Succeeds("command -v gpgv")) {
+    throw Refusal(Text("NoGpgv", "The program gpgv is missing.\n"));
+  }
   if (!Succeeds("gpgv --status-fd 3 --homedir " + dir + " --keyring " + keyring + " " + dir + "/" +
                 kSignature + " " + dir + "/" + kChecksums + " 3>gpgv.status")) {
-    throw Refusal("The medium " + dir + " is not signed with a key of " + keyring + ".\n");
+    throw Refusal(
+        Text("OtherKey", "The medium {1} is not signed with a key of {2}.\n", {dir, keyring}));
   }
   for (const std::string& line : LinesOf("gpgv.status")) {
     if (line.rfind("[GNUPG:] GOODSIG ", 0) == 0) return;
   }
-  throw Refusal("The medium " + dir + " is signed with a key that has expired or was revoked.\n");
+  throw Refusal(Text("KeyNotValid",
+                     "The medium {1} is signed with a key that has expired or was revoked.\n",
+                     {dir}));
 }
 
 void RequireUnchanged(const std::string& dir) {
   if (Succeeds("cd " + dir + " && sha256sum --strict --check " + kChecksums)) return;
-  throw Refusal("The medium " + dir + " was changed after it was signed.\n");
+  throw Refusal(Text("MediumChanged", "The medium {1} was changed after it was signed.\n", {dir}));
 }
 
 }  // namespace
 
 std::string GenuineCopy(const std::string& medium, const std::string& keyring) {
   if (!IsThere(medium + "/" + kChecksums) || !IsThere(medium + "/" + kSignature)) {
-    throw Refusal("The medium " + medium + " is not signed.\n");
+    throw Refusal(NotSigned(medium));
   }
   // No name begins with another one.
   int number = 1;
@@ -104,18 +124,20 @@ std::string GenuineCopy(const std::string& medium, const std::string& keyring) {
   RequireListed(medium, listed);
   for (const std::string& file : listed) CopyFile(medium + "/" + file, copy + "/" + file);
   RequireUnchanged(copy);
-  Say("The medium " + medium + " is genuine.");
+  Say(Text("MediumGenuine", "The medium {1} is genuine.", {medium}));
   return copy;
 }
 
 void RequireChecksums(const std::string& medium) {
-  RequirePlainPath("medium", medium);
+  RequireMediumPath(medium);
   RequireListed(medium, SignedFiles(medium + "/" + kChecksums));
   RequireUnchanged(medium);
 }
 
 void TellUnverified(const std::string& medium) {
-  Say("The medium " + medium +
-      (IsThere(medium + "/" + kSignature) ? " is signed, but there is no keyring to verify it with."
-                                          : " is not signed."));
+  const bool is_signed = IsThere(medium + "/" + kSignature);
+  Say(is_signed
+          ? Text("NoKeyringUsed",
+                 "The medium {1} is signed, but there is no keyring to verify it with.", {medium})
+          : NotSigned(medium));
 }

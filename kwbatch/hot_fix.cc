@@ -9,6 +9,7 @@
 #include "refusal.h"
 #include "request.h"
 #include "service_pack.h"
+#include "texts.h"
 
 namespace {
 
@@ -30,7 +31,8 @@ void HotFix(const Options& options) {
   const Medium medium = InstallableUpdate(OpenMedium(request.medium, request.os), request, true);
   Pack pack = PackToInstall(medium, request.target);
   RequireSpace(medium, request.target, pack);
-  Log log(request.log, " hot fix " + pack.journal.pack + " in " + pack.system_dir + "\n");
+  Log log(request.log,
+          Text("LogHotFix", "hot fix {1} in {2}", {pack.journal.pack, pack.system_dir}));
   if (pack.journal.phase != Journal::Phase::kCommitting) {
     pack.Enter(pack.journal.phase);
     ReplaceFiles(medium, request.target, pack, log);
@@ -39,5 +41,6 @@ void HotFix(const Options& options) {
   KeepForUndo(pack);
   CommitPack(pack, log);
   log.Succeeded();
-  SayDone(pack.journal.Name() + " is installed in " + pack.system_dir + ".");
+  SayDone(
+      Text("HotFixInstalled", "{1} is installed in {2}.", {pack.journal.Name(), pack.system_dir}));
 }

@@ -6,6 +6,7 @@
 #include "files.h"
 #include "formats.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -26,7 +27,7 @@ void LinkFile(const std::string& from, const std::string& to) {
     fs::create_hard_link(from, to, failed);
     if (failed) fs::copy_file(from, to, failed);
   }
-  if (failed) throw Refusal("The file " + to + " cannot be made.\n");
+  if (failed) throw Refusal(Text("FileNotMade", "The file {1} cannot be made.\n", {to}));
 }
 
 }  // namespace
@@ -59,7 +60,7 @@ void SetAsideAgain(Pack& pack) {
   const std::string dir = UndoDirectory(pack.system_dir, name);
   const auto journal = Journal::Read(dir);
   if (!journal || journal->pack != name) {
-    throw Refusal("The record " + JournalPath(dir) + " is damaged.\n");
+    throw Refusal(Text("RecordDamaged", "The record {1} is damaged.\n", {JournalPath(dir)}));
   }
   pack.journal = *journal;
   pack.Enter(Journal::Phase::kPending);

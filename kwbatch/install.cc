@@ -33,6 +33,7 @@
 #include "settings.h"
 #include "setup.h"
 #include "system_files.h"
+#include "texts.h"
 #include "transfer.h"
 #include "tree.h"
 #include "unfinished.h"
@@ -103,7 +104,7 @@ void TransferAll(const Plan& plan, const LanguagesBySystem& languages, Log& log)
     const Medium& medium = *component.medium;
     progress.Begin(component.name + " (" + medium.os + ")");
     Transfer(medium, component.name, plan.request.target, languages.at(&medium), log);
-    NoteDone(component.name + " (" + medium.os + ") is installed.");
+    NoteDone(Text("ComponentInstalled", "{1} ({2}) is installed.", {component.name, medium.os}));
   }
 }
 
@@ -111,7 +112,7 @@ void TransferAll(const Plan& plan, const LanguagesBySystem& languages, Log& log)
 void Summarize(const std::vector<Medium>& media, const std::string& target) {
   for (const Medium& medium : media) {
     const std::string system_dir = SystemDir(medium, target);
-    Say("Installed in " + system_dir + ":");
+    Say(Text("InstalledIn", "Installed in {1}:", {system_dir}));
     const auto installed = OpenInstalled(system_dir);
     if (installed == nullptr) continue;
     const Content content = ContentOf(medium.kind);
@@ -193,7 +194,8 @@ void Install(const Options& options) {
   const Request request = RequestOf(options);
   std::vector<Medium> media = OpenMedium(request.medium, request.os);
   if (IsUpdate(media.front().kind)) {
-    throw Refusal("The medium " + media.front().dir + " is a service pack or a hot fix.\n");
+    throw Refusal(Text("MediumIsUpdate", "The medium {1} is a service pack or a hot fix.\n",
+                       {media.front().dir}));
   }
   Lock tree(request.target, Lock::Kind::kWriting, request);
   // A development kit is written into the tree of its code too; other media have none.
@@ -207,8 +209,9 @@ void Install(const Options& options) {
   TakeUp(media, request.target);
   const Plan plan = MakePlan(request, std::move(media));
   ExportSettings(options);
-  Say("Medium " + request.medium);
-  Log log(request.log, " installation of " + request.medium + " in " + request.target + "\n");
+  Say(Text("InstallingMedium", "Medium {1}", {request.medium}));
+  Log log(request.log,
+          Text("LogInstallation", "installation of {1} in {2}", {request.medium, request.target}));
   const bool set_up = CarryOut(plan, tree, log);
   if (set_up) {
     for (const Medium& medium : plan.media) {
@@ -217,10 +220,11 @@ void Install(const Options& options) {
     log.Succeeded();
   }
   Summarize(plan.media, request.target);
-  Say(std::string("The log is ") + log.FileName());
+  Say(WhereLogIs());
   if (!set_up) {
     throw Refusal(
-        "A program of the product has failed: see the log. The same command runs it again.\n",
+        Text("SetupFailed",
+             "A program of the product has failed: see the log. The same command runs it again.\n"),
         kProgramFailed);
   }
 }

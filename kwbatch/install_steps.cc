@@ -17,6 +17,7 @@
 #include "ports.h"
 #include "refusal.h"
 #include "removal.h"
+#include "texts.h"
 #include "tree.h"
 #include "unfinished.h"
 
@@ -66,7 +67,7 @@ bool InstallStep(const Options& step) {
     return HasMedium(medium, target, step);
   });
   if (has_all) {
-    Say("The medium " + path + " is installed already.");
+    Say(Text("MediumInstalled", "The medium {1} is installed already.", {path}));
     const bool commits = is_pack && step.Has(option::kCommit) && IsUncommitted(media, target);
     if (commits) CommitIfWanted(step, media, target);
     return commits;
@@ -100,8 +101,10 @@ void InstallSteps(const Options& options) {
   bool changed = false;
   for (const std::string& medium : words) {
     SafePoint();
-    Say("Step: " + medium);
+    Say(Text("Step", "Step: {1}", {medium}));
     changed = InstallStep(options.ForMedium(medium, target)) || changed;
   }
-  if (!changed) throw NothingToDo("All media are installed in " + target + " already.\n");
+  if (!changed)
+    throw NothingToDo(
+        Text("AllMediaInstalled", "All media are installed in {1} already.\n", {target}));
 }

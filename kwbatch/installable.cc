@@ -7,6 +7,7 @@
 #include "journal.h"
 #include "refusal.h"
 #include "space.h"
+#include "texts.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -99,9 +100,9 @@ void RequireSdk(const Medium& medium, const std::string& target, std::string cod
 std::unique_ptr<TEVINSInstToc> RequireInstalled(const Medium& medium, const std::string& target) {
   const std::vector<std::string> systems = SystemsOf(target);
   const bool has_system = std::count(systems.begin(), systems.end(), medium.os) > 0;
-  if (systems.empty()) throw Refusal("Nothing is installed in " + target + ".\n");
+  if (systems.empty()) throw Refusal(NothingInstalled(target));
   auto installed = OpenInstalled(target + "/" + (has_system ? medium.os : systems.front()));
-  if (installed == nullptr) throw Refusal("Nothing is installed in " + target + ".\n");
+  if (installed == nullptr) throw Refusal(NothingInstalled(target));
   return installed;
 }
 
@@ -135,7 +136,8 @@ void RequirePackLevel(const Medium& medium, TEVINSInstToc* installed, std::strin
 
   if (!PacksAreInPlace(system_dir, IsSdk(medium))) return;
   const TEVINSType type = IsSdk(medium) ? zeb2 : code;
-  message = ("Service pack level " + std::to_string(level) + " is already installed.\n").c_str();
+  message =
+      Text("PackLevelInstalled", "Service pack level {1} is already installed.\n", {level}).c_str();
   TEVInsCheckInstallSPK(type, installed, medium.toc.get(), &message);
   throw NothingToDo(message.ConvertToChar());
 }
@@ -150,7 +152,9 @@ void RequireServicePack(const Medium& medium, const std::string& target) {
 void RequireSdkServicePack(const Medium& medium, std::string target, std::string code_tree) {
   TEVUnicodeString message;
   const auto installed = OpenInstalled(target);
-  if (installed == nullptr) throw Refusal("No SDK is installed in " + target + ".\n");
+  if (installed == nullptr) {
+    throw Refusal(Text("NoSdkInstalled", "No SDK is installed in {1}.\n", {target}));
+  }
   Require(TEVInsCheckPrereqGA(installed.get(), medium.toc.get(), &message) == 1, message);
   Require(TEVInsCheckCodeLevel(medium.toc.get(), target.data(), &message) == 1, message);
   std::string os = medium.os;

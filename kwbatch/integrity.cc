@@ -7,6 +7,7 @@
 #include "files.h"
 #include "formats.h"
 #include "refusal.h"
+#include "texts.h"
 #include "tree.h"
 
 std::set<std::string> ListedBy(const std::vector<std::string>& packages,
@@ -52,12 +53,13 @@ void RequireWritten(const std::string& system_dir, bool sdk,
     (DamagedFileIn(line, files).empty() ? others : ours) += line + "\n";
   }
   if (!others.empty()) {
-    others = "Other files in " + system_dir + " are damaged:\n" + others;
+    others = Text("OthersDamaged", "Other files in {1} are damaged:\n{2}", {system_dir, others});
     log.Write(others);
     Complain(others);
   }
   if (ours.empty()) return;
-  ours = "What was written to " + system_dir + " is not what the manifests say:\n" + ours;
+  ours = Text("WrittenDamaged", "What was written to {1} is not what the manifests say:\n{2}",
+              {system_dir, ours});
   log.Write(ours);
   throw Refusal(ours);
 }

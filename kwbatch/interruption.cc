@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "refusal.h"
+#include "texts.h"
 
 namespace {
 
@@ -55,7 +56,7 @@ int RunInterruptibly(const std::function<int()>& work) {
 }
 
 void SafePoint() {
-  if (asked_to_end) throw Refusal("Interrupted.\n");
+  if (asked_to_end) throw Refusal(Text("Interrupted", "Interrupted.\n"));
 }
 
 void SafePointAfterProgram() {

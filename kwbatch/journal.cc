@@ -1,7 +1,5 @@
 #include "journal.h"
 
-#include <kb0core/TEVFile.h>
-
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
@@ -12,6 +10,7 @@
 #include "formats.h"
 #include "paths.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -75,7 +74,7 @@ std::optional<Journal> Journal::Read(const std::string& system_dir) {
   const std::string path = JournalPath(system_dir) + (undoing ? kUndoSuffix : "");
   if (!IsThere(path)) return std::nullopt;
   std::ifstream file(path);
-  if (!file) throw Refusal("The file " + path + " cannot be read.\n");
+  if (!file) throw CannotRead(path);
   Journal journal;
   bool whole = false;
   for (std::string line; !whole && std::getline(file, line);) {
@@ -85,10 +84,12 @@ std::optional<Journal> Journal::Read(const std::string& system_dir) {
   }
   if (!whole && !HasBegun(system_dir)) return std::nullopt;
   if (!whole) {
-    throw Refusal("The file " + path +
-                  " is damaged, so nobody can tell what the service pack has changed.\n");
+    throw Refusal(
+        Text("JournalDamaged",
+             "The file {1} is damaged, so nobody can tell what the service pack has changed.\n",
+             {path}));
   }
-  RequirePlainName("service pack", journal.pack);
+  RequirePlainName(Text("NounServicePack", "service pack"), journal.pack);
   if (undoing) journal.phase = Phase::kUndoing;
   return journal;
 }
@@ -96,24 +97,38 @@ std::optional<Journal> Journal::Read(const std::string& system_dir) {
 std::string Journal::Name() const {
   const bool hot_fix = std::all_of(table_lines.begin(), table_lines.end(),
                                    [](const std::string& l) { return TableLine(l).IsHotFix(); });
-  return (hot_fix ? "Hot fix " : "Service pack ") + pack;
+  return hot_fix ? Text("HotFixNamed", "Hot fix {1}", {pack})
+                 : Text("ServicePackNamed", "Service pack {1}", {pack});
 }
 
 Refusal Journal::NotFinished(const std::string& system_dir) const {
-  const char* what = phase == Phase::kUndoing      ? "Repeat undo-service-pack.\n"
-                     : phase == Phase::kCommitting ? "Repeat commit.\n"
-                     : phase == Phase::kPending    ? "Use commit or undo-service-pack.\n"
-                     : phase == Phase::kRepairing
-                         ? "Repeat its installation.\n"
-                         : "Repeat its installation, or undo-service-pack.\n";
-  return Refusal(Name() + " in " + system_dir + " is not finished. " + what);
+  const std::string name = Name();
+  switch (phase) {
+    case Phase::kUndoing:
+      return Refusal(Text("PackUndoing", "{1} in {2} is not finished. Repeat undo-service-pack.\n",
+                          {name, system_dir}));
+    case Phase::kCommitting:
+      return Refusal(Text("PackCommitting", "{1} in {2} is not finished. Repeat commit.\n",
+                          {name, system_dir}));
+    case Phase::kPending:
+      return Refusal(Text("PackPending",
+                          "{1} in {2} is not finished. Use commit or undo-service-pack.\n",
+                          {name, system_dir}));
+    case Phase::kRepairing:
+      return Refusal(Text("PackRepairing", "{1} in {2} is not finished. Repeat its installation.\n",
+                          {name, system_dir}));
+    case Phase::kInstalling:
+      break;
+  }
+  return Refusal(
+      Text("PackInstalling",
+           "{1} in {2} is not finished. Repeat its installation, or undo-service-pack.\n",
+           {name, system_dir}));
 }
 
 void Journal::BeginUndo(const std::string& system_dir) {
   const std::string path = JournalPath(system_dir);
-  if (phase != Phase::kUndoing && TEVRenameFile(path.c_str(), (path + kUndoSuffix).c_str()) != 0) {
-    throw Refusal("The file " + path + " cannot be renamed.\n");
-  }
+  if (phase != Phase::kUndoing) Rename(path, path + kUndoSuffix);
   phase = Phase::kUndoing;
   SyncFileSystem(system_dir);
 }

@@ -14,6 +14,7 @@
 #include "formats.h"
 #include "nearest.h"
 #include "refusal.h"
+#include "texts.h"
 #include "tree.h"
 #include "unfinished.h"
 
@@ -28,8 +29,9 @@ namespace {
     known.emplace_back(language.name);
     list += std::string(list.empty() ? "" : ", ") + language.name;
   }
-  throw UsageError("unknown language \"" + name + "\"" + DidYouMean("", name, known) +
-                   "\nLanguages: all, none, or some of " + list);
+  const std::string unknown = Text("UnknownLanguage", "unknown language \"{1}\"", {name});
+  throw UsageError(Text("KnownLanguages", "{1}\nLanguages: all, none, or some of {2}",
+                        {DidYouMean(unknown, "", name, known), list}));
 }
 
 /// The bits of a comma-separated list of languages.
@@ -69,7 +71,8 @@ int LanguagesToInstall(const Medium& medium, const std::string& target, std::opt
   }
   const int kept = asked_before ? *unfinished->languages : InstalledLanguages(medium, target);
   if (chosen && *chosen != kept) {
-    Say("The languages that were chosen before are kept in " + SystemDir(medium, target) + ".");
+    Say(Text("LanguagesKept", "The languages that were chosen before are kept in {1}.",
+             {SystemDir(medium, target)}));
   }
   return kept;
 }
@@ -92,6 +95,8 @@ void RemoveOtherLanguages(const std::string& system_dir, int languages) {
     if ((languages & bit) != 0 || !Exists(dir)) continue;
     std::error_code failed;
     fs::remove_all(dir, failed);
-    if (failed) throw Refusal("The directory " + dir + " cannot be removed.\n");
+    if (failed) {
+      throw Refusal(Text("DirectoryNotRemoved", "The directory {1} cannot be removed.\n", {dir}));
+    }
   }
 }

@@ -16,6 +16,7 @@
 #include "interruption.h"
 #include "paths.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -42,6 +43,8 @@ std::string Printed(const std::function<void()>& print) {
   return printed;
 }
 
+void RequireLogPath(const std::string& path) { RequirePlainPath(Text("NounLog", "log"), path); }
+
 }  // namespace
 
 Log::Log(const std::string& path, const std::string& header)
@@ -55,21 +58,21 @@ Log::Log(const std::string& path, const std::string& header)
 }
 
 void Log::OpenUsual(const std::string& header) {
-  TEVUnicodeString text = AsShown(header).c_str();
+  TEVUnicodeString text = AsShown(" " + header + "\n").c_str();
   TEVUnicodeString message;
   int status = 0;
   Keep([&] { status = log_.OpenLogFile(text, message); });
   if (status != 0) throw Refused(message);
-  RequirePlainPath("log", log_.GetLogFileName());
+  RequireLogPath(log_.GetLogFileName());
 }
 
 void Log::OpenFile(const std::string& path, const std::string& header) {
-  RequirePlainPath("log", path);
+  RequireLogPath(path);
   std::string directory = fs::absolute(path).parent_path();
   TEVUnicodeString message;
   if (log_.OpenLogFile(directory.data(), message) != 1) throw Refused(message);
   // Only the usual log gets its banner from the library.
-  Write(std::string(58, '=') + "\n[" + log_.TheTime() + "]" + header);
+  Write(std::string(58, '=') + "\n[" + log_.TheTime() + "] " + header + "\n");
 }
 
 /// Lets the library write; what it cannot, it prints.
@@ -81,8 +84,11 @@ void Log::Keep(const std::function<void()>& write) {
 }
 
 Log::~Log() {
-  TEVUnicodeString trailer = succeeded_ ? " done" : IsInterrupted() ? " interrupted" : " failed";
-  Keep([&] { log_.CloseLogFile(trailer); });
+  const std::string trailer = " " + (succeeded_        ? Text("LogDone", "done")
+                                     : IsInterrupted() ? Text("LogInterrupted", "interrupted")
+                                                       : Text("LogFailed", "failed"));
+  TEVUnicodeString text = trailer.c_str();
+  Keep([&] { log_.CloseLogFile(text); });
 }
 
 void Log::Write(const std::string& text) {
@@ -101,5 +107,7 @@ void Log::TakeErrors(std::string target) {
 void Log::Succeeded() { succeeded_ = true; }
 
 const std::string& LogPath() { return log_path; }
+
+std::string WhereLogIs() { return Text("WhereLogIs", "The log is {1}", {log_path}); }
 
 bool AllIsLogged() { return all_is_logged; }

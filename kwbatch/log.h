@@ -41,6 +41,9 @@ class Log {
 /// The path of the log that was opened last; empty without one.
 const std::string& LogPath();
 
+/// Says where the log is that was opened last.
+std::string WhereLogIs();
+
 /// False when something was shown instead of being logged.
 bool AllIsLogged();
 

@@ -28,92 +28,100 @@ const std::vector<Command>& Commands() {
       {command::kInstall,
        {word::kMedium, word::kTarget, word::kMore},
        Install,
-       "put every package of MEDIUM that TARGET does not have yet into TARGET",
+       Text("CommandInstall",
+            "put every package of MEDIUM that TARGET does not have yet into TARGET"),
        "  kwbatch install /cdrom/ga /opt/suite --languages French,Japanese\n"
        "  kwbatch install /cdrom/ga /opt/suite --answers site.ini --log /var/log/suite.log\n"
        "  kwbatch install /cdrom/ga /cdrom/sp1 /cdrom/hf1 /opt/suite --commit\n"},
       {command::kCheck,
        {word::kMedium, word::kTarget},
        Check,
-       "say whether MEDIUM may be installed on TARGET, or why not; writes nothing",
+       Text("CommandCheck",
+            "say whether MEDIUM may be installed on TARGET, or why not; writes nothing"),
        "  kwbatch check /cdrom/ga /opt/suite\n"
        "  kwbatch check /cdrom/ga /opt/suite --bb-port 20100 --save-answers site.ini\n"},
       {command::kVerify,
        {word::kTarget},
        Verify,
-       "report each installed file that is missing or damaged",
+       Text("CommandVerify", "report each installed file that is missing or damaged"),
        "  kwbatch verify /opt/suite --os aix_a\n"},
       {command::kRepair,
        {word::kMedium, word::kTarget},
        Repair,
-       "put back what is missing or damaged and should be as MEDIUM has it",
+       Text("CommandRepair", "put back what is missing or damaged and should be as MEDIUM has it"),
        "  kwbatch repair /cdrom/ga /opt/suite\n"},
       {command::kServicePack,
        {word::kMedium, word::kTarget},
        ServicePack,
-       "set aside what the service pack replaces, and install it; it is pending then",
+       Text("CommandServicePack",
+            "set aside what the service pack replaces, and install it; it is pending then"),
        "  kwbatch service-pack /cdrom/sp1 /opt/suite\n"},
       {command::kCommit,
        {word::kTarget},
        Commit,
-       "end the pending state; the service pack cannot be undone then",
+       Text("CommandCommit", "end the pending state; the service pack cannot be undone then"),
        "  kwbatch commit /opt/suite\n"},
       {command::kUndoServicePack,
        {word::kTarget},
        UndoServicePack,
-       "take the latest service pack out again; TARGET is then as it was before",
+       Text("CommandUndoServicePack",
+            "take the latest service pack out again; TARGET is then as it was before"),
        "  kwbatch undo-service-pack /opt/suite\n"},
       {command::kHotFix,
        {word::kMedium, word::kTarget},
        HotFix,
-       "install a hot fix",
+       Text("CommandHotFix", "install a hot fix"),
        "  kwbatch hot-fix /cdrom/hotfix /opt/suite\n"},
       {command::kUndoHotFix,
        {word::kTarget},
        UndoHotFix,
-       "take the latest hot fix out again",
+       Text("CommandUndoHotFix", "take the latest hot fix out again"),
        "  kwbatch undo-hot-fix /opt/suite\n"},
       {command::kTasks,
        {word::kTarget},
        Tasks,
-       "list the programs whose command line names TARGET",
+       Text("CommandTasks", "list the programs whose command line names TARGET"),
        "  kwbatch tasks /opt/suite --stop\n"},
       {command::kStatus,
        {word::kTarget},
        Status,
-       "show what a tree or a medium holds, and whether the system's files still name it",
+       Text("CommandStatus",
+            "show what a tree or a medium holds, and whether the system's files still name it"),
        "  kwbatch status /opt/suite\n"
        "  kwbatch status /opt/suite --json\n"},
       {command::kRegister,
        {word::kTarget},
        RegisterTree,
-       "register the ports and daemons of TARGET, also after it was moved",
+       Text("CommandRegister", "register the ports and daemons of TARGET, also after it was moved"),
        "  kwbatch register /opt/suite\n"},
       {command::kLanguages,
        {word::kTarget, word::kMedium},
        Languages,
-       "add languages to what is installed",
+       Text("CommandLanguages", "add languages to what is installed"),
        "  kwbatch languages /opt/suite /cdrom/ga --add German\n"},
       {command::kOwner,
        {word::kTarget, word::kFiles},
        Owner,
-       "show which packages bring a file; the last one is that whose content it should have",
+       Text("CommandOwner",
+            "show which packages bring a file; the last one is that whose content it should have"),
        "  kwbatch owner /opt/suite /opt/suite/aix_a/code/bin/TEVSession\n"},
       {command::kFiles,
        {word::kTarget, word::kPackage},
        Files,
-       "list the files of a package",
+       Text("CommandFiles", "list the files of a package"),
        "  kwbatch files /opt/suite Modeler\n"},
       {command::kUninstall,
        {word::kTarget},
        Uninstall,
-       "take the product out of TARGET, and its lines out of the system's files",
+       Text("CommandUninstall",
+            "take the product out of TARGET, and its lines out of the system's files"),
        "  kwbatch uninstall /opt/suite --dry-run\n"
        "  kwbatch uninstall /opt/suite --stop\n"},
       {command::kEnvironment,
        {word::kSystem, word::kConfig},
        Environment,
-       "print the path of the environment file that a configuration uses",
+       Text("CommandEnvironment",
+            "print the path of the environment file that a configuration uses"),
        "  kwbatch environment /opt/suite/aix_a Suite.R12\n"},
   };
   return commands;
@@ -141,7 +149,9 @@ void Run(const Options& options) {
   if (options.Has(word::kTarget) && run != Uninstall && run != Status && run != Tasks) {
     RequireNoRemoval(options.Word(word::kTarget));
   }
-  if (chdir(own.path().c_str()) != 0) throw Refusal("No temporary directory can be entered.\n");
+  if (chdir(own.path().c_str()) != 0) {
+    throw Refusal(Text("TemporaryDirectoryNotEntered", "No temporary directory can be entered.\n"));
+  }
   try {
     run(options);
   } catch (const NothingToDo& reason) {
@@ -152,10 +162,13 @@ void Run(const Options& options) {
 
 /// What to do after an interruption.
 std::string HowToGoOn(const Options& options) {
-  const std::string repeat = "kwbatch was interrupted. Repeat the command to go on";
-  if (options.command().run != ServicePack) return repeat + ".";
-  return repeat + ", or undo it with: kwbatch " + command::kUndoServicePack.text + " " +
-         options.Word(word::kTarget);
+  if (options.command().run != ServicePack) {
+    return Text("RepeatCommand", "kwbatch was interrupted. Repeat the command to go on.");
+  }
+  return Text("RepeatOrUndo",
+              "kwbatch was interrupted. Repeat the command to go on, or undo it with: kwbatch "
+              "undo-service-pack {1}",
+              {options.Word(word::kTarget)});
 }
 
 /// Says why kwbatch ends, and where more can be read. Returns the exit status.
@@ -164,7 +177,7 @@ int Report(const std::optional<Options>& options, const Refusal& refusal) {
   const std::string reason = interrupted ? HowToGoOn(*options) : refusal.what();
   SetField("/error", reason.substr(0, reason.find_last_not_of('\n') + 1));
   Complain(reason);
-  if (!LogPath().empty()) Complain("The log is " + LogPath());
+  if (!LogPath().empty()) Complain(WhereLogIs());
   return refusal.status;
 }
 
@@ -178,7 +191,7 @@ int Try(int argc, char** argv) {
     return AllIsPrinted() && AllIsLogged() ? kDone : kRefused;
   } catch (const UsageError& error) {
     SetField("/error", std::string(error.what()));
-    Complain(std::string("kwbatch: ") + error.what() + "\nSee kwbatch --help.");
+    Complain(Text("WrongUsage", "kwbatch: {1}\nSee kwbatch --help.", {error.what()}));
     return kWrongUsage;
   } catch (const Refusal& refusal) {
     return Report(options, refusal);

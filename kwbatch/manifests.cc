@@ -8,6 +8,7 @@
 #include "formats.h"
 #include "paths.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -30,8 +31,9 @@ void RequireInside(const std::string& path, const std::string& source) {
   const bool leads_out = path.empty() || parts.is_absolute() || !parts.has_filename() ||
                          std::count(parts.begin(), parts.end(), "..") > 0;
   if (!leads_out) return;
-  throw Refusal("The file " + source + " names the path \"" + path +
-                "\", which leads out of the tree.\n");
+  throw Refusal(Text("PathLeadsOut",
+                     "The file {1} names the path \"{2}\", which leads out of the tree.\n",
+                     {source, path}));
 }
 
 std::vector<std::string> PackagesIn(const std::string& system_dir) {
@@ -40,7 +42,7 @@ std::vector<std::string> PackagesIn(const std::string& system_dir) {
     if (line.empty() || line.front() == '#') continue;
     const std::string name = TableLine(line).name;
     if (name.empty() || std::count(packages.begin(), packages.end(), name) > 0) continue;
-    RequirePlainName("package name", name);
+    RequirePackageName(name);
     packages.push_back(name);
   }
   return packages;
@@ -52,8 +54,8 @@ std::vector<std::string> ListedFiles(const std::string& system_dir, const std::s
   std::vector<std::string> files;
   for (size_t i = 0; i < lines.size(); i += 2) {
     if (i + 1 == lines.size() || !IsFileNumbers(lines[i + 1])) {
-      throw Refusal("The manifest " + manifest + " is damaged after line " + std::to_string(i) +
-                    ".\n");
+      throw Refusal(
+          Text("ManifestDamaged", "The manifest {1} is damaged after line {2}.\n", {manifest, i}));
     }
     RequireInside(lines[i], manifest);
     files.push_back(fs::path(lines[i]).lexically_normal());

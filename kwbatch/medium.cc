@@ -8,6 +8,7 @@
 #include "formats.h"
 #include "paths.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace {
 
@@ -36,11 +37,10 @@ Medium OpenSystem(const std::string& dir, const std::string& os) {
   if (status != 0) throw Refused(message);
   medium.kind = KindOf(toc);
   medium.os = os.empty() && toc->GetOS() != nullptr ? toc->GetOS() : os;
-  if (medium.os.empty()) throw Refusal("The table " + path + " names no operating system.\n");
-  RequirePlainName("operating system of the medium", medium.os);
-  if (medium.os.size() > kSystemNameLength) {
-    throw Refusal("The operating system \"" + medium.os + "\" has more than 15 characters.\n");
+  if (medium.os.empty()) {
+    throw Refusal(Text("TableWithoutSystem", "The table {1} names no operating system.\n", {path}));
   }
+  RequireSystemName(medium.os);
   return medium;
 }
 
@@ -56,7 +56,8 @@ std::vector<std::string> SystemsOf(const std::string& dir) {
     char name[kSystemNameLength + 1] = "";
     TEVInsReadOSFile(dir.c_str(), index, name);
     if (name[0] == '\0') continue;
-    RequirePlainName("operating system in " + dir + "/" + kSystemList, name);
+    RequirePlainName(Text("NounSystemIn", "operating system in {1}", {dir + "/" + kSystemList}),
+                     name);
     systems.emplace_back(name);
   }
   return systems;
@@ -71,7 +72,8 @@ std::vector<Medium> OpenMedium(const std::string& dir, const std::string& os) {
   }
   if (systems.empty()) media.push_back(OpenSystem(dir, ""));
   if (media.empty() || (!os.empty() && media.front().os != os)) {
-    throw Refusal("The medium " + dir + " holds nothing for the operating system " + os + ".\n");
+    throw Refusal(Text("MediumWithoutSystem",
+                       "The medium {1} holds nothing for the operating system {2}.\n", {dir, os}));
   }
   return media;
 }
@@ -92,6 +94,14 @@ Content ContentOf(MediumKind kind) {
       break;
   }
   return {code, {FWK, GRP, PRD, PDO, SLT}};
+}
+
+std::string RequireArchive(const Medium& medium, const std::string& package) {
+  RequirePackageName(package);
+  std::string archive = ArchiveOf(medium.dir, package);
+  if (!archive.empty()) return archive;
+  throw Refusal(
+      Text("ArchiveMissing", "The archive {1} is missing.\n", {medium.dir + "/" + package}));
 }
 
 std::vector<std::string> PackagesOf(const TEVINSToc& toc, TEVINSType type, TEVINSPkg kind) {

@@ -42,6 +42,10 @@ std::vector<Medium> OpenMedium(const std::string& dir, const std::string& os);
 
 Content ContentOf(MediumKind kind);
 
+/// The path of a package's archive on the medium. Throws a Refusal when it is missing, and for a
+/// name that is no file name.
+std::string RequireArchive(const Medium& medium, const std::string& package);
+
 /// The names of the packages of a type and kind.
 std::vector<std::string> PackagesOf(const TEVINSToc& toc, TEVINSType type, TEVINSPkg kind);
 

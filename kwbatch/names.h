@@ -11,7 +11,6 @@ struct CommandName {
 
 struct WordName {
   const char* text;
-  const char* help;
   const char* field = nullptr;  ///< where it stands in the report for machines
   bool repeated = false;        ///< any number of them, at the end
   bool required = true;
@@ -43,15 +42,13 @@ constexpr CommandName kEnvironment{"environment"};
 }  // namespace command
 
 namespace word {
-constexpr WordName kMedium{"MEDIUM", "directory with the table of contents and the archives",
-                           "/medium"};
-constexpr WordName kTarget{"TARGET", "directory of the installation", "/target"};
-constexpr WordName kMore{"MORE", "with several media the last word is TARGET", nullptr, true,
-                         false};
-constexpr WordName kFiles{"FILE", "path of a file, its own or below TARGET", nullptr, true};
-constexpr WordName kPackage{"PACKAGE", "name of a package, as status shows it"};
-constexpr WordName kSystem{"SYSTEM", "directory of one operating system in the installation"};
-constexpr WordName kConfig{"CONFIG", "name of a configuration"};
+constexpr WordName kMedium{"MEDIUM", "/medium"};
+constexpr WordName kTarget{"TARGET", "/target"};
+constexpr WordName kMore{"MORE", nullptr, true, false};
+constexpr WordName kFiles{"FILE", nullptr, true};
+constexpr WordName kPackage{"PACKAGE"};
+constexpr WordName kSystem{"SYSTEM"};
+constexpr WordName kConfig{"CONFIG"};
 }  // namespace word
 
 namespace option {

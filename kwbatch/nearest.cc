@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include "texts.h"
+
 namespace {
 
 /// How many letters must be put in, left out or changed to make one word the other.
@@ -23,7 +25,7 @@ size_t EditDistance(const std::string& one, const std::string& other) {
 
 }  // namespace
 
-std::string DidYouMean(const std::string& prefix, const std::string& word,
+std::string DidYouMean(const std::string& text, const std::string& prefix, const std::string& word,
                        const std::vector<std::string>& candidates) {
   constexpr size_t kTelling = 3;  // so many letters of a name say which is meant
   const std::string* nearest = nullptr;
@@ -35,5 +37,6 @@ std::string DidYouMean(const std::string& prefix, const std::string& word,
     least = distance;
     nearest = &candidate;
   }
-  return nearest == nullptr ? "" : "; did you mean " + prefix + *nearest + "?";
+  if (nearest == nullptr) return text;
+  return Text("DidYouMean", "{1}; did you mean {2}?", {text, prefix + *nearest});
 }

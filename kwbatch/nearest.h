@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-/// "; did you mean ...?" with `prefix` and the candidate closest to the word; empty when none is
-/// close.
-std::string DidYouMean(const std::string& prefix, const std::string& word,
+/// The text that refuses the word, and the question whether the candidate closest to it is meant,
+/// with `prefix` before it, if there is one.
+std::string DidYouMean(const std::string& text, const std::string& prefix, const std::string& word,
                        const std::vector<std::string>& candidates);
 
 #endif  // KWBATCH_NEAREST_H_

@@ -10,13 +10,13 @@
 struct OptionSpec {
   OptionName name;
   const char* value;  ///< what its value is, "N" for a number; null for an option without one
-  const char* help;
+  std::string help;
   OptionName needs = {nullptr};  ///< the option without which it means nothing
 };
 
 /// Options that the help shows together, and the commands that take them.
 struct OptionGroup {
-  const char* title;
+  std::string title;
   std::vector<CommandName> commands;  ///< none means every command
   std::vector<OptionSpec> options;
 
@@ -25,5 +25,8 @@ struct OptionGroup {
 
 /// All groups, in the order of the help.
 const std::vector<OptionGroup>& OptionGroups();
+
+/// What the help says of a word behind a command.
+const std::string& HelpOf(WordName word);
 
 #endif  // KWBATCH_OPTION_TABLE_H_

@@ -9,15 +9,20 @@
 #include <stdexcept>
 
 #include "answers.h"
-#include "nearest.h"
 #include "option_table.h"
 #include "refusal.h"
+#include "texts.h"
+#include "usage.h"
 
 namespace {
 
-constexpr const char* kExitStatus =
-    "Exit status: 0 done, 1 refused, failed or not wholly logged, 2 wrong usage, 3 nothing to do,\n"
-    "4 done, but a program of the product has failed, 5 another kwbatch works on the target.";
+std::string ExitStatusHelp() {
+  return Text(
+      "HelpExitStatus",
+      "Exit status: 0 done, 1 refused, failed or not wholly logged, 2 wrong usage, 3 nothing to "
+      "do,\n"
+      "4 done, but a program of the product has failed, 5 another kwbatch works on the target.");
+}
 
 /// What a command line gives, as CLI11 stores it.
 struct CommandLine {
@@ -29,10 +34,10 @@ struct CommandLine {
 };
 
 template <typename Store>
-CLI::Option* AddText(CLI::App* app, const std::string& name, const char* value, const char* help,
-                     Store store) {
+CLI::Option* AddText(CLI::App* app, const std::string& name, const char* value,
+                     const std::string& help, Store store) {
   const auto checked = [name, store](const std::string& text) {
-    if (text.empty() || text.rfind("--", 0) == 0) throw CLI::ValidationError(name, "needs a value");
+    if (text.empty() || text.rfind("--", 0) == 0) throw CLI::ValidationError(NeedsValue(name));
     store(text);
   };
   return app->add_option_function<std::string>(name, checked, help)->type_name(value)->take_last();
@@ -54,37 +59,41 @@ void AddGroup(CLI::App* app, const OptionGroup& group, CommandLine& line) {
 
 /// The options that a file of answers cannot give.
 void AddAnswerFiles(CLI::App* app, CommandLine& line) {
-  AddText(app, "--answers", "FILE", "take the options that are not given from this ini file",
+  AddText(app, "--answers", "FILE",
+          Text("HelpAnswers", "take the options that are not given from this ini file"),
           [&line](const std::string& text) { line.answers = text; });
-  AddText(app, "--save-answers", "FILE", "write the options to this ini file before all else",
+  AddText(app, "--save-answers", "FILE",
+          Text("HelpSaveAnswers", "write the options to this ini file before all else"),
           [&line](const std::string& text) { line.save_answers = text; });
 }
 
 void SetWording(CLI::App& app) {
-  app.set_help_flag("-h,--help", "print this help");
+  app.set_help_flag("-h,--help", Text("HelpHelp", "print this help"));
   CLI::FormatterBase& help = *app.get_formatter();
   help.column_width(34);
-  help.label("SUBCOMMAND", "COMMAND");
-  help.label("Positionals", "Words");
+  help.label("Usage", Text("HelpUsage", "Usage"));
+  help.label("SUBCOMMAND", Text("HelpCommandWord", "COMMAND"));
+  help.label("Positionals", Text("HelpWords", "Words"));
   help.label("REQUIRED", "");
 }
 
 void AddCommand(CLI::App& app, const Command& command, CommandLine& line) {
-  CLI::App* sub = app.add_subcommand(command.name.text, command.help)->group("Commands");
+  CLI::App* sub =
+      app.add_subcommand(command.name.text, command.help)->group(Text("HelpCommands", "Commands"));
   for (const WordName word : command.words) {
     const auto store = [&line, word](const std::string& text) { line.words[word.text] = text; };
     const auto store_all = [&line](const std::vector<std::string>& all) { line.files = all; };
     CLI::Option* added =
         word.repeated
-            ? sub->add_option_function<std::vector<std::string>>(word.text, store_all, word.help)
-            : sub->add_option_function<std::string>(word.text, store, word.help);
+            ? sub->add_option_function<std::vector<std::string>>(word.text, store_all, HelpOf(word))
+            : sub->add_option_function<std::string>(word.text, store, HelpOf(word));
     added->required(word.required)->type_name("");
   }
   for (const OptionGroup& group : OptionGroups()) {
     if (group.IsFor(command.name.text)) AddGroup(sub, group, line);
   }
   AddAnswerFiles(sub, line);
-  sub->footer(std::string("Examples:\n") + command.examples + "\n" + kExitStatus);
+  sub->footer(Text("HelpExamples", "Examples:\n{1}\n{2}", {command.examples, ExitStatusHelp()}));
 }
 
 /// Throws a logic_error when the table of options names a command that does not exist.
@@ -104,76 +113,13 @@ void RequireTakers(const std::vector<Command>& commands) {
 void AddCommands(CLI::App& app, const std::vector<Command>& commands, CommandLine& line) {
   SetWording(app);
   app.allow_extras()->require_subcommand(1);
-  app.set_version_flag("--version", "kwbatch " KWBATCH_VERSION, "print the version");
-  app.footer(std::string("kwbatch help COMMAND shows what a command takes.\n") + kExitStatus);
+  app.set_version_flag("--version", "kwbatch " KWBATCH_VERSION,
+                       Text("HelpVersion", "print the version"));
+  app.footer(Text("HelpMore", "kwbatch help COMMAND shows what a command takes.\n{1}",
+                  {ExitStatusHelp()}));
   AddGroup(&app, OptionGroups().front(), line);
   AddAnswerFiles(&app, line);
   for (const Command& command : commands) AddCommand(app, command, line);
-}
-
-/// Throws a UsageError for an option that is not there, or not for this command.
-void RejectOption(const std::string& name, const CLI::App* command) {
-  const std::string no_option =
-      (command == nullptr ? "there is" : command->get_name() + " has") + " no option --" + name;
-  std::vector<std::string> known;
-  std::string takers;
-  for (const OptionGroup& group : OptionGroups()) {
-    const bool taken = command != nullptr && group.IsFor(command->get_name());
-    for (const OptionSpec& option : group.options) {
-      if (taken || command == nullptr) known.emplace_back(option.name.text);
-      if (option.name.text != name) continue;
-      if (taken) throw UsageError("--" + name + " must stand behind " + command->get_name());
-      for (const CommandName taker : group.commands) takers += std::string(" ") + taker.text;
-    }
-  }
-  if (!takers.empty()) throw UsageError(no_option + "; these have it:" + takers);
-  throw UsageError(no_option + DidYouMean("--", name, known));
-}
-
-/// Throws a UsageError for the first option, or else the first word, that CLI11 had no use for.
-void RejectUnknown(const CLI::App& app) {
-  const std::vector<CLI::App*> chosen = app.get_subcommands();
-  const CLI::App* command = chosen.empty() ? nullptr : chosen.front();
-  std::string word;
-  for (const std::string& text : app.remaining(true)) {
-    if (text == "--") continue;
-    if (text.rfind("--", 0) == 0) RejectOption(text.substr(2, text.find('=') - 2), command);
-    if (word.empty()) word = text;
-  }
-  if (word.empty()) return;
-  if (command != nullptr) {
-    throw UsageError(command->get_name() + " has no use for \"" + word + "\"");
-  }
-  std::vector<std::string> known;
-  for (const CLI::App* sub : app.get_subcommands({})) known.push_back(sub->get_name());
-  throw UsageError("no command \"" + word + "\"" + DidYouMean("", word, known));
-}
-
-/// Writes "help COMMAND" as "COMMAND --help". Throws a UsageError for an unknown one.
-std::vector<std::string> WithoutHelpWord(std::vector<std::string> arguments,
-                                         const std::vector<Command>& commands) {
-  if (arguments.empty() || arguments.front() != "help") return arguments;
-  arguments.erase(arguments.begin());
-  std::vector<std::string> known;
-  known.reserve(commands.size());
-  for (const Command& command : commands) known.emplace_back(command.name.text);
-  for (const std::string& word : arguments) {
-    const bool is_option = word.rfind('-', 0) == 0;
-    if (!is_option && std::count(known.begin(), known.end(), word) == 0) {
-      throw UsageError("no command \"" + word + "\"" + DidYouMean("", word, known));
-    }
-  }
-  arguments.emplace_back("--help");
-  return arguments;
-}
-
-/// CLI11 would take the next word for the value of "--option=".
-void RejectEmptyValues(const std::vector<std::string>& arguments) {
-  for (const std::string& text : arguments) {
-    if (text.rfind("--", 0) == 0 && text.find('=') == text.size() - 1) {
-      throw UsageError(text.substr(0, text.size() - 1) + " needs a value");
-    }
-  }
 }
 
 }  // namespace
@@ -181,7 +127,7 @@ void RejectEmptyValues(const std::vector<std::string>& arguments) {
 std::optional<Options> Options::Parse(int count, char** arguments,
                                       const std::vector<Command>& commands) {
   CommandLine line;
-  CLI::App app("Installs media of the suite without questions.", "kwbatch");
+  CLI::App app(::Text("HelpKwbatch", "Installs media of the suite without questions."), "kwbatch");
   RequireTakers(commands);
   AddCommands(app, commands, line);
   std::vector<std::string> words =
@@ -196,7 +142,8 @@ std::optional<Options> Options::Parse(int count, char** arguments,
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
     RejectUnknown(app);
-    throw UsageError(app.get_subcommands().empty() ? "which command?" : error.what());
+    throw UsageError(app.get_subcommands().empty() ? ::Text("WhichCommand", "which command?")
+                                                   : error.what());
   }
   RejectUnknown(app);
 
@@ -272,7 +219,8 @@ void Options::Take(const std::map<std::string, std::string>& values) {
       if (values_.count(option.name.text) == 0) continue;
       if (option.value != nullptr && std::string(option.value) == "N") Number(option.name, 0);
       if (option.needs.text == nullptr || Has(option.needs)) continue;
-      throw UsageError(std::string("--") + option.name.text + " needs --" + option.needs.text);
+      throw UsageError(
+          ::Text("OptionNeedsOther", "--{1} needs --{2}", {option.name.text, option.needs.text}));
     }
   }
 }
@@ -285,7 +233,8 @@ int Options::Number(OptionName name, int otherwise) const {
   int number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
   if (error != std::errc() || end != text.data() + text.size()) {
-    throw UsageError(std::string("--") + name.text + " needs a number, not \"" + text + "\"");
+    throw UsageError(
+        ::Text("OptionNeedsNumber", "--{1} needs a number, not \"{2}\"", {name.text, text}));
   }
   return number;
 }

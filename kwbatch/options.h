@@ -15,7 +15,7 @@ struct Command {
   CommandName name;
   std::vector<WordName> words;  ///< what must follow the name
   void (*run)(const Options& options);
-  const char* help;
+  std::string help;
   const char* examples;  ///< command lines
 };
 

@@ -14,6 +14,7 @@
 #include "options.h"
 #include "refusal.h"
 #include "request.h"
+#include "texts.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -72,7 +73,9 @@ void Owner(const Options& options) {
     if (number == 1) SetField("/files", std::vector<std::string>());
     SetField(field + "/path", file);
     SetField(field + "/packages", packages);
-    if (packages.empty()) without += "The file " + file + " belongs to no package.\n";
+    if (packages.empty()) {
+      without += Text("NoOwner", "The file {1} belongs to no package.\n", {file});
+    }
     if (!packages.empty()) Show(file + ": " + CommaList(packages));
   }
   if (!without.empty()) throw Refusal(without);
@@ -97,7 +100,8 @@ void Files(const Options& options) {
     }
   }
   if (!found) {
-    throw Refusal("The package " + package + " is not installed in " + request.target + ".\n");
+    throw Refusal(Text("PackageNotInstalled", "The package {1} is not installed in {2}.\n",
+                       {package, request.target}));
   }
   std::sort(paths.begin(), paths.end());
   paths.erase(std::unique(paths.begin(), paths.end()), paths.end());

@@ -14,6 +14,7 @@
 #include "paths.h"
 #include "refusal.h"
 #include "space.h"
+#include "texts.h"
 #include "tree.h"
 #include "unfinished.h"
 
@@ -45,10 +46,14 @@ void Pack::Enter(Phase phase) {
 Medium InstallableUpdate(std::vector<Medium> media, const Request& request, bool hot_fix) {
   Medium& medium = media.front();
   if (!IsUpdate(medium.kind) || (medium.kind == MediumKind::kHotFix) != hot_fix) {
-    throw Refusal("The medium " + medium.dir + " is no " +
-                  (hot_fix ? "hot fix.\n" : "service pack.\n"));
+    throw Refusal(
+        hot_fix ? Text("NoHotFix", "The medium {1} is no hot fix.\n", {medium.dir})
+                : Text("NoServicePack", "The medium {1} is no service pack.\n", {medium.dir}));
   }
-  if (media.size() > 1) throw Refusal("The medium is for several systems: choose one with --os.\n");
+  if (media.size() > 1) {
+    throw Refusal(
+        Text("SeveralSystems", "The medium is for several systems: choose one with --os.\n"));
+  }
   const std::string system_dir = SystemDir(medium, request.target);
   const auto unfinished = Unfinished::Forbidding(system_dir, IsSdk(medium));
   if (unfinished) throw unfinished->NotFinished(system_dir);
@@ -62,10 +67,7 @@ std::string UpdateName(const Medium& medium) {
   const Content content = ContentOf(medium.kind);
   const std::vector<std::string> names =
       PackagesOf(*medium.toc, content.type, content.kinds.front());
-  RequirePlainName("package name", names.front());
-  if (ArchiveOf(medium.dir, names.front()).empty()) {
-    throw Refusal("The archive " + medium.dir + "/" + names.front() + " is missing.\n");
-  }
+  RequireArchive(medium, names.front());
   return names.front();
 }
 
@@ -116,7 +118,8 @@ std::vector<Pack> UncommittedPacks(const Request& request) {
     }
   }
   if (packs.empty()) {
-    throw NothingToDo("No service pack in " + target + " is waiting for a commit.\n");
+    throw NothingToDo(
+        Text("NoneUncommitted", "No service pack in {1} is waiting for a commit.\n", {target}));
   }
   return packs;
 }

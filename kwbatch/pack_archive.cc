@@ -11,6 +11,7 @@
 #include "formats.h"
 #include "refusal.h"
 #include "site_files.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -19,12 +20,15 @@ namespace {
 /// Refuses a path of a pack's list that leads out of the tree.
 void RequireListedPath(const std::string& path, const std::string& numbers) {
   if (numbers.empty() || numbers[0] < '1' || numbers[0] > '7') {
-    throw Refusal("The pack's list says nothing of the file " + path + ".\n");
+    throw Refusal(
+        Text("PackFileUnknown", "The pack's list says nothing of the file {1}.\n", {path}));
   }
   const fs::path parts(path);
   const bool leads_out = parts.is_absolute() || std::count(parts.begin(), parts.end(), "..") > 0;
   if (leads_out || path.empty()) {
-    throw Refusal("The pack lists the path \"" + path + "\", which cannot be replaced safely.\n");
+    throw Refusal(Text("PackPathUnsafe",
+                       "The pack lists the path \"{1}\", which cannot be replaced safely.\n",
+                       {path}));
   }
 }
 
@@ -32,7 +36,9 @@ void RequireListedPath(const std::string& path, const std::string& numbers) {
 /// an earlier pack would not let come back.
 void NoteFile(const std::string& file, const std::string& system_dir, Journal& journal) {
   const std::string saved = system_dir + "/" + file + kSavedSuffix;
-  if (IsThere(saved)) throw Refusal("Move the file " + saved + " away: it would be lost.\n");
+  if (IsThere(saved)) {
+    throw Refusal(Text("SavedFileInWay", "Move the file {1} away: it would be lost.\n", {saved}));
+  }
   if (IsThere(system_dir + "/" + file)) {
     journal.saved_files.push_back(file);
     return;
@@ -82,7 +88,8 @@ std::set<std::string> FilesOf(const Contents& contents, const std::string& root,
     const bool listed =
         path.compare(0, root.size(), root) == 0 && files.count(path.substr(root.size())) != 0;
     if (listed || path.empty() || path.back() == '/') continue;
-    throw Refusal("The pack's list does not name the file " + path + " of its archive.\n");
+    throw Refusal(Text("PackFileNotListed",
+                       "The pack's list does not name the file {1} of its archive.\n", {path}));
   }
   return files;
 }
@@ -102,9 +109,10 @@ void RequireFilesOf(const Journal& journal, const Medium& medium, const std::str
   known.insert(journal.new_files.begin(), journal.new_files.end());
   for (const std::string& file : FilesOf(contents, root, journal.pack)) {
     if (known.count(file) != 0) continue;
-    throw Refusal("The medium " + medium.dir +
-                  " has other files than the one that was begun with, " + file +
-                  " for example. Take that back first with undo-service-pack.\n");
+    throw Refusal(Text("OtherPackFiles",
+                       "The medium {1} has other files than the one that was begun with, {2} for "
+                       "example. Take that back first with undo-service-pack.\n",
+                       {medium.dir, file}));
   }
 }
 

@@ -12,6 +12,7 @@
 #include "interruption.h"
 #include "refusal.h"
 #include "site_files.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -51,6 +52,11 @@ class SavedList {
   std::string member_;
 };
 
+/// The refusal for a table that cannot be rewritten.
+Refusal CannotRewrite(const std::string& path) {
+  return Refusal(Text("FileNotRewritten", "The file {1} cannot be rewritten.\n", {path}));
+}
+
 }  // namespace
 
 /// What an earlier try has put in the place of a saved file is removed first: to save that would
@@ -75,7 +81,7 @@ void Save(const Pack& pack) {
     SafePoint();
     const std::string path = pack.In(file);
     if (IsThere(path) && TEVRenameFile(path.c_str(), (path + kSavedSuffix).c_str()) != 0) {
-      throw Refusal("The file " + path + " cannot be set aside.\n");
+      throw Refusal(Text("FileNotSetAside", "The file {1} cannot be set aside.\n", {path}));
     }
   }
 }
@@ -100,9 +106,7 @@ std::vector<std::string> KeepSiteFiles(const Pack& pack, const std::string& suff
     const std::string saved = pack.In(file) + suffix;
     if (!IsThere(saved)) continue;
     kept.push_back(SitePath(pack.In(file)));
-    if (TEVRenameFile(saved.c_str(), kept.back().c_str()) != 0) {
-      throw Refusal("The file " + saved + " cannot be renamed.\n");
-    }
+    Rename(saved, kept.back());
   }
   return kept;
 }
@@ -125,13 +129,13 @@ void PruneTable(const Pack& pack) {
       chmod(pruned.c_str(), info.st_mode & 07777) != 0 ||
       (geteuid() == 0 && chown(pruned.c_str(), info.st_uid, info.st_gid) != 0) ||
       TEVRenameFile(pruned.c_str(), present.c_str()) != 0) {
-    throw Refusal("The file " + present + " cannot be rewritten.\n");
+    throw CannotRewrite(present);
   }
   TEVUnicodeString unused;
   for (const std::string& line : pack.journal.table_lines) {
     // With its newline the text is a whole line.
     if (TEVInsSuppressLine(present.data(), (line + "\n").data(), &unused, 1) != 1) {
-      throw Refusal("The file " + present + " cannot be rewritten.\n");
+      throw CannotRewrite(present);
     }
   }
 }

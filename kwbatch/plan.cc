@@ -19,6 +19,7 @@
 #include "refusal.h"
 #include "satellite.h"
 #include "space.h"
+#include "texts.h"
 #include "tree.h"
 #include "unfinished.h"
 
@@ -42,12 +43,7 @@ void AddMissing(const Medium& medium, const std::string& target, const std::stri
       if (installed != nullptr && installed->IsInstalled(name.c_str(), content.type) == 0) continue;
       if (IsSdk(medium) && !HasCode(code_table.get(), name)) continue;
       if (!seen.insert(name).second) continue;
-      RequirePlainName("package name", name);
-      const std::string archive = ArchiveOf(medium.dir, name);
-      if (archive.empty()) {
-        throw Refusal("The archive " + medium.dir + "/" + name + " is missing on the medium.\n");
-      }
-      components.push_back({&medium, name, archive});
+      components.push_back({&medium, name, RequireArchive(medium, name)});
     }
   }
 }
@@ -76,7 +72,8 @@ void KeepOnly(Plan& plan) {
   std::istringstream names(plan.request.only);
   for (std::string name; std::getline(names, name, ',');) {
     if (std::count(known.begin(), known.end(), name) == 0) {
-      throw UsageError("the medium has no package \"" + name + "\"" + DidYouMean("", name, known));
+      throw UsageError(DidYouMean(Text("NoPackage", "the medium has no package \"{1}\"", {name}),
+                                  "", name, known));
     }
     kept.insert(name);
   }
@@ -84,7 +81,8 @@ void KeepOnly(Plan& plan) {
   const auto is_left_out = [&kept](const Component& c) { return kept.count(c.name) == 0; };
   all.erase(std::remove_if(all.begin(), all.end(), is_left_out), all.end());
   if (all.empty() && finished) {
-    throw NothingToDo("The packages " + plan.request.only + " are installed already.\n");
+    throw NothingToDo(Text("PackagesInstalled", "The packages {1} are installed already.\n",
+                           {plan.request.only}));
   }
 }
 
@@ -143,16 +141,17 @@ void AddPackAbove(const Medium& medium, Plan& plan) {
   if ((level <= 0 && !repairing) || medium.kind == MediumKind::kSamples || in_place) return;
   const std::string& with_pack = plan.request.with_pack;
   if (with_pack.empty()) {
-    throw Refusal("A service pack is installed in " + system_dir +
-                  ", whose files would be replaced by older ones: give its medium with "
-                  "--with-pack.\n");
+    throw Refusal(Text("PackNeeded",
+                       "A service pack is installed in {1}, whose files would be replaced by older "
+                       "ones: give its medium with --with-pack.\n",
+                       {system_dir}));
   }
   Medium pack = std::move(OpenMedium(with_pack, medium.os).front());
   const bool is_pack = IsUpdate(pack.kind) && pack.kind != MediumKind::kHotFix;
   if (!is_pack || IsSdk(pack) != IsSdk(medium) ||
       (!repairing && pack.toc->GetSPKLevel(1) != level)) {
-    throw Refusal("The medium " + with_pack + " is not that of the service pack in " + system_dir +
-                  ".\n");
+    throw Refusal(Text("OtherPack", "The medium {1} is not that of the service pack in {2}.\n",
+                       {with_pack, system_dir}));
   }
   RequireRealDirectories(MembersOf(ArchiveOf(pack.dir, UpdateName(pack))), plan.request.target);
   plan.packs.push_back(std::move(pack));
@@ -168,7 +167,9 @@ std::vector<std::string> AllSystems(const std::vector<Medium>& media, const std:
     }
   }
   if (systems.size() > kMostSystems) {
-    throw Refusal("The directory " + target + " would hold more than four operating systems.\n");
+    throw Refusal(Text("TooManySystems",
+                       "The directory {1} would hold more than four operating systems.\n",
+                       {target}));
   }
   return systems;
 }

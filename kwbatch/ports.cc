@@ -20,6 +20,7 @@
 #include "options.h"
 #include "refusal.h"
 #include "system_files.h"
+#include "texts.h"
 
 namespace {
 
@@ -116,10 +117,14 @@ bool IsTakenByIPv6(int port) {
 /// Says that a port is replaced. Throws a Refusal when it was given, unless another one will do.
 void TellReplaced(int wanted, int chosen, bool given, bool next_free) {
   if (wanted == chosen) return;
-  const std::string taken = "The port " + std::to_string(wanted) +
-                            " is taken, or given twice. Free is " + std::to_string(chosen);
-  if (given && !next_free) throw Refusal(taken + "; --next-free takes it.\n");
-  Complain(taken + ", which is used instead.\n");
+  if (given && !next_free) {
+    throw Refusal(Text(
+        "PortTaken", "The port {1} is taken, or given twice. Free is {2}; --next-free takes it.\n",
+        {wanted, chosen}));
+  }
+  Complain(Text("PortReplaced",
+                "The port {1} is taken, or given twice. Free is {2}, which is used instead.\n",
+                {wanted, chosen}));
 }
 
 /// The wanted port, or the next one that nobody has and that is not in `chosen`, to which it is
@@ -187,7 +192,9 @@ void WritePorts(const Ports& ports, Log& log) {
   } else {
     Overwrite(services);
   }
-  if (!AreRegistered(ports)) throw Refusal("The ports are not in " + services + ".\n");
+  if (!AreRegistered(ports)) {
+    throw Refusal(Text("PortsNotWritten", "The ports are not in {1}.\n", {services}));
+  }
   Tell("  morvelk7bb " + std::to_string(ports.bulletin_board) + ", morvelk7run " +
            std::to_string(ports.run) + ", TEVDeviceBroker " + std::to_string(ports.broker),
        log);
@@ -196,9 +203,10 @@ void WritePorts(const Ports& ports, Log& log) {
 void WriteDaemon(std::string daemon, Log& log) {
   TEVUnicodeString message;
   if (UpdateDemon(daemon.data(), &message) != 1) {
-    throw Refusal(message.ConvertToChar() +
-                  ("Make " + daemon + " the program of morvelk7run in " + SystemFile(kInetd) +
-                   " by hand, and repeat the command with --no-services.\n"));
+    throw Refusal(Text("DaemonByHand",
+                       "{1}Make {2} the program of morvelk7run in {3} by hand, and repeat the "
+                       "command with --no-services.\n",
+                       {message.ConvertToChar(), daemon, SystemFile(kInetd)}));
   }
   Say(message.ConvertToChar());
   Tell("  morvelk7run " + daemon, log);
@@ -208,7 +216,7 @@ void WriteDaemon(std::string daemon, Log& log) {
 int GivenPort(const Options& options, OptionName name) {
   const int port = options.Number(name, 0);
   if (options.Has(name) && port == 0) {
-    throw UsageError(std::string("--") + name.text + " needs a port, not 0");
+    throw UsageError(Text("OptionNeedsPort", "--{1} needs a port, not 0", {name.text}));
   }
   return port;
 }
@@ -267,7 +275,8 @@ void Register(const Registration& registration, Log& log) {
   const bool has_daemon = !registration.daemon.empty();
   if (has_ports) WritePorts(registration.ports, log);
   if (has_daemon && !Exists(SystemFile(kInetd))) {
-    return Say("There is no inetd on this machine, so the daemon is not registered.");
+    return Say(
+        Text("NoInetd", "There is no inetd on this machine, so the daemon is not registered."));
   }
   if (has_daemon) WriteDaemon(registration.daemon, log);
   if (has_ports || has_daemon) TellHowInetdReads();
@@ -276,12 +285,11 @@ void Register(const Registration& registration, Log& log) {
 void TellRegistration(const Registration& registration) {
   const Ports& ports = registration.ports;
   if (ports.run != 0) {
-    Say("The ports " + std::to_string(ports.bulletin_board) + ", " + std::to_string(ports.run) +
-        " and " + std::to_string(ports.broker) + " would be registered in " +
-        SystemFile(kServices) + ".");
+    Say(Text("WouldRegisterPorts", "The ports {1}, {2} and {3} would be registered in {4}.",
+             {ports.bulletin_board, ports.run, ports.broker, SystemFile(kServices)}));
   }
   if (!registration.daemon.empty() && Exists(SystemFile(kInetd))) {
-    Say("The daemon " + registration.daemon + " would be registered in " + SystemFile(kInetd) +
-        ".");
+    Say(Text("WouldRegisterDaemon", "The daemon {1} would be registered in {2}.",
+             {registration.daemon, SystemFile(kInetd)}));
   }
 }

@@ -15,6 +15,7 @@
 #include "request.h"
 #include "satellite.h"
 #include "system_files.h"
+#include "texts.h"
 #include "tree.h"
 
 namespace {
@@ -24,8 +25,9 @@ std::string SystemWithDaemon(const Request& request) {
   for (const std::string& dir : SystemDirs(request.target, request.os)) {
     if (Exists(dir + "/" + kDaemon)) return dir;
   }
-  throw Refusal("There is no " + std::string(kDaemon) + " in " + request.target +
-                ", so there is nothing to register.\n");
+  throw Refusal(Text("NothingToRegister",
+                     "There is no {1} in {2}, so there is nothing to register.\n",
+                     {kDaemon, request.target}));
 }
 
 }  // namespace
@@ -47,14 +49,15 @@ void RegisterTree(const Options& options) {
       Registered::InSystem().satellite != satellite + "/" + kSatelliteProgram;
   const auto record = Registered::Read(system_dir);
   if (!has_ports && !has_daemon && !has_satellite && record && record->IsCurrent()) {
-    throw NothingToDo("The tree in " + target + " is registered already.\n");
+    throw NothingToDo(
+        Text("RegisteredAlready", "The tree in {1} is registered already.\n", {target}));
   }
-  Log log(request.log, " registration of " + target + "\n");
+  Log log(request.log, Text("LogRegistration", "registration of {1}", {target}));
   NoteChange();
   if (has_ports) RecordIntent(system_dir, ByService(registration.ports));
   Register(registration, log);
   if (has_satellite) RegisterSatellite(satellite);
   RecordRegistration(system_dir, has_ports);
-  SayDone("The tree in " + target + " is registered.");
+  SayDone(Text("TreeRegistered", "The tree in {1} is registered.", {target}));
   log.Succeeded();
 }

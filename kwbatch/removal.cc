@@ -20,6 +20,7 @@
 #include "manifests.h"
 #include "refusal.h"
 #include "site_files.h"
+#include "texts.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -34,9 +35,10 @@ void RequireNoLinks(const RemovalFrom& part) {
       for (fs::path dir = fs::path(file).parent_path(); !dir.empty(); dir = dir.parent_path()) {
         if (!known.insert(dir).second) break;
         if (!fs::is_symlink(part.dir / dir)) continue;
-        throw Refusal("The directory " + (part.dir / dir).string() +
-                      " is a symbolic link, and may lead out of the tree. Put a directory in its "
-                      "place, or delete it.\n");
+        throw Refusal(Text("LinkLeadsOut",
+                           "The directory {1} is a symbolic link, and may lead out of the tree. "
+                           "Put a directory in its place, or delete it.\n",
+                           {(part.dir / dir).string()}));
       }
     }
   }
@@ -142,7 +144,8 @@ void AddKept(const RemovalFrom& part, std::vector<std::string>& kept) {
     if (going.count(path) == 0) kept.push_back(entry->path());
   }
   if (failed && Exists(part.dir)) {
-    throw Refusal("The directory " + part.dir + " cannot be read: " + failed.message() + ".\n");
+    throw Refusal(Text("DirectoryNotRead", "The directory {1} cannot be read: {2}.\n",
+                       {part.dir, failed.message()}));
   }
 }
 
@@ -158,8 +161,8 @@ int OpenDirectoryOf(const std::string& dir, const fs::path& file) {
     at = next;
   }
   if (at < 0 && errno != ENOENT) {
-    throw Refusal("The directory of " + (dir / file).string() +
-                  " cannot be opened: " + std::strerror(errno) + ".\n");
+    throw Refusal(Text("DirectoryNotOpened", "The directory of {1} cannot be opened: {2}.\n",
+                       {(dir / file).string(), std::strerror(errno)}));
   }
   return at;
 }
@@ -173,8 +176,8 @@ void DeleteIn(const std::string& dir, const std::string& file, int flags) {
   close(at);
   // A directory may hold what is kept, or be a mount.
   if (gone || error == ENOENT || flags == AT_REMOVEDIR) return;
-  throw Refusal("The file " + dir + "/" + file + " cannot be deleted: " + std::strerror(error) +
-                ".\n");
+  throw Refusal(Text("FileNotDeletedFor", "The file {1} cannot be deleted: {2}.\n",
+                     {dir + "/" + file, std::strerror(error)}));
 }
 
 /// Renames a file to another name in its directory.
@@ -186,8 +189,8 @@ void RenameIn(const std::string& dir, const std::string& file, const std::string
   const int error = errno;
   close(at);
   if (renamed || error == ENOENT) return;
-  throw Refusal("The file " + dir + "/" + file + " cannot be renamed: " + std::strerror(error) +
-                ".\n");
+  throw Refusal(Text("FileNotRenamedFor", "The file {1} cannot be renamed: {2}.\n",
+                     {dir + "/" + file, std::strerror(error)}));
 }
 
 /// Deletes all that is in the directory `at`, which it closes, except the entry `but`, and what
@@ -296,5 +299,6 @@ std::string RemovalRecord(const std::string& target) { return target + "/" + kUn
 
 void RequireNoRemoval(const std::string& target) {
   if (!Exists(RemovalRecord(target))) return;
-  throw Refusal("The tree in " + target + " is being uninstalled. Repeat uninstall first.\n");
+  throw Refusal(Text("BeingUninstalled",
+                     "The tree in {1} is being uninstalled. Repeat uninstall first.\n", {target}));
 }

@@ -21,6 +21,7 @@
 #include "refusal.h"
 #include "request.h"
 #include "space.h"
+#include "texts.h"
 #include "tree.h"
 
 namespace fs = std::filesystem;
@@ -37,7 +38,7 @@ std::map<std::string, std::set<std::string>> DamagedFiles(const std::string& sys
   }
   std::map<std::string, std::set<std::string>> damaged;
   const auto installed = OpenInstalled(system_dir);
-  if (installed == nullptr) throw Refusal("Nothing is installed in " + system_dir + ".\n");
+  if (installed == nullptr) throw Refusal(NothingInstalled(system_dir));
   std::istringstream report(CheckIntegrity(installed.get(), system_dir, sdk).report);
   for (std::string line; std::getline(report, line);) {
     const std::string file = DamagedFileIn(line, packages);
@@ -49,11 +50,7 @@ std::map<std::string, std::set<std::string>> DamagedFiles(const std::string& sys
 /// What the archive of a package has of the files.
 Part PartWith(const Medium& medium, const std::string& package,
               const std::set<std::string>& files) {
-  RequirePlainName("package name", package);
-  Part part{package, ArchiveOf(medium.dir, package), {}};
-  if (part.archive.empty()) {
-    throw Refusal("The archive " + medium.dir + "/" + package + " is missing.\n");
-  }
+  Part part{package, RequireArchive(medium, package), {}};
   const std::string root = IsSdk(medium) ? "" : medium.os + "/";
   for (const Member& member : MembersOf(part.archive)) {
     const std::string path = fs::path(member.path).lexically_normal();
@@ -99,13 +96,13 @@ void RequireSpaceFor(const std::vector<SystemRepair>& repairs, const std::string
 }
 
 void PutBack(const SystemRepair& repair, const std::string& target, Log& log) {
-  Say("Put back in " + repair.system_dir + ":");
+  Say(Text("PutBackIn", "Put back in {1}:", {repair.system_dir}));
   std::vector<std::string> repaired;
   for (const Part& part : repair.parts) {
     SafePoint();
     for (const Member& member : part.members) {
       const std::string path = fs::path(member.path).lexically_normal();
-      log.Write("put back: " + path + "\n");
+      log.Write(Text("PutBack", "put back: {1}\n", {path}));
       SayDone("  " + path);
     }
     if (!part.members.empty()) Unpack(part, target);
@@ -130,7 +127,8 @@ void Repair(const Options& options) {
     if (is_there || media.size() == 1) repairs.push_back(PlanRepair(medium, request.target));
   }
   RequireSpaceFor(repairs, request.target);
-  Log log(request.log, " repair of " + request.target + " from " + request.medium + "\n");
+  Log log(request.log,
+          Text("LogRepair", "repair of {1} from {2}", {request.target, request.medium}));
   for (const SystemRepair& repair : repairs) PutBack(repair, request.target, log);
   log.Succeeded();
 }

@@ -5,6 +5,7 @@
 #include "options.h"
 #include "paths.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace {
 
@@ -17,7 +18,8 @@ std::string GivenText(const Options& options, OptionName name) {
 int GivenWait(const Options& options) {
   const int seconds = options.Number(option::kWait, 0);
   if (seconds >= 0) return seconds;
-  throw UsageError("--wait needs a number of seconds, not " + std::to_string(seconds));
+  throw UsageError(
+      Text("WaitNeedsSeconds", "--wait needs a number of seconds, not {1}", {seconds}));
 }
 
 /// With a keyring, all media are replaced by copies that are genuine.

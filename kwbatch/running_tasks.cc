@@ -12,6 +12,7 @@
 
 #include "files.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace {
 
@@ -43,9 +44,9 @@ std::string OtherProcesses() {
   std::istringstream lines(all);
   for (std::string line; std::getline(lines, line);) parents.insert(IdsOf(line));
   if (parents.count(getpid()) == 0) {
-    throw Refusal(
-        "The running programs cannot be listed: \"ps -ef\" fails, or does not show each program "
-        "with its parent. The ps of the package procps does.\n");
+    throw Refusal(Text("PsFails",
+                       "The running programs cannot be listed: \"ps -ef\" fails, or does not show "
+                       "each program with its parent. The ps of the package procps does.\n"));
   }
   std::set<pid_t> ours;
   // 0 is what the ids of the heading are taken for.
@@ -70,7 +71,8 @@ void ShowToLibrary(const std::string& processes, const std::string& dir) {
   const char* path = std::getenv("PATH");
   const std::string search = dir + ":" + (path == nullptr ? "/usr/bin:/bin" : path);
   if (access(program.c_str(), X_OK) != 0 || setenv("PATH", search.c_str(), 1) != 0) {
-    throw Refusal("The running programs cannot be listed: no program can be run in /tmp.\n");
+    throw Refusal(Text("PsNotShown",
+                       "The running programs cannot be listed: no program can be run in /tmp.\n"));
   }
 }
 

@@ -11,6 +11,7 @@
 #include "refusal.h"
 #include "space.h"
 #include "system_files.h"
+#include "texts.h"
 
 void RequireSatellite(const std::string& medium, const std::string& target, bool registered) {
   std::string source = MediumPath(medium);
@@ -18,7 +19,8 @@ void RequireSatellite(const std::string& medium, const std::string& target, bool
   if (TEVInsCheckMediaSAT(source.data(), &message) != 0) throw Refused(message);
   const auto required = static_cast<unsigned int>(SatComputeRequired(source.data(), message));
   if (FreeSpace(target) / 1024 < required) {
-    throw Refusal("The satellite needs " + std::to_string(required) + " MB in " + target + ".\n");
+    throw Refusal(
+        Text("SatelliteSpace", "The satellite needs {1} MB in {2}.\n", {required, target}));
   }
   if (!registered) return;
   RequireWritable(SystemFile(kServices));
@@ -44,15 +46,17 @@ void InstallSatellite(const std::string& medium, const std::string& target, bool
   std::string command = "cd " + dir + " && compress -d -c " + archive + " | tar -xf -";
   TEVUnicodeString message;
   if (TEVInsCommande(command.data(), &message) != 1) throw Refused(message);
-  SayDone("The rendering satellite is installed in " + dir + ".");
+  SayDone(Text("SatelliteInstalled", "The rendering satellite is installed in {1}.", {dir}));
   if (registered) RegisterSatellite(dir);
 }
 
 void RegisterSatellite(std::string dir) {
   TEVUnicodeString message;
   if (SatUpdateService(message) < 0) {
-    throw Refusal("The satellite cannot be registered in " + SystemFile(kServices) + ".\n");
+    throw Refusal(Text("SatelliteNotRegistered", "The satellite cannot be registered in {1}.\n",
+                       {SystemFile(kServices)}));
   }
   if (SatUpdateInet(dir.data(), message) < 0) throw Refused(message);
-  SayDone("It is registered in " + SystemFile(kServices) + " and " + SystemFile(kInetd) + ".");
+  SayDone(Text("SatelliteRegistered", "It is registered in {1} and {2}.",
+               {SystemFile(kServices), SystemFile(kInetd)}));
 }

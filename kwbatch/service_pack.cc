@@ -18,6 +18,7 @@
 #include "refusal.h"
 #include "request.h"
 #include "setup.h"
+#include "texts.h"
 #include "transfer.h"
 #include "tree.h"
 
@@ -25,7 +26,8 @@ namespace {
 
 void TellKept(const std::vector<std::string>& paths, Log& log) {
   for (const std::string& path : paths) {
-    const std::string text = "A file that was changed here is kept as " + path + ".\n";
+    const std::string text =
+        Text("SiteFileKept", "A file that was changed here is kept as {1}.\n", {path});
     Say(text);
     log.Write(text);
   }
@@ -56,7 +58,8 @@ void BeginPack(Pack& pack, Log& log) {
   }
   for (const std::string& file : pack.journal.site_files) {
     const std::string text =
-        "Changed here: " + pack.In(file) + "; a commit keeps it as FILE" + kSiteSuffix + ".\n";
+        Text("SiteFileChanged", "Changed here: {1}; a commit keeps it as FILE{2}.\n",
+             {pack.In(file), kSiteSuffix});
     Say(text);
     log.Write(text);
   }
@@ -68,7 +71,9 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
   MarkInterrupted(pack);
   if (!repair) RecordPending(pack);
   for (const std::string& line : pack.journal.table_lines) {
-    if (TableLine(line).IsHotFix()) Say("To be installed again afterwards: " + line);
+    if (TableLine(line).IsHotFix()) {
+      Say(Text("HotFixReplaced", "To be installed again afterwards: {1}", {line}));
+    }
   }
   ReplaceFiles(medium, target, pack, log);
   RequireWritten(pack.system_dir, IsSdk(medium), {pack.journal.pack}, log);
@@ -84,8 +89,11 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
   } else {
     pack.Enter(Journal::Phase::kPending);
   }
-  SayDone("Service pack " + pack.journal.pack + " is installed in " + pack.system_dir +
-          (repair ? "." : ", and waits for a commit."));
+  SayDone(repair ? Text("PackInstalled", "Service pack {1} is installed in {2}.",
+                        {pack.journal.pack, pack.system_dir})
+                 : Text("PackInstalledPending",
+                        "Service pack {1} is installed in {2}, and waits for a commit.",
+                        {pack.journal.pack, pack.system_dir}));
   return true;
 }
 
@@ -120,10 +128,13 @@ void ServicePack(const Options& options) {
   const Medium medium = InstallableUpdate(OpenMedium(request.medium, request.os), request, false);
   Pack pack = PackToInstall(medium, request.target);
   RequireSpace(medium, request.target, pack);
-  Log log(request.log, " service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+  Log log(request.log,
+          Text("LogServicePack", "service pack {1} in {2}", {pack.journal.pack, pack.system_dir}));
   if (!InstallPack(medium, request.target, pack, log)) {
-    throw Refusal(std::string("A post-install program has failed: see the log ") + log.FileName() +
-                      ". The same command runs it again; undo-service-pack takes the pack out.\n",
+    throw Refusal(Text("PostInstallFailed",
+                       "A post-install program has failed: see the log {1}. The same command runs "
+                       "it again; undo-service-pack takes the pack out.\n",
+                       {log.FileName()}),
                   kProgramFailed);
   }
   log.Succeeded();

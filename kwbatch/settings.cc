@@ -11,6 +11,7 @@
 #include "paths.h"
 #include "ports.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace {
 
@@ -27,10 +28,14 @@ class OptionText {
   std::string text_;
 };
 
+Refusal TooLong(const char* options) {
+  return Refusal(Text("ValueTooLong", "The value of {1} is too long.\n", {options}));
+}
+
 void Require(int status, const TEVUnicodeString& message, const char* what) {
   if (status == 1) return;
   if (message.ConvertToChar()[0] != '\0') throw Refused(message);
-  throw Refusal(std::string("The value of ") + what + " is too long.\n");
+  throw TooLong(what);
 }
 
 /// Finds a Java home, or checks the given one.
@@ -40,17 +45,19 @@ void ExportJava(const Options& options) {
   TEVUnicodeString message;
   const std::string given = options.Text(option::kJavaHome);
   if (given == kAuto) {
-    if (TEVInsGetJavaHome(home) != 1) throw Refusal("No suitable Java was found.\n");
+    if (TEVInsGetJavaHome(home) != 1) {
+      throw Refusal(Text("NoJava", "No suitable Java was found.\n"));
+    }
   } else {
-    RequirePlainPath("Java home", given);
-    if (given.size() >= sizeof(home)) throw Refusal("The value of --java-home is too long.\n");
+    RequirePlainPath(Text("NounJavaHome", "Java home"), given);
+    if (given.size() >= sizeof(home)) throw TooLong("--java-home");
     given.copy(home, given.size());
     if (TEVInsCheckJavaHome(home, version, message) != 1) {
       if (version.ConvertToChar()[0] != '\0') Say(version.ConvertToChar());
       throw Refused(message);
     }
   }
-  Say(std::string("Java home: ") + home);
+  Say(Text("JavaHome", "Java home: {1}", {home}));
   Require(ExportJavaHome(home, &message), message, "--java-home");
 }
 
@@ -70,7 +77,7 @@ MetaSearchData MetaSearchSettings(const Options& options, std::vector<std::strin
   const std::string language =
       options.Has(option::kMetasearchLanguage) ? options.Text(option::kMetasearchLanguage) : "en";
   if (language.size() >= sizeof(data.language)) {
-    throw UsageError("--metasearch-language is too long");
+    throw UsageError(Text("LanguageTooLong", "--metasearch-language is too long"));
   }
   std::strcpy(data.language, language.c_str());
   data.server = text(option::kMetasearchServer);
@@ -109,7 +116,7 @@ void ExportMetaSearch(const Options& options) {
   MetaSearchData data = MetaSearchSettings(options, texts);
   if (TEVInsCheckMetasearch(&data, &message) != 1) {
     const bool told = message.ConvertToChar()[0] != '\0';
-    throw told ? Refused(message) : Refusal("A value of --metasearch-... is too long.\n");
+    throw told ? Refused(message) : TooLong("--metasearch-...");
   }
 }
 
@@ -119,7 +126,7 @@ void ExportTrees(const Options& options) {
   Require(ExportK6(options.Has(option::kK6), OptionText(options, option::kK6).get(),
                    options.Number(option::kK6Library, 1), options.Has(option::kDrx),
                    OptionText(options, option::kDrx).get(), &message),
-          message, "--k6 or --drx");
+          message, "--k6, --drx");
 }
 
 void ExportTck(const Options& options) {
@@ -140,7 +147,7 @@ void ExportSettings(const Options& options) {
   Require(ExportDataDirectories(OptionText(options, option::kMetasearchPath).get(),
                                 OptionText(options, option::kWorkbookPath).get(),
                                 OptionText(options, option::kPublishPath).get(), &message),
-          message, "a data directory");
+          message, "--metasearch-path, --workbook-path, --publish-path");
   if (options.Has(option::kJavaHome)) ExportJava(options);
   if (options.Has(option::kK6) || options.Has(option::kDrx)) ExportTrees(options);
   if (options.Has(option::kTckServer)) ExportTck(options);

@@ -14,6 +14,7 @@
 #include "interruption.h"
 #include "paths.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace {
 
@@ -22,7 +23,7 @@ class OutputToFile {
  public:
   explicit OutputToFile(const std::string& path) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-    if (file == -1) throw Refusal("The file " + path + " cannot be written.\n");
+    if (file == -1) throw CannotWrite(path);
     dup2(file, STDOUT_FILENO);
     dup2(file, STDERR_FILENO);
     close(file);
@@ -86,7 +87,7 @@ bool RunPostInstall(const std::string& system_dir, const std::string& pack, Log&
   for (std::string word; list >> word;) {
     std::string program = system_dir;
     program.append("/code/bin/").append(word).append("_").append(pack);
-    RequirePlainPath("post-install program", program);
+    RequirePlainPath(Text("NounPostInstall", "post-install program"), program);
     if (!Exists(program)) continue;
     program.insert(0, "unset SRCDIR STARTDIR TEVMsgCatalogPath TEVGraphicPath TEVReffilesPath; ");
     done = RunProgram(log,

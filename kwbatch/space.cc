@@ -10,6 +10,7 @@
 #include "console.h"
 #include "files.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -24,11 +25,7 @@ std::string ExistingPart(fs::path path) {
 struct statvfs Usage(const std::string& dir) {
   struct statvfs usage {};
   if (statvfs(dir.c_str(), &usage) == 0) return usage;
-  throw Refusal("The free space of " + dir + " cannot be measured.\n");
-}
-
-std::string Amount(int64_t bytes, int64_t inodes) {
-  return std::to_string(bytes / 1024) + " KB and " + std::to_string(inodes) + " inodes";
+  throw Refusal(Text("SpaceNotMeasured", "The free space of {1} cannot be measured.\n", {dir}));
 }
 
 }  // namespace
@@ -43,7 +40,7 @@ unsigned int FreeSpace(const std::string& target) {
 void RequireReadWrite(const std::string& path) {
   const std::string dir = ExistingPart(path);
   if ((Usage(dir).f_flag & ST_RDONLY) == 0) return;
-  throw Refusal("The file system of " + dir + " is read-only.\n");
+  throw Refusal(Text("ReadOnly", "The file system of {1} is read-only.\n", {dir}));
 }
 
 Demand::Volume& Demand::VolumeOf(const std::string& dir) {
@@ -101,10 +98,14 @@ void Demand::Require() const {
     // A file system may make inodes as they are needed, and has no number of them then.
     const bool counts_inodes = usage.f_files != 0;
     const auto free_inodes = static_cast<int64_t>(counts_inodes ? usage.f_favail : 0);
-    const std::string text = "In " + volume.dir + ", " + Amount(bytes, inodes) + " are needed, " +
-                             Amount(free_bytes, free_inodes) + " are free.\n";
+    const std::string text =
+        Text("SpaceNeeded",
+             "In {1}, {2} KB and {3} inodes are needed, {4} KB and {5} inodes are free.\n",
+             {volume.dir, bytes / 1024, inodes, free_bytes / 1024, free_inodes});
     if (bytes > free_bytes || (counts_inodes && inodes > free_inodes)) missing += text;
     Say(text);
   }
-  if (!missing.empty()) throw Refusal("There is not enough space. " + missing);
+  if (!missing.empty()) {
+    throw Refusal(Text("NotEnoughSpace", "There is not enough space. {1}", {missing}));
+  }
 }

@@ -16,12 +16,21 @@
 #include "formats.h"
 #include "paths.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
+namespace {
+
+Refusal CannotReplace(const std::string& path) {
+  return Refusal(Text("FileNotReplaced", "The file {1} cannot be replaced.\n", {path}));
+}
+
+}  // namespace
+
 void UseScratch(const std::string& dir) {
-  RequirePlainPath("directory", dir);
-  if (!fs::is_directory(dir)) throw Refusal("The directory " + dir + " does not exist.\n");
+  RequirePlainPath(Text("NounDirectory", "directory"), dir);
+  RequireDirectory(dir);
   for (const std::string name : {kServices, kInetd}) {
     // An interrupted run has left the file under this name.
     const std::string copy = dir + "/" + name;
@@ -38,14 +47,21 @@ void RequireWritable(const std::string& path) {
   const int error = errno;
   if (writable && fs::is_regular_file(path)) return;
   const bool forbidden = !writable && (error == EACCES || error == EPERM);
-  throw Refusal("The file " + path + " cannot be written: " +
-                (writable ? "it is no file" : std::strerror(error)) + ". " +
-                (forbidden ? "Be root, or use" : "Use") + " --scratch DIR or --no-services.\n");
+  const std::string reason =
+      writable ? Text("ReasonNoFile", "it is no file") : std::string(std::strerror(error));
+  throw Refusal(
+      forbidden ? Text("SystemFileForbidden",
+                       "The file {1} cannot be written: {2}. Be root, or use --scratch DIR or "
+                       "--no-services.\n",
+                       {path, reason})
+                : Text("SystemFileNotWritten",
+                       "The file {1} cannot be written: {2}. Use --scratch DIR or --no-services.\n",
+                       {path, reason}));
 }
 
 void Overwrite(const std::string& path) {
   if (TEVRenameFile((path + kRewritten).c_str(), (path + kWhole).c_str()) != 0) {
-    throw Refusal("The file " + path + " cannot be replaced.\n");
+    throw CannotReplace(path);
   }
   FinishOverwrite(path);
 }
@@ -56,13 +72,15 @@ void FinishOverwrite(const std::string& path) {
   std::error_code failed;
   fs::copy_file(whole, path, fs::copy_options::overwrite_existing, failed);
   if (failed) {
-    throw Refusal("The file " + path + " cannot be written: its content is " + whole + ".\n");
+    throw Refusal(Text("ContentIsBeside", "The file {1} cannot be written: its content is {2}.\n",
+                       {path, whole}));
   }
   Delete(whole);
 }
 
 void TellHowInetdReads() {
-  Say("  inetd reads this when it gets the signal HUP: pkill -HUP -x inetd");
+  Say("  " +
+      Text("InetdReads", "inetd reads this when it gets the signal HUP: pkill -HUP -x inetd"));
 }
 
 void RemoveLines(const std::string& path, const std::vector<std::string>& lines) {
@@ -78,19 +96,20 @@ void RemoveLines(const std::string& path, const std::vector<std::string>& lines)
   }
   struct stat info {};
   if (failed || file.bad() || stat(real.c_str(), &info) != 0) {
-    throw Refusal("The file " + path + " cannot be read.\n");
+    throw CannotRead(path);
   }
   const std::string fresh = real + ".new";
   Write(fresh, kept);
   if ((chown(fresh.c_str(), info.st_uid, info.st_gid) != 0 && geteuid() == 0) ||
       chmod(fresh.c_str(), info.st_mode & 07777) != 0) {
     Delete(fresh);
-    throw Refusal("The file " + fresh + " cannot get the owner and the mode of " + path + ".\n");
+    throw Refusal(Text("OwnerNotKept", "The file {1} cannot get the owner and the mode of {2}.\n",
+                       {fresh, path}));
   }
   SyncFileSystem(fresh);
   if (TEVRenameFile(fresh.c_str(), real.c_str()) == 0) return;
   if (TEVRenameFile(fresh.c_str(), (real + kWhole).c_str()) != 0) {
-    throw Refusal("The file " + path + " cannot be replaced.\n");
+    throw CannotReplace(path);
   }
   FinishOverwrite(real);
 }
@@ -103,8 +122,9 @@ void RestoreSystemFiles() {
   }
   const std::string inetd = SystemFile(kInetd);
   if (!Exists(inetd + kRewritten)) return;
-  throw Refusal("An earlier run may have been interrupted while it rewrote " + inetd +
-                ", which was " + inetd +
-                ".tmp before: compare the two, put the good one in the place of " + inetd +
-                ", remove the other, and run the command again.\n");
+  throw Refusal(Text("InetdInterrupted",
+                     "An earlier run may have been interrupted while it rewrote {1}, which was "
+                     "{1}.tmp before: compare the two, put the good one in the place of {1}, "
+                     "remove the other, and run the command again.\n",
+                     {inetd}));
 }

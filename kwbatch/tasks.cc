@@ -6,6 +6,7 @@
 #include "options.h"
 #include "request.h"
 #include "running_tasks.h"
+#include "texts.h"
 #include "tree.h"
 
 void Tasks(const Options& options) {
@@ -13,9 +14,9 @@ void Tasks(const Options& options) {
   RequireTree(target);
   RunningTasks tasks(target);
   for (const std::string& command : tasks.commands()) Show(command);
-  Say("Tasks that run from " + target + ": " + std::to_string(tasks.commands().size()));
+  Say(Text("TasksCounted", "Tasks that run from {1}: {2}", {target, tasks.commands().size()}));
   if (options.Has(option::kStop) && !tasks.commands().empty()) {
     tasks.Stop();
-    SayDone("They were sent the termination signal.");
+    SayDone(Text("TasksSignalled", "They were sent the termination signal."));
   }
 }

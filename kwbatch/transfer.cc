@@ -3,6 +3,7 @@
 #include "console.h"
 #include "formats.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace {
 
@@ -22,7 +23,8 @@ void Transfer(const Medium& medium, std::string name, std::string target, int la
   TEVUnicodeString message;
   const int status =
       TEVInsTransferCAF(name.data(), source.data(), target.data(), os, languages, message);
-  log.Write(name + " (" + medium.os + "): " + (status == 0 ? "installed" : "failed") + "\n" +
+  log.Write((status == 0 ? Text("LogInstalled", "{1} ({2}): installed\n", {name, medium.os})
+                         : Text("LogNotInstalled", "{1} ({2}): failed\n", {name, medium.os})) +
             WithoutTarErrors(message, target));
   if (status == 0) {
     if (message.ConvertToChar()[0] != '\0') Say(message.ConvertToChar());

@@ -8,6 +8,7 @@
 #include "formats.h"
 #include "paths.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -28,9 +29,10 @@ std::vector<std::string> SystemDirsIfAny(const std::string& target, const std::s
 
 std::vector<std::string> SystemDirs(const std::string& target, const std::string& os) {
   std::vector<std::string> dirs = SystemDirsIfAny(target, os);
-  const std::string what = os.empty() ? "Nothing" : "Nothing for " + os;
-  if (dirs.empty()) throw Refusal(what + " is installed in " + target + ".\n");
-  return dirs;
+  if (!dirs.empty()) return dirs;
+  if (os.empty()) throw Refusal(NothingInstalled(target));
+  throw Refusal(
+      Text("NothingInstalledFor", "Nothing for {1} is installed in {2}.\n", {os, target}));
 }
 
 /// A development kit that lies in a directory of the target is nothing that the target holds.
@@ -46,9 +48,13 @@ std::string InstalledSystem(const std::string& target) {
   return "";
 }
 
+std::string NothingInstalled(const std::string& dir) {
+  return Text("NothingInstalled", "Nothing is installed in {1}.\n", {dir});
+}
+
 void RequireTree(const std::string& dir) {
   if (Exists(dir + "/" + kPresent) || !InstalledSystem(dir).empty()) return;
-  throw Refusal("Nothing is installed in " + dir + ".\n");
+  throw Refusal(NothingInstalled(dir));
 }
 
 std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir) {
@@ -83,8 +89,8 @@ void RequireSameLevel(const Medium& medium, const std::string& system_dir) {
   const char* tree = installed == nullptr ? nullptr : installed->GetGALevel();
   const char* level = medium.toc->GetGALevel();
   if (tree == nullptr || level == nullptr || std::strcmp(tree, level) == 0) return;
-  throw Refusal("The medium " + medium.dir + " is for level " + level + ", and " + system_dir +
-                " has level " + tree + ".\n");
+  throw Refusal(Text("OtherLevel", "The medium {1} is for level {2}, and {3} has level {4}.\n",
+                     {medium.dir, level, system_dir, tree}));
 }
 
 std::string CodeTreeFor(const Medium& medium, const std::string& target, const std::string& given) {
@@ -94,8 +100,11 @@ std::string CodeTreeFor(const Medium& medium, const std::string& target, const s
   std::string dir = target;
   char code_tree[kPathSize] = "";
   if (TEVInsGetCodeDir(dir.data(), code_tree) != 1 || code_tree[0] == '\0') {
-    throw Refusal("The SDK in " + target + " names no code" +
-                  (IsUpdate(medium.kind) ? ".\n" : ": give its tree with --code.\n"));
+    throw Refusal(IsUpdate(medium.kind)
+                      ? Text("SdkWithoutCode", "The SDK in {1} names no code.\n", {target})
+                      : Text("SdkNeedsCode",
+                             "The SDK in {1} names no code: give its tree with --code.\n",
+                             {target}));
   }
   return TargetPath(code_tree);
 }

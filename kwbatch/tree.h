@@ -27,6 +27,9 @@ std::string InstalledSystem(const std::string& target);
 /// Opens the table of a system directory; null if nothing is installed. Throws a Refusal.
 std::unique_ptr<TEVINSInstToc> OpenInstalled(const std::string& system_dir);
 
+/// Says that nothing is installed in a target or a system directory.
+std::string NothingInstalled(const std::string& dir);
+
 /// Throws a Refusal unless something is installed in a target or a system directory.
 void RequireTree(const std::string& dir);
 

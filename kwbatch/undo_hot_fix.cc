@@ -17,6 +17,7 @@
 #include "refusal.h"
 #include "request.h"
 #include "service_pack.h"
+#include "texts.h"
 #include "tree.h"
 
 namespace {
@@ -52,15 +53,17 @@ bool UndoIn(const std::string& system_dir, const Request& request) {
   const std::string name = pack.journal.pack;
   if (name.empty()) return false;
   if (!journal && !CanBeUndone(system_dir, name)) {
-    throw Refusal("The files that hot fix " + name + " has replaced in " + system_dir +
-                  " were not kept, so it cannot be undone.\n");
+    throw Refusal(Text(
+        "HotFixNotKept",
+        "The files that hot fix {1} has replaced in {2} were not kept, so it cannot be undone.\n",
+        {name, system_dir}));
   }
-  Log log(request.log, " undo of hot fix " + name + " in " + system_dir + "\n");
+  Log log(request.log, Text("LogUndoHotFix", "undo of hot fix {1} in {2}", {name, system_dir}));
   NoteChange();
   SetAsideAgain(pack);
   TakeBack(pack);
   log.Succeeded();
-  SayDone("Hot fix " + name + " is taken out of " + system_dir + ".");
+  SayDone(Text("HotFixTakenOut", "Hot fix {1} is taken out of {2}.", {name, system_dir}));
   return true;
 }
 
@@ -74,6 +77,8 @@ void UndoHotFix(const Options& options) {
     undone = UndoIn(dir, request) || undone;
   }
   if (undone) return;
-  throw NothingToDo("No hot fix in " + request.target +
-                    " can be undone: none is installed above the latest service pack.\n");
+  throw NothingToDo(
+      Text("NoHotFixToUndo",
+           "No hot fix in {1} can be undone: none is installed above the latest service pack.\n",
+           {request.target}));
 }

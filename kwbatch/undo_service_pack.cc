@@ -7,6 +7,7 @@
 #include "pack.h"
 #include "request.h"
 #include "service_pack.h"
+#include "texts.h"
 
 void UndoServicePack(const Options& options) {
   const Request request = RequestOf(options);
@@ -16,11 +17,12 @@ void UndoServicePack(const Options& options) {
         pack.journal.phase == Journal::Phase::kCommitting) {
       throw pack.journal.NotFinished(pack.system_dir);
     }
-    Log log(request.log,
-            " undo of service pack " + pack.journal.pack + " in " + pack.system_dir + "\n");
+    Log log(request.log, Text("LogUndoServicePack", "undo of service pack {1} in {2}",
+                              {pack.journal.pack, pack.system_dir}));
     SetAsideAgain(pack);
     TakeBack(pack);
     log.Succeeded();
-    SayDone(pack.journal.Name() + " is taken out of " + pack.system_dir + ".");
+    SayDone(
+        Text("PackTakenOut", "{1} is taken out of {2}.", {pack.journal.Name(), pack.system_dir}));
   }
 }

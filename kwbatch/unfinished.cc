@@ -7,6 +7,7 @@
 #include "files.h"
 #include "formats.h"
 #include "integrity.h"
+#include "texts.h"
 #include "tree.h"
 
 namespace {
@@ -58,8 +59,14 @@ void Unfinished::Write(const std::string& system_dir) const {
 }
 
 Refusal Unfinished::NotFinished(const std::string& system_dir) const {
-  return Refusal("The installation of " + (medium.empty() ? "a medium" : medium) + " in " +
-                 system_dir + " is not finished. Repeat it first.\n");
+  if (medium.empty()) {
+    return Refusal(Text("InstallationUnfinished",
+                        "The installation of a medium in {1} is not finished. Repeat it first.\n",
+                        {system_dir}));
+  }
+  return Refusal(Text("MediumUnfinished",
+                      "The installation of {1} in {2} is not finished. Repeat it first.\n",
+                      {medium, system_dir}));
 }
 
 void Unfinished::Delete(const std::string& system_dir) {

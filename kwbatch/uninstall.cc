@@ -20,6 +20,7 @@
 #include "request.h"
 #include "running_tasks.h"
 #include "system_files.h"
+#include "texts.h"
 #include "tree.h"
 #include "unfinished.h"
 
@@ -32,8 +33,9 @@ void RequireFinished(const std::string& target) {
   for (const std::string& dir : SystemDirsIfAny(target, "")) {
     const auto unfinished = Unfinished::Forbidding(dir, dir == target);
     if (!unfinished) continue;
-    throw Refusal(unfinished->NotFinished(dir).what() +
-                  std::string("With --purge the directory is deleted with all that is in it.\n"));
+    throw Refusal(Text("PurgeDeletesAll",
+                       "{1}With --purge the directory is deleted with all that is in it.\n",
+                       {unfinished->NotFinished(dir).what()}));
   }
 }
 
@@ -43,8 +45,9 @@ void RequireNoSdk(const std::string& target) {
   if (sdk.empty() || sdk.front() == target || !Exists(sdk.front() + "/" + kPresent)) return;
   const std::vector<std::string> code_tree = LinesOf(sdk.front() + "/" + kCodePointer);
   if (code_tree.empty() || code_tree.front() != target) return;
-  throw Refusal("The development kit in " + sdk.front() + " needs the code in " + target +
-                ". Uninstall it first.\n");
+  throw Refusal(Text("SdkNeedsTree",
+                     "The development kit in {1} needs the code in {2}. Uninstall it first.\n",
+                     {sdk.front(), target}));
 }
 
 /// Names the programs that run from the target. Throws a Refusal when there are some, unless they
@@ -52,21 +55,24 @@ void RequireNoSdk(const std::string& target) {
 void EndTasks(const std::string& target, bool stop, bool dry) {
   RunningTasks tasks(target);
   if (tasks.commands().empty()) return;
-  Complain("These programs run from " + target + ":");
+  Complain(Text("TheseRun", "These programs run from {1}:", {target}));
   for (const std::string& command : tasks.commands()) Complain("  " + command);
   if (dry) return;
-  if (!stop) throw Refusal("End the programs of " + target + ", or use --stop.\n");
+  if (!stop) {
+    throw Refusal(Text("EndPrograms", "End the programs of {1}, or use --stop.\n", {target}));
+  }
   NoteChange();
   tasks.Stop();
   constexpr int kSeconds = 20;
   for (int tries = 0; tries < kSeconds * 5; ++tries) {
     SafePoint();
     if (RunningTasks(target).commands().empty()) {
-      return SayDone("The programs of " + target + " have ended.");
+      return SayDone(Text("ProgramsEnded", "The programs of {1} have ended.", {target}));
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
   }
-  throw Refusal("The programs of " + target + " do not end after the termination signal.\n");
+  throw Refusal(Text("ProgramsDoNotEnd",
+                     "The programs of {1} do not end after the termination signal.\n", {target}));
 }
 
 /// The tree's lines in the system's files; none with --no-services. Throws a Refusal when such a
@@ -87,15 +93,17 @@ void ShowPlan(const SystemLines& lines, const Removal& removal, bool purge) {
     if (!list.empty()) Show(what);
     for (const std::string& text : list) Show("  " + text);
   };
-  show("These lines would be taken out of " + SystemFile(kServices) + ":", "remove_services",
-       lines.services);
-  show("These lines would be taken out of " + SystemFile(kInetd) + ":", "remove_inetd",
-       lines.inetd);
-  show("These files would be deleted:", "delete", FilesToRemove(removal));
-  show("These files were changed here, and would be kept under these names:", "rename",
-       removal.renamed);
-  show(purge ? "These files would be deleted too, or kept beside the system directories:"
-             : "These files would be kept:",
+  const auto lines_of = [](const char* file) {
+    return Text("WouldTakeOut", "These lines would be taken out of {1}:", {SystemFile(file)});
+  };
+  show(lines_of(kServices), "remove_services", lines.services);
+  show(lines_of(kInetd), "remove_inetd", lines.inetd);
+  show(Text("WouldDelete", "These files would be deleted:"), "delete", FilesToRemove(removal));
+  show(Text("WouldRename", "These files were changed here, and would be kept under these names:"),
+       "rename", removal.renamed);
+  show(purge ? Text("WouldPurge",
+                    "These files would be deleted too, or kept beside the system directories:")
+             : Text("WouldKeep", "These files would be kept:"),
        "keep", removal.kept);
 }
 
@@ -106,7 +114,8 @@ void TakeOut(const SystemLines& lines, Log& log) {
     SafePoint();
     const std::string path = SystemFile(name);
     RemoveLines(path, *list);
-    const std::string text = "The lines of the tree are taken out of " + path + ".";
+    const std::string text =
+        Text("LinesTakenOut", "The lines of the tree are taken out of {1}.", {path});
     SayDone(text);
     log.Write(text + "\n");
   }
@@ -131,16 +140,18 @@ void ForgetSdk(const std::string& target) {
 /// Names what is still there.
 void TellKept(const Removal& removal, Log& log) {
   std::vector<std::string> kept;
-  const auto tell = [&](const std::string& text, const std::string& path) {
+  const auto tell = [&](const std::string& path, const std::string& text) {
     kept.push_back(path);
-    Say(text + path);
-    log.Write(text + path + "\n");
+    Say(text);
+    log.Write(text + "\n");
   };
   for (const std::string& path : removal.kept) {
-    if (IsThere(path)) tell("It is not the product's, and is kept: ", path);
+    if (!IsThere(path)) continue;
+    tell(path, Text("FileKept", "It is not the product's, and is kept: {1}", {path}));
   }
-  for (const std::string& path : removal.renamed)
-    tell("It was changed here, and is kept as ", path);
+  for (const std::string& path : removal.renamed) {
+    tell(path, Text("ChangedFileKept", "It was changed here, and is kept as {1}", {path}));
+  }
   SetField("/kept", kept);
 }
 
@@ -160,7 +171,7 @@ void Uninstall(const Options& options) {
   }
   const bool repeated = Exists(RemovalRecord(target));
   if (!repeated && SystemDirsIfAny(target, "").empty() && InstalledSystem(target).empty()) {
-    throw NothingToDo("Nothing is installed in " + target + ".\n");
+    throw NothingToDo(NothingInstalled(target));
   }
   if (!repeated && !purge) RequireFinished(target);
   RequireNoSdk(target);
@@ -169,7 +180,7 @@ void Uninstall(const Options& options) {
   EndTasks(target, options.Has(option::kStop), dry);
   if (dry) return ShowPlan(lines, removal, purge);
 
-  Log log(request.log, " removal of " + target + "\n");
+  Log log(request.log, Text("LogRemoval", "removal of {1}", {target}));
   SafePoint();
   NoteChange();
   WriteDurably(RemovalRecord(target), std::string(purge ? "purge" : "keep") + "\n");
@@ -178,7 +189,7 @@ void Uninstall(const Options& options) {
   const size_t count = FilesToRemove(removal).size();
   Remove(removal, purge);
   TellKept(removal, log);
-  SayDone("The tree in " + target + " is uninstalled: " + std::to_string(count) +
-          " files are deleted.");
+  SayDone(Text("TreeUninstalled", "The tree in {1} is uninstalled: {2} files are deleted.",
+               {target, count}));
   log.Succeeded();
 }

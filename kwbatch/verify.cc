@@ -10,6 +10,7 @@
 #include "log.h"
 #include "refusal.h"
 #include "request.h"
+#include "texts.h"
 #include "tree.h"
 
 namespace {
@@ -18,7 +19,7 @@ namespace {
 bool VerifySystem(const std::string& system_dir, bool sdk, Log* log) {
   const auto installed = OpenInstalled(system_dir);
   if (installed == nullptr) {
-    Show("Nothing is installed in " + system_dir + ".");
+    Show(NothingInstalled(system_dir));
     return false;
   }
   const Integrity integrity = CheckIntegrity(installed.get(), system_dir, sdk);
@@ -33,9 +34,10 @@ bool VerifySystem(const std::string& system_dir, bool sdk, Log* log) {
 /// Null when there can be no log: a tree may be verified that this user may only read.
 std::unique_ptr<Log> OpenLog(const Request& request) {
   try {
-    return std::make_unique<Log>(request.log, " verification of " + request.target + "\n");
+    return std::make_unique<Log>(request.log,
+                                 Text("LogVerification", "verification of {1}", {request.target}));
   } catch (const Refusal& reason) {
-    Complain(std::string("Warning: this is not logged. ") + reason.what());
+    Complain(Text("NotLogged", "Warning: this is not logged. {1}", {reason.what()}));
     return nullptr;
   }
 }
@@ -55,7 +57,8 @@ void Verify(const Options& options) {
   SafePoint();
   if (intact && log != nullptr) log->Succeeded();
   if (intact) return;
-  throw Refusal("The installation in " + request.target +
-                " is damaged. Put the files back with: kwbatch repair MEDIUM " + request.target +
-                "\n");
+  throw Refusal(Text(
+      "InstallationDamaged",
+      "The installation in {1} is damaged. Put the files back with: kwbatch repair MEDIUM {1}\n",
+      {request.target}));
 }

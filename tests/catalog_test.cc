@@ -88,10 +88,14 @@ size_t CountValues(const std::string& code, size_t start) {
 /// Adds the texts of the calls Text("KEY", "ENGLISH", {values}) in `code`: the English ones, and
 /// how many values they are given.
 void ScanTexts(const std::string& code, Keys* english, Keys* keys, Problems* problems) {
+  static const std::regex kLiteral(R"re("((?:[^"\\]|\\.)*)")re");
   static const std::regex kCall(
       R"re((?:^|[^.\w])Text\(\s*"(\w+)",\s*((?:"(?:[^"\\]|\\.)*"\s*)+)(,\s*\{)?)re");
   for (std::sregex_iterator it(code.begin(), code.end(), kCall), end; it != end; ++it) {
-    const std::string text = std::regex_replace(it->str(2), std::regex(R"("\s*"|"\s*$|^")"), "");
+    const std::string literals = (*it)[2];
+    std::string text;
+    for (std::sregex_iterator one(literals.begin(), literals.end(), kLiteral); one != end; ++one)
+      text += one->str(1);
     const auto behind = static_cast<size_t>(it->position() + it->length());
     keys->emplace(it->str(1), std::string((*it)[3].matched ? CountValues(code, behind) : 0, 'x'));
     const bool twice = std::any_of(english->begin(), english->end(),
