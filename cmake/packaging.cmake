@@ -80,7 +80,7 @@ add_debian_package(kwbatch kwbatch admin "${runtime} (= ${PROJECT_VERSION})"
                    "batch installer for engineering-software suites"
                    "The batch installer.")
 set(CPACK_DEBIAN_KWBATCH_PACKAGE_RECOMMENDS gpgv)
-add_debian_package(kwmedium kwmedium admin "${runtime} (= ${PROJECT_VERSION})"
+add_debian_package(kwmedium kwmedium admin "${runtime} (= ${PROJECT_VERSION}), ncompress"
                    "media for engineering-software suites"
                    "Makes, checks and signs media; and a script that makes some to try.")
 set(CPACK_DEBIAN_KWMEDIUM_PACKAGE_RECOMMENDS gpg)

@@ -1,6 +1,5 @@
 #include "archive.h"
 
-#include <kb0core/TEVFile.h>
 #include <kwinstutil/kwinstutil.h>
 
 #include <algorithm>
@@ -41,17 +40,6 @@ std::string UnpackingProgram(const std::string& archive) {
 std::string ReadingCommand(const std::string& archive) {
   const std::string program = UnpackingProgram(archive);
   return program + (program == "cat" ? " " : " -d -c ") + archive;
-}
-
-/// Throws a Refusal unless the shell finds the program.
-void RequireProgram(const std::string& name) {
-  const char* path = std::getenv("PATH");
-  std::istringstream dirs(path == nullptr ? "/bin:/usr/bin" : path);
-  for (std::string dir; std::getline(dirs, dir, ':');) {
-    if (TEVFileAccess((dir.empty() ? name : dir + "/" + name).c_str(), 1) == 0) return;
-  }
-  throw Refusal(
-      Text("ProgramMissing", "The program {1} is missing, which the archives need.\n", {name}));
 }
 
 /// The member in a line of tar: "MODE OWNER SIZE DATE TIME PATH". What a link leads to follows its

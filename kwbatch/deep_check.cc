@@ -35,6 +35,7 @@ class MediumCheck {
       : dir_(std::move(dir)), os_(std::move(os)), findings_(findings) {}
 
   void Run();
+  void CheckTable();
 
  private:
   void ReadTable();
@@ -55,12 +56,17 @@ class MediumCheck {
   std::set<std::string> known_ = {kMediumTable, kSystemList, kChecksums, kSignature};
 };
 
-void MediumCheck::Run() {
+void MediumCheck::CheckTable() {
   ReadTable();
   if (lines_.empty()) return Fault(std::string(kMediumTable) + ": no line can be used");
   CheckLines();
   CheckLevels();
   CheckKinds();
+}
+
+void MediumCheck::Run() {
+  CheckTable();
+  if (lines_.empty()) return;
   for (const PackageLine& line : lines_) CheckComponent(line);
   FindStrayFiles();
 }
@@ -219,6 +225,14 @@ Findings CheckMedium(const std::string& dir) {
 }
 
 }  // namespace
+
+void RequireUsableTable(const std::string& dir) {
+  Findings findings;
+  MediumCheck(dir, "", findings).CheckTable();
+  if (findings.faults.empty()) return;
+  const std::string& fault = findings.faults.front();
+  throw Refusal(fault + (fault.back() == '.' ? "\n" : ".\n"));
+}
 
 void RequireNoFaults(const std::string& dir) {
   const Findings findings = CheckMedium(dir);

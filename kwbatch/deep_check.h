@@ -8,4 +8,8 @@
 /// meant. Throws a Refusal when there are faults, or the directory does not exist.
 void RequireNoFaults(const std::string& dir);
 
+/// Refuses a table, that of one system, which an installation would refuse; there need be no
+/// archives yet.
+void RequireUsableTable(const std::string& dir);
+
 #endif  // KWBATCH_DEEP_CHECK_H_

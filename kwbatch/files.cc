@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <system_error>
 
 #include "refusal.h"
@@ -67,6 +68,21 @@ Refusal CannotRead(const std::string& path) {
 
 Refusal CannotWrite(const std::string& path) {
   return Refusal(Text("FileNotWritten", "The file {1} cannot be written.\n", {path}));
+}
+
+void RequireProgram(const std::string& name) {
+  const char* path = std::getenv("PATH");
+  std::istringstream dirs(path == nullptr ? "/bin:/usr/bin" : path);
+  for (std::string dir; std::getline(dirs, dir, ':');) {
+    if (TEVFileAccess((dir.empty() ? name : dir + "/" + name).c_str(), 1) == 0) return;
+  }
+  if (name == "compress") {
+    throw Refusal(
+        Text("CompressMissing",
+             "The program compress is missing, which the archives need (package ncompress).\n"));
+  }
+  throw Refusal(
+      Text("ProgramMissing", "The program {1} is missing, which the archives need.\n", {name}));
 }
 
 void Delete(const std::string& path) {

@@ -26,6 +26,9 @@ void RequireDirectory(const std::string& path);
 Refusal CannotRead(const std::string& path);
 Refusal CannotWrite(const std::string& path);
 
+/// Throws a Refusal unless the program is found where the shell looks for it.
+void RequireProgram(const std::string& name);
+
 /// Deletes a file, if it exists. Throws a Refusal when it stays.
 void Delete(const std::string& path);
 

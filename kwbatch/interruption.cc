@@ -12,9 +12,12 @@
 
 namespace {
 
-std::atomic<bool> asked_to_end = false;
+/// The signal that has asked for the end; a lost reader only when nothing else has.
+std::atomic<int> asked_to_end = 0;
 
-void Interrupt(int /*signal*/) { asked_to_end = true; }
+void Interrupt(int signal) {
+  if (signal != SIGPIPE || asked_to_end == 0) asked_to_end = signal;
+}
 
 bool IsIgnored(int signal) {
   struct sigaction action {};
@@ -56,7 +59,7 @@ int RunInterruptibly(const std::function<int()>& work) {
 }
 
 void SafePoint() {
-  if (asked_to_end) throw Refusal(Text("Interrupted", "Interrupted.\n"));
+  if (asked_to_end != 0) throw Refusal(Text("Interrupted", "Interrupted.\n"));
 }
 
 void SafePointAfterProgram() {
@@ -65,6 +68,10 @@ void SafePointAfterProgram() {
 
 bool IsInterrupted() {
   constexpr useconds_t kMoment = 20'000;
-  if (!asked_to_end) usleep(kMoment);
-  return asked_to_end;
+  if (asked_to_end == 0) usleep(kMoment);
+  return asked_to_end != 0;
+}
+
+void SafePointAfterFedProgram() {
+  if (IsInterrupted() && asked_to_end != SIGPIPE) SafePoint();
 }

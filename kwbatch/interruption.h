@@ -20,4 +20,8 @@ void SafePointAfterProgram();
 /// Is an interruption the reason of a failure?
 bool IsInterrupted();
 
+/// The same as SafePointAfterProgram when a program has failed that this one writes to: its end
+/// looks like that of a reader of the output, and is no reason to call it an interruption.
+void SafePointAfterFedProgram();
+
 #endif  // KWBATCH_INTERRUPTION_H_

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -12,7 +13,6 @@
 #include "sources.h"
 
 struct archive;
-struct archive_entry;
 
 enum class Packing { kPlain, kCompress, kGzip, kZstd };
 
@@ -38,20 +38,23 @@ class ArchiveWriter {
   void Close();
 
  private:
+  struct FreeArchive {
+    void operator()(struct archive* archive) const;
+  };
+
   void AddDirectories(const std::string& path);
   void AddHeader(const std::string& path, mode_t mode, int64_t size, std::time_t time,
                  const std::string& link = "");
   uint32_t AddContent(const Source& source);
   void WriteData(const unsigned char* data, size_t size);
   static ssize_t Store(struct archive* writer, void* self, const void* data, size_t size);
-  void RequireStored(int status) const;
+  void RequireDone(int status, const std::string& member = "") const;
 
   std::string path_;
   int file_;
   int error_ = 0;  ///< the number of the first error when storing
   std::time_t latest_;
-  struct archive* archive_;
-  struct archive_entry* entry_;
+  std::unique_ptr<struct archive, FreeArchive> archive_;
   std::set<std::string> directories_;
   std::vector<unsigned char> buffer_ = std::vector<unsigned char>(1 << 18);
 };

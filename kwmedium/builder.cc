@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "kwbatch/console.h"
+#include "kwbatch/deep_check.h"
 #include "kwbatch/files.h"
 #include "kwbatch/formats.h"
 #include "kwbatch/refusal.h"
@@ -72,6 +73,35 @@ void WriteArchive(const Component& component, const std::string& dir) {
   archive.Close();
 }
 
+std::string DirectoryOf(const SystemMedium& system, const std::vector<SystemMedium>& systems,
+                        const std::string& medium) {
+  return systems.size() == 1 ? medium : medium + "/" + system.os;
+}
+
+/// Writes the tables, and refuses what could not be installed before anything is packed. Returns
+/// how many components there are.
+size_t WriteTables(const std::vector<SystemMedium>& systems, const std::string& medium) {
+  size_t count = 0;
+  std::string names;
+  for (const SystemMedium& system : systems) {
+    const std::string dir = DirectoryOf(system, systems, medium);
+    std::filesystem::create_directories(dir);
+    Write(dir + "/" + kMediumTable, system.table);
+    try {
+      RequireUsableTable(dir);
+    } catch (const Refusal& refusal) {
+      throw Refusal(system.place + refusal.what());
+    }
+    names += system.os + "\n";
+    for (const Component& component : system.components) {
+      if (component.packing == Packing::kCompress) RequireProgram("compress");
+    }
+    count += system.components.size();
+  }
+  if (systems.size() > 1) Write(medium + "/" + kSystemList, names);
+  return count;
+}
+
 }  // namespace
 
 void RequireFiles(const Component& component) {
@@ -95,25 +125,16 @@ void RequireFiles(const Component& component) {
 }
 
 void BuildMedium(const std::vector<SystemMedium>& systems, const Staging& staging) {
-  size_t count = 0;
-  for (const SystemMedium& system : systems) count += system.components.size();
-  Progress progress(count);
-  std::string names;
+  Progress progress(WriteTables(systems, staging.path()));
   for (const SystemMedium& system : systems) {
-    const bool several = systems.size() > 1;
-    const std::string dir = staging.path() + (several ? "/" + system.os : "");
-    std::filesystem::create_directories(dir);
     for (const Component& component : system.components) {
       progress.Begin(component.name + " (" + system.os + ")");
       try {
-        WriteArchive(component, dir);
+        WriteArchive(component, DirectoryOf(system, systems, staging.path()));
       } catch (const Refusal& refusal) {
         throw Refusal(component.place + refusal.what());
       }
     }
-    Write(dir + "/" + kMediumTable, system.table);
-    names += system.os + "\n";
   }
-  if (systems.size() > 1) Write(staging.path() + "/" + kSystemList, names);
   staging.Publish();
 }

@@ -24,6 +24,7 @@ struct SystemMedium {
   std::string os;
   std::string table;
   std::vector<Component> components;
+  std::string place = {};  ///< begins each message about its table
 };
 
 /// Refuses files that the component must not bring, and a list of post-installation programs that

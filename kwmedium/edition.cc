@@ -109,6 +109,7 @@ std::vector<Edition> OpenEditions(const EditionRequest& request, const Staging& 
   if (path.size() > 1 && path.back() == '/') path.pop_back();
   if (!fs::is_directory(path)) throw Refusal("The directory " + path + " does not exist.\n");
   const std::string unpacked = staging.MakeWorkDirectory(name);
+  ShowAs(unpacked, request.path);
   const std::string table = std::string("/") + kMediumTable;
   const auto open = [&](const std::string& dir, const std::string& os) {
     const EditionRequest part = {request.path, os, request.ga};

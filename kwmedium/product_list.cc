@@ -115,7 +115,7 @@ void ListReader::BeginSystem(const PackageLine& line) {
     throw Refusal("The lines of " + os + " do not stand together.\n");
   }
   if (systems_.size() == kMostSystems) throw Refusal("There are more than four systems.\n");
-  systems_.push_back({os, "", {}});
+  systems_.push_back({os, "", {}, path_ + ":" + std::to_string(number_) + ": "});
   names_.clear();
 }
 

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "kwbatch/console.h"
 #include "kwbatch/refusal.h"
 
 namespace fs = std::filesystem;
@@ -37,6 +38,7 @@ Staging::Staging(const std::string& medium) {
   if (mkdtemp(dir_.data()) == nullptr) {
     throw Refusal(path.parent_path().string() + ": " + std::strerror(errno) + ".\n");
   }
+  ShowAs(this->path(), medium);
   MakeDirectory(this->path());
 }
 

@@ -72,9 +72,23 @@ TEXT
 echo code:PRD:X:from=one/base >list
 expect_no_medium 'list:1: No line up to here' product list out
 expect_no_medium 'none: The list' product none out
+# What an installation would refuse, before anything is packed.
+expect_no_medium 'first_line:1: out/TOC: an installation refuses it' product first_line out
 expect_exit 1 "$KWMEDIUM" product one/suite.list ga
 expect_text 'ga exists already'
 
+# No compress, one that is killed, and one that fails at its end.
+mkdir bin
+while IFS='|' read -r text path command; do
+  printf '#!/bin/sh\n%s\n' "$command" >bin/compress
+  chmod +x bin/compress
+  expect_exit 1 env PATH="$path" "$KWMEDIUM" product one/suite.list out
+  expect_text "$text"
+done <<TEXT
+The program compress is missing, which the archives need (package ncompress)|/nowhere|
+one/suite.list:3: out/aix_a/Modeler.Z: |$work/bin:$PATH|kill -9 \$\$
+one/suite.list:3: out/aix_a/Modeler.Z: |$work/bin:$PATH|cat; exit 1
+TEXT
 # A file that is written while it is read, and a disk that fills up.
 head -c 50000000 /dev/urandom >one/modeler/code/large
 (while sleep 0.01; do echo >>one/modeler/code/large; done) &
@@ -85,8 +99,7 @@ if unshare -m mount -t tmpfs none small 2>/dev/null; then
   # shellcheck disable=SC2016
   expect_exit 1 unshare -m bash -c 'mount -t tmpfs -o size=1m none small && "$0" product "$1" small/out
     status=$?; [[ -z $(ls -A small) ]] && exit $status' "$KWMEDIUM" one/suite.list
-  expect_text 'suite.list:3: '
-  expect_text 'No space left on device'
+  expect_text 'small/out/aix_a/Modeler.Z: No space left on device'
 fi
 # One that is stopped: nothing is left either.
 "$KWMEDIUM" product one/suite.list out >output 2>&1 &
