@@ -83,6 +83,7 @@ TEST_F(ServicesTest, FilesThatCannotBeOpened) {
   chmod(Write("services", "x").c_str(), 0222);
   AsNobody(
       [&] { EXPECT_EQ(SatUpdateService(message_), 1) << "no need to read what is appended to"; });
+  chmod(services_.c_str(), 0644);
   EXPECT_EQ(Read(services_), "x\nmi-ray          7001/tcp   # Rendering slave\n");
   fs::remove(services_);
   for (const std::string& file : {services_, inetd_}) ASSERT_EQ(mkfifo(file.c_str(), 0666), 0);
