@@ -128,13 +128,22 @@ const std::string* FindText(const Catalog* catalog, const std::string& key) {
   return entry == catalog->end() ? nullptr : &entry->second;
 }
 
-/// The directory of the catalogs in the installed copy that this library is a part of.
-std::string DirectoryOfThisCopy() noexcept {
+/// The file of this library, or of the program that it is a part of; or null.
+const char* FileOfThisCopy() noexcept {
+#ifdef KB0CORE_IS_ARCHIVE
+  return "/proc/self/exe";
+#else
   static const char here = 0;
   Dl_info library;
-  if (dladdr(&here, &library) == 0) return {};
-  const std::unique_ptr<char, decltype(&std::free)> path(realpath(library.dli_fname, nullptr),
-                                                         &std::free);
+  return dladdr(&here, &library) == 0 ? nullptr : library.dli_fname;
+#endif
+}
+
+/// The directory of the catalogs in the installed copy that this library is a part of.
+std::string DirectoryOfThisCopy() noexcept {
+  const char* file = FileOfThisCopy();
+  if (file == nullptr) return {};
+  const std::unique_ptr<char, decltype(&std::free)> path(realpath(file, nullptr), &std::free);
   if (path == nullptr) return {};
   *std::strrchr(path.get(), '/') = '\0';
   return path.get() + std::string("/") + KB0CORE_CATALOG_FROM_LIBRARY;
