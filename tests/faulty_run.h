@@ -50,7 +50,7 @@ class Registers {
     Transfer(PTRACE_SETREGSET, NT_PRSTATUS, &all_, sizeof(all_));
   }
 
-  void Transfer(__ptrace_request request, int set, void* data, size_t size) {
+  void Transfer(decltype(PTRACE_GETREGSET) request, int set, void* data, size_t size) {
     iovec place = {data, size};
     ptrace(request, process_, set, &place);
   }

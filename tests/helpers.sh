@@ -16,7 +16,7 @@ trap 'rm -rf "$work"' EXIT
 
 # A program that is to run kwbatch, for example one that checks its memory.
 if [[ -n ${KWBATCH_WRAPPER-} ]]; then
-  printf '#!/bin/sh\nexec %q %q "$@"\n' "$KWBATCH_WRAPPER" "$kwbatch" >"$work/wrapped"
+  printf '#!/bin/bash\nexec %q %q "$@"\n' "$KWBATCH_WRAPPER" "$kwbatch" >"$work/wrapped"
   kwbatch=$work/wrapped
   chmod +x "$kwbatch"
 fi
