@@ -31,7 +31,7 @@ check_hardening() {
     [[ $file == *libQTOCLIB* ]] || expect "$file" '__[a-z]+_chk\b'
     count=$((count + 1))
   done < <(find "$1" -type f \( -path '*/bin/*' -o -name 'lib*.so.*' \))
-  ((count > 3)) || fail "no programs and libraries in $1"
+  ((count == 5)) || fail "not five programs and libraries in $1, but $count"
 }
 
 for deb in "$dir"/*.deb; do dpkg-deb --extract "$deb" "$work/deb"; done

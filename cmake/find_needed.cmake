@@ -3,7 +3,11 @@
 function(find_needed package version debian what option)
   find_package(${package} ${version} QUIET)
   if(NOT ${package}_FOUND)
-    message(FATAL_ERROR "${what} needs ${package} ${version} (Debian: ${debian}). "
-                        "-D${option}=OFF leaves that out.")
+    # A version that is too old is there, and named.
+    set(hint "Needed for ${what}: ${package} ${version} (Debian: ${debian}) ${${package}_VERSION}")
+    if(DEFINED ${option})
+      string(APPEND hint "\n-D${option}=OFF leaves that out.")
+    endif()
+    message(FATAL_ERROR ${hint})
   endif()
 endfunction()

@@ -32,8 +32,8 @@ std::string Text(const char* key, const char* english, std::initializer_list<Tex
       message += text[i];
       continue;
     }
-    const auto index = static_cast<size_t>(text[i + 1] - '1');
-    if (index < values.size()) message += std::next(values.begin(), index)->text();
+    const int index = text[i + 1] - '1';
+    if (static_cast<size_t>(index) < values.size()) message += (values.begin() + index)->text();
     i += 2;
   }
   return message;

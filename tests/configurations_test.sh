@@ -8,9 +8,12 @@ cached() { sed -n "s/^$1:[A-Z]*=//p" "$build/CMakeCache.txt"; }
 
 # configure STATUS DIRECTORY OPTION...: a directory is configured anew, if not for the first time.
 configure() {
-  expect_exit "$1" cmake -S "$from" -B "$work/$2" -G "$(cached CMAKE_GENERATOR)" \
-    -DCMAKE_CXX_COMPILER="$(cached CMAKE_CXX_COMPILER)" "${@:3}"
+  expect_exit "$1" cmake -S "$from" -B "$work/$2" -G Ninja \
+    -DCMAKE_CXX_COMPILER="$(cached CMAKE_CXX_COMPILER)" \
+    -DCMAKE_PREFIX_PATH="$(cached CMAKE_PREFIX_PATH)" "${@:3}"
 }
+
+command -v ninja >/dev/null || skip 'there is no ninja, which lists the files that are built'
 
 # targets DIRECTORY: the libraries and programs that are built there.
 targets() {
@@ -29,18 +32,19 @@ while read -r missing debian option; do
 done <<'TEXT'
 CLI11 libcli11-dev KWBATCH
 LibArchive libarchive-dev KWBATCH
+nlohmann_json nlohmann-json3-dev KWBATCH
 GTest libgtest-dev TESTS
 TEXT
 configure 0 alone "${without[@]}"
 grep -qx 'CMAKE_BUILD_TYPE:STRING=RelWithDebInfo' "$work/alone/CMakeCache.txt" || fail 'build type'
 [[ $(targets alone) == 'KWINSTUTIL kwbatch kwmedium libKWINSTUTIL.so' ]] || fail "$(targets alone)"
 
-# Scripts that need no kwbatch are the only ones without it.
+# No script without kwbatch.
 configure 0 alone -DKWINSTUTIL_BUILD_TESTS=ON -DKWINSTUTIL_BUILD_KWBATCH=OFF \
   -DKWINSTUTIL_BUILD_KWMEDIUM=OFF -DCMAKE_UNITY_BUILD=ON -DBUILD_SHARED_LIBS=OFF
 [[ $(targets alone) == 'KWINSTUTIL fixture libKWINSTUTIL.a' ]] || fail "$(targets alone)"
 tests=$(ctest --test-dir "$work/alone" -N | sed -nE 's/.*: ([a-z_]+_test)$/\1/p')
-[[ $tests == configurations_test ]] || fail "$tests"
+[[ ! $tests ]] || fail "$tests"
 
 # A library directory that does not move with the prefix.
 configure 0 alone "${without[@]}" -DBUILD_SHARED_LIBS=ON -DKWINSTUTIL_BUILD_KWBATCH=ON \

@@ -31,7 +31,8 @@ check_no_fixed_paths() {
 build_with_cmake() {
   cmake -S "$source/$1" -B "$work/$2" -G "$(cached CMAKE_GENERATOR)" \
     -DCMAKE_PREFIX_PATH="$work/copy" -DCMAKE_CXX_COMPILER="$compiler" \
-    -DCMAKE_CXX_FLAGS="${flags[*]}" >/dev/null
+    -DCMAKE_CXX_FLAGS="${flags[*]}" \
+    -DCMAKE_EXE_LINKER_FLAGS="$(cached CMAKE_EXE_LINKER_FLAGS)" >/dev/null
   expect_exit 0 cmake --build "$work/$2" --target "$2"
 }
 
@@ -113,6 +114,17 @@ check_exported_symbols() {
   done
 }
 
+# Relocations are read-only and bound at once, and the stack is not executable.
+check_hardened() {
+  local file text
+  for file in "$libdir"/lib*.so; do
+    readelf --wide --program-headers --dynamic "$file" >"$work/elf"
+    for text in GNU_RELRO '\(FLAGS.*\bBIND_NOW|Flags:.*\bNOW' 'GNU_STACK.* RW +0x'; do
+      grep -qE -- "$text" "$work/elf" || fail "${file##*/} lacks what readelf calls $text"
+    done
+  done
+}
+
 # A program that loads the library: the environment outlives dlclose(), and the catalog is read
 # before there are too many open files.
 check_loaded_by_hand() {
@@ -159,6 +171,7 @@ TEXT
 install_copy
 check_no_fixed_paths
 check_exported_symbols
+check_hardened
 check_example
 check_pkg_config
 check_cmake_package
