@@ -15,6 +15,7 @@
 #include "formats.h"
 #include "package_line.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -74,7 +75,7 @@ void ArchiveCheck::Run() {
   try {
     ArchiveReader reader(archive_.path);
     if (IsCompressed(archive_.path) && !reader.IsMadeByCompress()) {
-      Fault("not made with compress, as its name says");
+      Fault(Text("FaultNotCompressed", "not made with compress, as its name says"));
     }
     for (ArchiveMember member; reader.Next(member);) Take(reader, member);
   } catch (const Refusal& refusal) {
@@ -93,13 +94,13 @@ bool ArchiveCheck::IsWellPlaced(const ArchiveMember& member) {
   const std::string& path = member.path;
   const std::string& root = archive_.root;
   if (!IsText(path)) {
-    Fault(path + ": the name is not UTF-8, or has control characters");
+    Fault(Text("FaultNameNoText", "{1}: the name is not UTF-8, or has control characters", {path}));
   } else if (!IsInside(path)) {
-    Fault(path + ": leads out of the target");
+    Fault(Text("FaultLeadsOut", "{1}: leads out of the target", {path}));
   } else if (path.compare(0, root.size(), root) != 0) {
-    Fault(path + ": is not below " + root);
+    Fault(Text("FaultNotBelow", "{1}: is not below {2}", {path, root}));
   } else if (!S_ISDIR(member.mode) && !seen_.insert(path).second) {
-    Fault(path + ": is there twice");
+    Fault(Text("FaultTwice", "{1}: is there twice", {path}));
   } else {
     return true;
   }
@@ -110,76 +111,81 @@ void ArchiveCheck::TakeLink(const ArchiveMember& member) {
   const fs::path below = member.path.substr(archive_.root.size());
   const bool symbolic = S_ISLNK(member.mode);
   if (!IsInside(symbolic ? below.parent_path() / member.link : fs::path(member.link))) {
-    Fault(member.path + ": a link to " + member.link + ", which leads out of the target");
+    Fault(Text("FaultLinkLeadsOut", "{1}: a link to {2}, which leads out of the target",
+               {member.path, member.link}));
   } else {
-    Warn(member.path + ": a link to " + member.link);
+    Warn(Text("WarningLink", "{1}: a link to {2}", {member.path, member.link}));
   }
 }
 
 void ArchiveCheck::WarnOfMode(const std::string& path, mode_t mode) {
   constexpr mode_t kReadable = S_IRUSR | S_IRGRP | S_IROTH;
   if ((mode & (S_ISUID | S_ISGID)) != 0) {
-    Warn(path + ": runs with the rights of its owner or group");
+    Warn(Text("WarningSetId", "{1}: runs with the rights of its owner or group", {path}));
   }
-  if ((mode & S_IWOTH) != 0) Warn(path + ": everybody may write it");
-  if ((mode & kReadable) != kReadable) Warn(path + ": not everybody may read it");
+  if ((mode & S_IWOTH) != 0) Warn(Text("WarningWritable", "{1}: everybody may write it", {path}));
+  if ((mode & kReadable) != kReadable)
+    Warn(Text("WarningUnreadable", "{1}: not everybody may read it", {path}));
 }
 
 void ArchiveCheck::Take(ArchiveReader& reader, const ArchiveMember& member) {
   if (!IsWellPlaced(member) || S_ISDIR(member.mode)) return;
   const std::string path = member.path.substr(archive_.root.size());
-  const char* reason = archive_.update ? WhyNotInUpdate(path, member.mode) : nullptr;
-  if (reason != nullptr) Fault(path + ": " + reason);
+  const std::string reason = archive_.update ? WhyNotInUpdate(path, member.mode) : "";
+  if (!reason.empty()) Fault(path + ": " + reason);
   if (!member.link.empty()) return TakeLink(member);
-  if (!S_ISREG(member.mode)) return Warn(path + ": a device or a pipe");
+  if (!S_ISREG(member.mode)) return Warn(Text("WarningDevice", "{1}: a device or a pipe", {path}));
   WarnOfMode(path, member.mode);
   const bool control = path.rfind(std::string(kControl) + "/", 0) == 0;
   const uint32_t crc = reader.ReadContent(control ? &texts_[path] : nullptr);
   files_[path] = {member.mode & kPermissions, member.size, kwinst::FinishedCrc(crc, member.size)};
   if (control && path != list_ && path != table_ && path != kPackPrograms) {
-    Fault(path + ": installations use the directory " + kControl);
+    Fault(Text("FaultInControl", "{1}: installations use the directory {2}", {path, kControl}));
   }
 }
 
 /// Two lines for each file: its path; its mode, size and checksum.
 void ArchiveCheck::ReadManifest() {
-  if (files_.count(list_) == 0) return Fault("the manifest " + list_ + " is missing");
+  if (files_.count(list_) == 0)
+    return Fault(Text("FaultNoManifest", "the manifest {1} is missing", {list_}));
   std::istringstream text(texts_[list_]);
   std::string path;
   std::string numbers;
   for (size_t line = 1; std::getline(text, path); line += 2) {
-    const std::string place = list_ + ":" + std::to_string(line) + ": ";
+    const std::string place = list_ + ":" + std::to_string(line);
     File file{};
     std::string rest;
     std::getline(text, numbers);
     std::istringstream fields(numbers);
     fields >> std::oct >> file.mode >> std::dec >> file.size >> file.checksum;
     if (!fields || fields >> rest) {
-      return Fault(place + "the mode, size and checksum of " + path + " do not follow");
+      return Fault(Text("FaultNoNumbers", "{1}: the mode, size and checksum of {2} do not follow",
+                        {place, path}));
     }
     if (!IsInside(path)) {
-      Fault(place + path + " leads out of the target");
+      Fault(Text("FaultListedLeadsOut", "{1}: {2} leads out of the target", {place, path}));
     } else if (!listed_.emplace(path, file).second) {
-      Fault(place + path + " is listed twice");
+      Fault(Text("FaultListedTwice", "{1}: {2} is listed twice", {place, path}));
     }
   }
-  if (listed_.empty()) Fault(list_ + ": lists no file");
+  if (listed_.empty()) Fault(Text("FaultEmptyManifest", "{1}: lists no file", {list_}));
 }
 
 void ArchiveCheck::CompareFiles() {
   for (const auto& [path, listed] : listed_) {
     const auto file = files_.find(path);
     if (file == files_.end()) {
-      Fault(path + ": is in the manifest, but not in the archive");
+      Fault(Text("FaultNotInArchive", "{1}: is in the manifest, but not in the archive", {path}));
     } else if (file->second.size != listed.size) {
-      Fault(path + ": the size is not that of the manifest");
+      Fault(Text("FaultSize", "{1}: the size is not that of the manifest", {path}));
     } else if (file->second.mode != (listed.mode & kPermissions)) {
-      Fault(path + ": the mode is not that of the manifest");
+      Fault(Text("FaultMode", "{1}: the mode is not that of the manifest", {path}));
     } else if (file->second.checksum != listed.checksum) {
-      Fault(path + ": the content is not that of the manifest");
+      Fault(Text("FaultContent", "{1}: the content is not that of the manifest", {path}));
     }
     if (!archive_.root.empty() && IsOfLanguage(path)) {
-      Fault(path + ": is in the manifest, but installations may leave out its language");
+      Fault(Text("FaultOfLanguage",
+                 "{1}: is in the manifest, but installations may leave out its language", {path}));
     }
   }
   if (files_.count(list_) == 0) return;
@@ -188,18 +194,20 @@ void ArchiveCheck::CompareFiles() {
         path == list_ || (archive_.update && (path == table_ || path == kPackPrograms));
     const bool of_language = !archive_.root.empty() && !archive_.update && IsOfLanguage(path);
     if (own || of_language || listed_.count(path) != 0) continue;
-    Fault(path + ": is not in the manifest");
+    Fault(Text("FaultNotListed", "{1}: is not in the manifest", {path}));
   }
 }
 
 void ArchiveCheck::CheckTable() {
-  if (files_.count(table_) == 0) return Fault("the table " + table_ + " is missing");
+  if (files_.count(table_) == 0)
+    return Fault(Text("FaultNoTable", "the table {1} is missing", {table_}));
   std::set<std::string> lines;
   std::istringstream text(texts_[table_]);
   for (std::string line; std::getline(text, line);) {
     if (!line.empty() && line[0] != '#') lines.insert(line);
   }
-  if (lines != archive_.table) Fault(table_ + ": is not what the medium's table says");
+  if (lines != archive_.table)
+    Fault(Text("FaultOtherTable", "{1}: is not what the medium's table says", {table_}));
 }
 
 void ArchiveCheck::CheckPrograms() {
@@ -208,9 +216,9 @@ void ArchiveCheck::CheckPrograms() {
     const std::string program = "code/bin/" + word + "_" + archive_.component;
     const auto file = files_.find(program);
     if (file == files_.end()) {
-      Fault(std::string(kPackPrograms) + ": there is no " + program);
+      Fault(Text("FaultNoProgram", "{1}: there is no {2}", {kPackPrograms, program}));
     } else if ((file->second.mode & S_IXUSR) == 0) {
-      Fault(program + ": may not be run");
+      Fault(Text("FaultNotExecutable", "{1}: may not be run", {program}));
     }
   }
 }

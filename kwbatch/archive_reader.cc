@@ -11,6 +11,7 @@
 #include "checksum.h"
 #include "interruption.h"
 #include "refusal.h"
+#include "texts.h"
 
 ArchiveReader::ArchiveReader(std::string path)
     : path_(std::move(path)), packed_(archive_read_new()), tar_(archive_read_new()) {
@@ -24,7 +25,7 @@ ArchiveReader::ArchiveReader(std::string path)
   struct archive_entry* unused = nullptr;
   std::error_code error;
   if (std::filesystem::file_size(path_, error) == 0 && !error) {
-    archive_set_error(packed_, 0, "The archive is empty");
+    archive_set_error(packed_, 0, "%s", Text("ReasonEmpty", "The archive is empty").c_str());
     Fail(packed_);
   }
   if (archive_read_open_filename(packed_, path_.c_str(), kBlock) != ARCHIVE_OK ||
@@ -42,8 +43,8 @@ ArchiveReader::~ArchiveReader() {
 /// The reasons that libarchive gives differ for one and the same damage.
 void ArchiveReader::Fail(struct archive* failed) const {
   const char* reason = archive_error_string(failed);
-  throw Refusal(path_ + ": damaged, cut off or no archive (" +
-                (reason != nullptr ? reason : "unknown") + ").\n");
+  throw Refusal(Text("NoArchive", "{1}: damaged, cut off or no archive ({2}).\n",
+                     {path_, reason != nullptr ? reason : Text("ReasonUnknown", "unknown")}));
 }
 
 /// Hands the tar archive on, block by block, and keeps its last bytes.
@@ -72,7 +73,7 @@ void ArchiveReader::ReadRest() {
   while ((size = Feed(tar_, this, &data)) > 0) SafePoint();
   if (size < 0) Fail(tar_);
   if (std::all_of(last_.begin(), last_.end(), [](char c) { return c == '\0'; })) return;
-  archive_set_error(tar_, 0, "Its end is missing");
+  archive_set_error(tar_, 0, "%s", Text("ReasonNoEnd", "Its end is missing").c_str());
   Fail(tar_);
 }
 

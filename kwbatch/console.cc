@@ -54,6 +54,19 @@ size_t Columns() {
   return std::max<size_t>(kFewest, size.ws_col);
 }
 
+/// As much of a UTF-8 text as fits into these columns. Characters of three bytes and more, those of
+/// East Asia for example, take two columns.
+std::string CutTo(size_t columns, const std::string& text) {
+  size_t used = 0;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    if ((byte & 0xC0) == 0x80) continue;
+    used += byte >= 0xE0 ? 2 : 1;
+    if (used > columns) return text.substr(0, i);
+  }
+  return text;
+}
+
 void Print(const std::string& text, std::FILE* stream) {
   std::fprintf(stream, "%s\n", AsShown(text).c_str());
   std::fflush(stream);
@@ -117,7 +130,7 @@ void Progress::Begin(const std::string& step) {
     const size_t columns = Columns();
     const size_t width = std::min<size_t>(30, columns / 4);
     const size_t done = width * begun_ / steps_;
-    text.resize(std::min(text.size(), columns - width - 6));
+    text = CutTo(columns - width - 6, text);
     // Clears what a longer name left behind.
     std::printf("\r  [%s%s] %s\x1b[K", Coloured(std::string(done, '#'), kGreen, stdout).c_str(),
                 std::string(width - done, ' ').c_str(), text.c_str());

@@ -18,6 +18,7 @@
 #include "medium.h"
 #include "package_line.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace fs = std::filesystem;
 
@@ -58,7 +59,8 @@ class MediumCheck {
 
 void MediumCheck::CheckTable() {
   ReadTable();
-  if (lines_.empty()) return Fault(std::string(kMediumTable) + ": no line can be used");
+  if (lines_.empty())
+    return Fault(Text("FaultNoLines", "{1}: no line can be used", {kMediumTable}));
   CheckLines();
   CheckLevels();
   CheckKinds();
@@ -79,7 +81,8 @@ void MediumCheck::ReadTable() {
     try {
       const auto line = ParsePackageLine(text);
       if (!line) continue;
-      if (!texts_.emplace(line->name, text).second) throw Refusal("The name is there twice.\n");
+      if (!texts_.emplace(line->name, text).second)
+        throw Refusal(Text("NameTwice", "The name is there twice.\n"));
       lines_.push_back(*line);
     } catch (const Refusal& refusal) {
       Fault(place + ReasonOf(refusal));
@@ -94,14 +97,15 @@ void MediumCheck::CheckLines() {
     for (const PackageLine& line : lines_) {
       if (line.Has(key)) values.insert(line.Value(key));
     }
-    const std::string table = std::string(kMediumTable) + ": ";
     if (values.empty() || values.begin()->empty()) {
-      Fault(table + "no line has " + key + "=");
+      Fault(Text("FaultNoKey", "{1}: no line has {2}=", {kMediumTable, key}));
     } else if (values.size() > 1) {
-      Fault(table + "the lines differ in " + key + "=");
+      Fault(Text("FaultKeysDiffer", "{1}: the lines differ in {2}=", {kMediumTable, key}));
     } else if (std::string(key) == "os") {
       if (os_.empty()) os_ = *values.begin();
-      if (os_ != *values.begin()) Fault(table + "is for " + *values.begin() + ", not " + os_);
+      if (os_ != *values.begin())
+        Fault(Text("FaultOtherSystem", "{1}: is for {2}, not {3}",
+                   {kMediumTable, *values.begin(), os_}));
     }
   }
 }
@@ -110,14 +114,16 @@ void MediumCheck::CheckLines() {
 void MediumCheck::CheckLevels() {
   std::map<TEVINSPkg, int> levels;
   for (const PackageLine& line : lines_) {
-    const std::string place = std::string(kMediumTable) + ": " + line.name + ": ";
+    const std::string place = std::string(kMediumTable) + ": " + line.name;
     if (line.kind == SPK || line.kind == HFX) {
       int& level = levels[line.kind];
-      if (LevelOf(line) <= level) Fault(place + "its level is not above that of the line before");
+      if (LevelOf(line) <= level)
+        Fault(Text("FaultLevelOrder", "{1}: its level is not above that of the line before",
+                   {place}));
       level = std::max(level, LevelOf(line));
     }
     if ((line.kind == FSP || line.kind == HFX) && levels.count(SPK) == 0) {
-      Fault(place + "there is no service pack before it");
+      Fault(Text("FaultNoPackBefore", "{1}: there is no service pack before it", {place}));
     }
   }
 }
@@ -132,11 +138,12 @@ void MediumCheck::CheckKinds() {
       const bool taken = line.type == content.type &&
                          std::count(content.kinds.begin(), content.kinds.end(), line.kind) > 0;
       if (part || taken) continue;
-      Fault(std::string(kMediumTable) + ": " + line.name +
-            ": is not installed from a medium of this kind");
+      Fault(Text("FaultOtherKind", "{1}: {2}: is not installed from a medium of this kind",
+                 {kMediumTable, line.name}));
     }
   } catch (const Refusal& refusal) {
-    Fault(std::string(kMediumTable) + ": an installation refuses it: " + ReasonOf(refusal));
+    Fault(Text("FaultRefused", "{1}: an installation refuses it: {2}",
+               {kMediumTable, ReasonOf(refusal)}));
   }
 }
 
@@ -145,10 +152,12 @@ void MediumCheck::CheckComponent(const PackageLine& line) {
       line.kind == SPK &&
       std::any_of(lines_.begin(), lines_.end(), [](const PackageLine& l) { return l.kind == HFX; });
   const std::string path = ArchiveOf(dir_, line.name);
-  if (path.empty() && line.kind != FSP && !header) return Fault(line.name + ": is missing");
+  if (path.empty() && line.kind != FSP && !header)
+    return Fault(Text("FaultMissing", "{1}: is missing", {line.name}));
   if (path.empty()) return;
   known_.insert(fs::path(path).filename());
-  if (line.kind == FSP || header) return Warn(line.name + ": is never unpacked");
+  if (line.kind == FSP || header)
+    return Warn(Text("WarningNotUnpacked", "{1}: is never unpacked", {line.name}));
   Say("  " + path);
   ArchiveToCheck archive{path,
                          line.name,
@@ -165,7 +174,7 @@ void MediumCheck::FindStrayFiles() {
   std::set<std::string> names;
   for (const auto& entry : fs::directory_iterator(dir_)) names.insert(entry.path().filename());
   for (const std::string& name : names) {
-    if (known_.count(name) == 0) Warn(name + ": is not in the table");
+    if (known_.count(name) == 0) Warn(Text("WarningStray", "{1}: is not in the table", {name}));
   }
 }
 
@@ -174,7 +183,8 @@ void CheckSatellite(const std::string& dir, Findings& findings) {
   const std::string space = dir + "/LFSFS";
   uint64_t kilobytes = 0;
   std::istringstream text(TextOf(space));
-  if (!(text >> kilobytes)) findings.faults.push_back(space + ": does not begin with a number");
+  if (!(text >> kilobytes))
+    findings.faults.push_back(Text("FaultNoSpace", "{1}: does not begin with a number", {space}));
   try {
     ArchiveReader reader(dir + "/" + kSatelliteArchive);
     for (ArchiveMember member; reader.Next(member);) {
@@ -192,20 +202,24 @@ std::vector<std::string> SystemsToCheck(const std::string& dir, Findings& findin
   std::istringstream words(TextOf(list));
   for (std::string word; words >> word;) {
     if (word.size() > kSystemNameLength || word.find('/') != std::string::npos || !IsText(word)) {
-      findings.faults.push_back(list + ": " + Printable(word) + " is no name of a system");
+      findings.faults.push_back(
+          Text("FaultNoSystemName", "{1}: {2} is no name of a system", {list, Printable(word)}));
     } else if (!fs::is_directory(dir + "/" + word)) {
-      findings.faults.push_back(list + ": there is no directory " + word);
+      findings.faults.push_back(
+          Text("FaultNoSystemDirectory", "{1}: there is no directory {2}", {list, word}));
     } else {
       systems.push_back(word);
     }
   }
-  if (systems.size() > kMostSystems) findings.faults.push_back(list + ": more than four systems");
-  if (systems.empty()) findings.faults.push_back(list + ": there is nothing to install");
+  if (systems.size() > kMostSystems)
+    findings.faults.push_back(Text("FaultManySystems", "{1}: more than four systems", {list}));
+  if (systems.empty())
+    findings.faults.push_back(Text("FaultNoSystems", "{1}: there is nothing to install", {list}));
   return systems;
 }
 
 Findings CheckMedium(const std::string& dir) {
-  if (!fs::is_directory(dir)) throw Refusal("The directory " + dir + " does not exist.\n");
+  RequireDirectory(dir);
   Findings findings;
   if (Exists(dir + "/" + kSignature)) {
     try {
@@ -236,10 +250,14 @@ void RequireUsableTable(const std::string& dir) {
 
 void RequireNoFaults(const std::string& dir) {
   const Findings findings = CheckMedium(dir);
-  for (const std::string& warning : findings.warnings) Show("warning: " + warning);
-  for (const std::string& fault : findings.faults) Show("fault: " + fault);
+  for (const std::string& warning : findings.warnings) {
+    Show(Text("MediumWarning", "warning: {1}", {warning}));
+  }
+  for (const std::string& fault : findings.faults) {
+    Show(Text("MediumFault", "fault: {1}", {fault}));
+  }
   const size_t count = findings.faults.size();
-  if (count == 0) return Say(dir + " has no faults.");
-  throw Refusal(dir + " has " + std::to_string(count) + (count == 1 ? " fault" : " faults") +
-                ".\n");
+  if (count == 0) return Say(Text("NoFaults", "{1} has no faults.", {dir}));
+  throw Refusal(count == 1 ? Text("OneFault", "{1} has 1 fault.\n", {dir})
+                           : Text("Faults", "{1} has {2} faults.\n", {dir, count}));
 }

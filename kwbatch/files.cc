@@ -148,6 +148,23 @@ std::vector<std::string> LinesOf(const std::string& path) {
   return lines;
 }
 
+int OpenDirectoryOf(const std::string& dir, const std::filesystem::path& file) {
+  int at = open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  for (const std::filesystem::path& name : file.parent_path()) {
+    if (at < 0) break;
+    const int next = openat(at, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    const int error = errno;
+    close(at);
+    errno = error;
+    at = next;
+  }
+  if (at < 0 && errno != ENOENT) {
+    throw Refusal(Text("DirectoryNotOpened", "The directory of {1} cannot be opened: {2}.\n",
+                       {(dir / file).string(), std::strerror(errno)}));
+  }
+  return at;
+}
+
 void TemporaryDirectory::DeleteLeftovers() {
   constexpr time_t kMinute = 60;
   std::error_code ignored;

@@ -1,6 +1,7 @@
 #ifndef KWBATCH_FILES_H_
 #define KWBATCH_FILES_H_
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -60,6 +61,10 @@ std::string TextOf(const std::string& path);
 
 /// The lines of a file without their newlines; none when it cannot be read.
 std::vector<std::string> LinesOf(const std::string& path);
+
+/// Opens the directory of a file below `dir` without following a link there. -1 when it does not
+/// exist. Throws a Refusal.
+int OpenDirectoryOf(const std::string& dir, const std::filesystem::path& file);
 
 /// A directory that lasts as long as the object, and that nobody else can enter. It is locked, so
 /// that one which a killed kwbatch has left is known.

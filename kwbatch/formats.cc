@@ -10,6 +10,7 @@
 #include <sstream>
 
 #include "files.h"
+#include "texts.h"
 
 namespace {
 
@@ -54,14 +55,17 @@ bool IsOfLanguage(const std::string& path) {
                      });
 }
 
-const char* WhyNotInUpdate(const std::string& path, mode_t mode) {
-  if (!S_ISREG(mode)) return "is no regular file, which could not be taken back";
+std::string WhyNotInUpdate(const std::string& path, mode_t mode) {
+  if (!S_ISREG(mode))
+    return Text("ReasonNotRegular", "is no regular file, which could not be taken back");
   const auto first = static_cast<unsigned char>(path.empty() ? '-' : path[0]);
   if (path.find(' ') != std::string::npos || std::isdigit(first) != 0 || first == '-' ||
       first == '+') {
-    return "has a name that could not be set aside: with a blank, or a digit or sign at its start";
+    return Text(
+        "ReasonName",
+        "has a name that could not be set aside: with a blank, or a digit or sign at its start");
   }
-  return nullptr;
+  return "";
 }
 
 std::string SystemFile(const std::string& name) {

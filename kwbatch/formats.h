@@ -108,7 +108,7 @@ constexpr int kEverything = 127;  ///< all languages and the fonts
 bool IsOfLanguage(const std::string& path);
 
 /// Why a service pack or a hot fix cannot bring a file; null when it can.
-const char* WhyNotInUpdate(const std::string& path, mode_t mode);
+std::string WhyNotInUpdate(const std::string& path, mode_t mode);
 
 // In the system.
 constexpr char kServices[] = "services";

@@ -11,11 +11,11 @@ _kwbatch() {
     before=${COMP_WORDS[COMP_CWORD - 2]}
   fi
   COMPREPLY=()
-  commands=$("$program" --help 2>/dev/null | sed -n '/^Commands:/,/^$/s/^  \([a-z-]*\) .*/\1/p')
+  commands=$(LC_ALL=C "$program" --help 2>/dev/null | sed -n '/^Commands:/,/^$/s/^  \([a-z-]*\) .*/\1/p')
   for ((i = 1; i < COMP_CWORD; i++)); do
     if grep -qxF -e "${COMP_WORDS[i]}" <<<"$commands"; then command=${COMP_WORDS[i]}; fi
   done
-  help=$("$program" ${command:+"$command"} --help 2>/dev/null)
+  help=$(LC_ALL=C "$program" ${command:+"$command"} --help 2>/dev/null)
   if [[ $before == --languages ]]; then
     local chosen=''
     if [[ $word == *,* ]]; then chosen=${word%,*},; fi

@@ -8,40 +8,47 @@
 #include "formats.h"
 #include "paths.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace {
 
 constexpr size_t kNameLength = 47;
 constexpr const char* kTableKeys[] = {"os", "ga", "level"};
 
-/// The index of a word among those of the types or of the kinds.
-int IndexOf(const std::string& word, int first, int end, const char* what) {
+/// The index of a word among those of the types or of the kinds; nothing for another word.
+std::optional<int> IndexOf(const std::string& word, int first, int end) {
   for (int i = first; i < end; ++i) {
     if (word == kTEVINSNames[i]) return i - first;
   }
-  throw Refusal("\"" + Printable(word) + "\" is no " + what + ".\n");
+  return std::nullopt;
+}
+
+TEVINSType TypeOf(const std::string& word) {
+  const auto index = IndexOf(word, 0, kTEVINSFirstKind);
+  if (index) return static_cast<TEVINSType>(*index);
+  throw Refusal(Text("NoType", "\"{1}\" is no type.\n", {Printable(word)}));
+}
+
+TEVINSPkg KindOf(const std::string& word) {
+  const auto index = IndexOf(word, kTEVINSFirstKind, static_cast<int>(std::size(kTEVINSNames)));
+  if (index) return static_cast<TEVINSPkg>(*index);
+  throw Refusal(Text("NoKind", "\"{1}\" is no kind.\n", {Printable(word)}));
 }
 
 void RequireName(const PackageLine& line) {
-  if (line.name.empty()) throw Refusal("The name is missing.\n");
+  if (line.name.empty()) throw Refusal(Text("NameMissing", "The name is missing.\n"));
   if (line.name.size() > kNameLength) {
-    throw Refusal("The name \"" + line.name + "\" has more than 47 characters.\n");
+    throw Refusal(Text("NameTooLong", "The name \"{1}\" has more than {2} characters.\n",
+                       {line.name, kNameLength}));
   }
-  RequirePlainName("name", line.name);
+  RequirePlainName(Text("NounName", "name"), line.name);
   const std::string suffix = kSdkSuffix;
   const bool sdk = line.name.size() > suffix.size() &&
                    line.name.compare(line.name.size() - suffix.size(), suffix.size(), suffix) == 0;
   if (line.type == zeb2 && !sdk) {
-    throw Refusal("The name \"" + line.name + "\" of a development kit does not end in .zeb2.\n");
+    throw Refusal(Text("NoSdkName", "The name \"{1}\" of a development kit does not end in {2}.\n",
+                       {line.name, suffix}));
   }
-}
-
-void RequireSystem(const PackageLine& line) {
-  if (!line.Has("os")) return;
-  const std::string os = line.Value("os");
-  RequirePlainName("operating system", os);
-  if (os.size() <= kSystemNameLength) return;
-  throw Refusal("The operating system \"" + os + "\" has more than 15 characters.\n");
 }
 
 /// The length of the UTF-8 sequence that begins here; 0 when it is none.
@@ -93,7 +100,8 @@ std::optional<PackageLine> ParsePackageLine(const std::string& text) {
   const std::string line =
       !text.empty() && text.back() == '\r' ? text.substr(0, text.size() - 1) : text;
   if (line.find_first_not_of(" \t") == std::string::npos || line[0] == '#') return std::nullopt;
-  if (!IsText(line)) throw Refusal("The line is not UTF-8, or has control characters.\n");
+  if (!IsText(line))
+    throw Refusal(Text("LineNoText", "The line is not UTF-8, or has control characters.\n"));
   std::istringstream fields(line);
   std::string type;
   std::string kind;
@@ -101,16 +109,17 @@ std::optional<PackageLine> ParsePackageLine(const std::string& text) {
   std::getline(fields, type, ':');
   std::getline(fields, kind, ':');
   std::getline(fields, parsed.name, ':');
-  parsed.type = static_cast<TEVINSType>(IndexOf(type, 0, kTEVINSFirstKind, "type"));
-  constexpr int kAfterLast = static_cast<int>(std::size(kTEVINSNames));
-  parsed.kind = static_cast<TEVINSPkg>(IndexOf(kind, kTEVINSFirstKind, kAfterLast, "kind"));
+  parsed.type = TypeOf(type);
+  parsed.kind = KindOf(kind);
   RequireName(parsed);
   for (std::string field; std::getline(fields, field, ':');) {
     const size_t equals = field.find('=');
-    if (equals == std::string::npos) throw Refusal("\"" + field + "\" has no \"=\".\n");
+    if (equals == std::string::npos) {
+      throw Refusal(Text("FieldWithoutValue", "\"{1}\" has no \"=\".\n", {field}));
+    }
     parsed.keys.emplace_back(field.substr(0, equals), field.substr(equals + 1));
   }
-  RequireSystem(parsed);
+  if (parsed.Has("os")) RequireSystemName(parsed.Value("os"));
   LevelOf(parsed);
   return parsed;
 }
@@ -121,7 +130,7 @@ int LevelOf(const PackageLine& line) {
   int level = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), level);
   if (error == std::errc() && end == text.data() + text.size() && level > 0) return level;
-  throw Refusal("The level \"" + text + "\" is no number above 0.\n");
+  throw Refusal(Text("LevelNoNumber", "The level \"{1}\" is no number above 0.\n", {text}));
 }
 
 bool IsText(const std::string& text) {

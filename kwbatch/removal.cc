@@ -149,24 +149,6 @@ void AddKept(const RemovalFrom& part, std::vector<std::string>& kept) {
   }
 }
 
-/// Opens the directory of a file without following a link below `dir`. -1 when it is not there.
-int OpenDirectoryOf(const std::string& dir, const fs::path& file) {
-  int at = open(dir.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  for (const fs::path& name : file.parent_path()) {
-    if (at < 0) break;
-    const int next = openat(at, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    const int error = errno;
-    close(at);
-    errno = error;
-    at = next;
-  }
-  if (at < 0 && errno != ENOENT) {
-    throw Refusal(Text("DirectoryNotOpened", "The directory of {1} cannot be opened: {2}.\n",
-                       {(dir / file).string(), std::strerror(errno)}));
-  }
-  return at;
-}
-
 /// Deletes a file, or with AT_REMOVEDIR a directory if it is empty.
 void DeleteIn(const std::string& dir, const std::string& file, int flags) {
   const int at = OpenDirectoryOf(dir, file);

@@ -1,5 +1,6 @@
 #include <kwinstutil/kwinstutil.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -10,35 +11,61 @@
 #include "lock.h"
 #include "refusal.h"
 #include "request.h"
+#include "texts.h"
+#include "tree.h"
 
 namespace {
 
 std::string Joined(const std::vector<std::string>& texts) {
   std::string line;
   for (const std::string& text : texts) line += (line.empty() ? "" : ", ") + text;
-  return line.empty() ? "none" : line;
+  return line;
 }
 
-/// Shows a list for people and puts it into the object for machines.
-void ShowList(const std::string& label, const std::string& pointer,
+/// A state for people; the object for machines has the word itself.
+std::string Shown(const std::string& state) {
+  static const std::map<std::string, std::string> states = {
+      {"complete", Text("StateComplete", "complete")},
+      {"unfinished", Text("StateUnfinished", "unfinished")},
+      {"uninstalling", Text("StateUninstalling", "uninstalling")},
+      {"medium", Text("StateMedium", "medium")},
+      {"installed", Text("StateInstalled", "installed")},
+      {"pending", Text("StatePending", "pending")},
+      {"committed", Text("StateCommitted", "committed")},
+      {"interrupted", Text("StateInterrupted", "interrupted")},
+      {"being undone", Text("StateUndoing", "being undone")},
+      {"being committed", Text("StateCommitting", "being committed")},
+      {"on the medium", Text("StateOnMedium", "on the medium")},
+      {"required", Text("StateRequired", "required")}};
+  return states.at(state);
+}
+
+/// Puts a list into the object for machines, and shows its line unless it is empty.
+void ShowList(const std::string& line, const std::string& pointer,
               const std::vector<std::string>& list) {
   SetField(pointer, list);
-  if (!list.empty()) Show("  " + label + ": " + Joined(list));
+  if (!list.empty()) Show("  " + line);
 }
 
-void ShowUpdates(const std::string& label, const std::string& pointer,
+void ShowUpdates(const std::string& line, const std::string& pointer,
                  const std::vector<UpdateState>& updates) {
   SetField(pointer, std::vector<std::string>());
+  for (size_t i = 0; i < updates.size(); ++i) {
+    const std::string field = pointer + "/" + std::to_string(i);
+    SetField(field + "/name", updates[i].name);
+    SetField(field + "/level", int64_t{updates[i].level});
+    SetField(field + "/state", updates[i].state);
+  }
+  if (!updates.empty()) Show("  " + line);
+}
+
+std::string Joined(const std::vector<UpdateState>& updates) {
   std::vector<std::string> texts;
   for (const UpdateState& update : updates) {
-    const std::string field = pointer + "/" + std::to_string(texts.size());
-    SetField(field + "/name", update.name);
-    SetField(field + "/level", int64_t{update.level});
-    SetField(field + "/state", update.state);
-    texts.push_back(update.name + " (level " + std::to_string(update.level) + ", " + update.state +
-                    ")");
+    texts.push_back(Text("StatusUpdate", "{1} (level {2}, {3})",
+                         {update.name, update.level, Shown(update.state)}));
   }
-  if (!texts.empty()) Show("  " + label + ": " + Joined(texts));
+  return Joined(texts);
 }
 
 /// Shows what was registered for a system, and whether the system's files still say so.
@@ -55,9 +82,9 @@ void ShowRegistered(const Registered& registered, const std::string& pointer) {
   if (!registered.daemon.empty()) texts.push_back(registered.daemon);
   if (!registered.satellite.empty()) texts.push_back(registered.satellite);
   if (texts.empty()) return;
-  Show("  registered: " + Joined(texts));
-  Show(current ? "  The system's files still say so."
-               : "  The system's files say something else now.");
+  Show("  " + Text("StatusRegistered", "registered: {1}", {Joined(texts)}));
+  Show("  " + (current ? Text("StatusCurrent", "The system's files still say so.")
+                       : Text("StatusNotCurrent", "The system's files say something else now.")));
 }
 
 void ShowSystem(const SystemInventory& system, const std::string& pointer) {
@@ -66,18 +93,28 @@ void ShowSystem(const SystemInventory& system, const std::string& pointer) {
   SetField(pointer + "/level", system.level);
   SetField(pointer + "/state", system.state);
   SetField(pointer + "/size", system.size);
-  Show(system.dir + ": " + system.name + ", level " + (system.level.empty() ? "-" : system.level) +
-       ", " + system.state + ", " + std::to_string(system.size / 1024) + " KB");
-  ShowList("products", pointer + "/products", system.packages.products);
-  ShowList("solutions", pointer + "/solutions", system.packages.solutions);
-  ShowList("development kits", pointer + "/sdk", system.packages.sdk);
-  ShowList("samples", pointer + "/samples", system.packages.samples);
-  ShowList("other packages", pointer + "/others", system.packages.others);
-  ShowUpdates("service packs", pointer + "/service_packs", system.service_packs);
-  ShowUpdates("hot fixes", pointer + "/hot_fixes", system.hot_fixes);
-  ShowList("languages beside English", pointer + "/languages", system.languages);
+  Show(Text("StatusSystem", "{1}: {2}, level {3}, {4}, {5} KB",
+            {system.dir, system.name, system.level.empty() ? "-" : system.level,
+             Shown(system.state), system.size / 1024}));
+  const PackageLists& packages = system.packages;
+  ShowList(Text("StatusProducts", "products: {1}", {Joined(packages.products)}),
+           pointer + "/products", packages.products);
+  ShowList(Text("StatusSolutions", "solutions: {1}", {Joined(packages.solutions)}),
+           pointer + "/solutions", packages.solutions);
+  ShowList(Text("StatusSdk", "development kits: {1}", {Joined(packages.sdk)}), pointer + "/sdk",
+           packages.sdk);
+  ShowList(Text("StatusSamples", "samples: {1}", {Joined(packages.samples)}), pointer + "/samples",
+           packages.samples);
+  ShowList(Text("StatusOthers", "other packages: {1}", {Joined(packages.others)}),
+           pointer + "/others", packages.others);
+  ShowUpdates(Text("StatusServicePacks", "service packs: {1}", {Joined(system.service_packs)}),
+              pointer + "/service_packs", system.service_packs);
+  ShowUpdates(Text("StatusHotFixes", "hot fixes: {1}", {Joined(system.hot_fixes)}),
+              pointer + "/hot_fixes", system.hot_fixes);
+  ShowList(Text("StatusLanguages", "languages beside English: {1}", {Joined(system.languages)}),
+           pointer + "/languages", system.languages);
   SetField(pointer + "/fonts", system.fonts);
-  if (system.fonts) Show("  The language-indexed fonts are installed.");
+  if (system.fonts) Show("  " + Text("StatusFonts", "The language-indexed fonts are installed."));
   if (system.registered) ShowRegistered(*system.registered, pointer + "/registered");
 }
 
@@ -94,14 +131,16 @@ void Status(const Options& options) {
     ShowSystem(system, "/systems/" + std::to_string(number++));
   }
   if (inventory.systems.empty()) {
-    throw NothingToDo("Nothing is installed in " + request.target + ".\n");
+    throw NothingToDo(NothingInstalled(request.target));
   }
   if (!inventory.sdk_tree.empty()) {
     SetField("/sdk_tree", inventory.sdk_tree);
-    Show("The development kit of this tree is in " + inventory.sdk_tree + ".");
+    Show(
+        Text("StatusSdkTree", "The development kit of this tree is in {1}.", {inventory.sdk_tree}));
   }
   if (!inventory.code_tree.empty()) {
     SetField("/code_tree", inventory.code_tree);
-    Show("The code of this development kit is in " + inventory.code_tree + ".");
+    Show(Text("StatusCodeTree", "The code of this development kit is in {1}.",
+              {inventory.code_tree}));
   }
 }

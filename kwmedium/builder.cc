@@ -116,8 +116,8 @@ void RequireFiles(const Component& component) {
         !programs) {
       refuse(file, "is in the directory " + std::string(kControl) + ", which installations use");
     }
-    const char* reason = component.update ? WhyNotInUpdate(file.path, file.info.st_mode) : nullptr;
-    if (reason != nullptr) refuse(file, reason);
+    const std::string reason = component.update ? WhyNotInUpdate(file.path, file.info.st_mode) : "";
+    if (!reason.empty()) refuse(file, reason);
     if (component.update && !component.root.empty() && IsOfLanguage(file.path)) {
       refuse(file, "is of a language, which a target may lack");
     }
