@@ -73,17 +73,29 @@ void RequireListed(const std::string& medium, std::set<std::string> listed) {
   }
 }
 
-/// Asks gpgv who has signed the list of checksums. It also takes the signature of a key that has
-/// expired or was revoked, which only its status lines tell.
-void RequireSignature(const std::string& dir, const std::string& keyring) {
+/// gpgv's own message for any of these would be that the key is not known.
+void RequireKeyring(const std::string& keyring) {
   RequirePlainPath(Text("NounKeyring", "keyring"), keyring);
   if (!Exists(keyring)) {
     throw Refusal(Text("NoKeyring", "The keyring {1} does not exist.\n", {keyring}));
+  }
+  RequireReadable(keyring);
+  if (!fs::is_regular_file(keyring)) {
+    throw Refusal(Text("KeyringNotRegular", "The keyring {1} is no regular file.\n", {keyring}));
+  }
+  if (fs::is_empty(keyring)) {
+    throw Refusal(Text("KeyringEmpty", "The keyring {1} is empty.\n", {keyring}));
   }
   if (TextOf(keyring).rfind("-----BEGIN", 0) == 0) {
     throw Refusal(Text("KeyringIsText",
                        "The keyring {1} is a text. gpg --dearmor makes one of it.\n", {keyring}));
   }
+}
+
+/// Asks gpgv who has signed the list of checksums. It also takes the signature of a key that has
+/// expired or was revoked, which only its status lines tell.
+void RequireSignature(const std::string& dir, const std::string& keyring) {
+  RequireKeyring(keyring);
   if (!Succeeds("command -v gpgv")) {
     throw Refusal(Text("NoGpgv", "The program gpgv is missing.\n"));
   }

@@ -100,6 +100,14 @@ void Log::TakeErrors(std::string target) {
   const std::string output = target + "/" + kTarErrors;
   Write(TextOf(output));
   TEVDeleteFile(output.c_str());
+  // The library names the copy of a medium that was verified, and so does its side log.
+  const std::string side_log = target + "/" + kTransferErrors;
+  const std::string text = TextOf(side_log);
+  try {
+    if (AsShown(text) != text) ::Write(side_log, AsShown(text));
+  } catch (const Refusal&) {
+    // The failure to be told is that of the transfer.
+  }
   // The side log lies in the target itself, which is where it is looked for with this type.
   Keep([&] { TEVInsTransferLogInfo(target.data(), "", zeb2, &log_); });
 }

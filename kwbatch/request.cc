@@ -25,7 +25,7 @@ int GivenWait(const Options& options) {
 /// With a keyring, all media are replaced by copies that are genuine.
 void RequireGenuine(Request& request, const Options& options) {
   std::string keyring = GivenText(options, option::kKeyring);
-  if (keyring.empty() && Exists(kUsualKeyring)) keyring = kUsualKeyring;
+  if (keyring.empty() && IsThere(kUsualKeyring)) keyring = kUsualKeyring;
   if (keyring.empty()) return;
   for (std::string* medium : {&request.medium, &request.with_pack, &request.satellite}) {
     if (!medium->empty()) *medium = GenuineCopy(*medium, keyring);

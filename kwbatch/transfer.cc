@@ -1,5 +1,7 @@
 #include "transfer.h"
 
+#include <cstring>
+
 #include "console.h"
 #include "formats.h"
 #include "refusal.h"
@@ -10,9 +12,10 @@ namespace {
 /// The message without the file to which tar has printed: that goes to the log, and is deleted.
 std::string WithoutTarErrors(const TEVUnicodeString& message, const std::string& target) {
   std::string text = message.ConvertToChar();
-  const std::string redirection = " >" + target + "/" + kTarErrors + " 2>&1";
-  const size_t found = text.find(redirection);
-  return found == std::string::npos ? text : text.erase(found, redirection.size());
+  const size_t begin = text.find(" >" + target + "/" + kTarErrors);
+  constexpr char kEnd[] = "2>&1";
+  const size_t end = text.find(kEnd, begin);
+  return end == std::string::npos ? text : text.erase(begin, end + std::strlen(kEnd) - begin);
 }
 
 }  // namespace

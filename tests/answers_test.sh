@@ -8,7 +8,7 @@ take_media
 medium=$media/ga
 site=$work/site.ini
 expect_exit 0 "$kwbatch" check "$medium" "$work/answered" --scratch "$work/scratch" --fonts \
-  --os aix_a --languages French --metasearch-server ' "a;b", #d' --save-answers "$site"
+  --os aix_a --deep --languages French --metasearch-server ' "a;b", #d' --save-answers "$site"
 [[ $(stat -c %a "$site") == 600 ]] || fail 'others may read the answers'
 # The answers come through a pipe.
 expect_exit 0 "$kwbatch" install "$medium" "$work/answered" --answers <(cat "$site") --quiet \

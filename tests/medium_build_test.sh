@@ -165,8 +165,17 @@ expect_exit 1 "$KWMEDIUM" sign ga2 --key old@example.com
 [[ ! -e ga2/SHA256SUMS ]] || fail 'half a signature'
 expect_exit 0 "$KWMEDIUM" sign ga2 --key one@example.com
 expect_exit 0 "$KWMEDIUM" check ga2
-expect_refusal 'not signed with a key of' install "$work/ga2" "$work/signed" --keyring two.gpg
-expect_refusal 'gpg --dearmor' install "$work/ga2" "$work/signed" --keyring armored.gpg
+mkdir dir.gpg
+touch empty.gpg
+while read -r keyring text; do
+  expect_refusal "$text" install "$work/ga2" "$work/signed" --keyring "$keyring"
+done <<'TEXT'
+two.gpg not signed with a key of
+armored.gpg gpg --dearmor
+dir.gpg is no regular file
+empty.gpg is empty
+none.gpg does not exist
+TEXT
 while IFS='|' read -r text command; do
   rm -rf bad
   cp -r ga2 bad
@@ -193,5 +202,11 @@ run 0 check "$work/ga2" "$work/signed" --keyring one.gpg --deep
 expect_text "  $work/ga2/aix_a/BASE"
 run 0 install "$work/ga2" "$work/signed" --keyring one.gpg
 expect_text 'ga2 is genuine'
-grep -r kwbatch-private scratch output && fail 'the path of the copy'
 run 0 verify "$work/signed"
+# Nor does the log of a transfer that fails.
+run 0 install "$work/ga2" "$work/kept" --keyring one.gpg --os aix_a --only BASE
+mkdir -p kept/aix_a/code/bin/TEVModeler/directory
+run 1 install "$work/ga2" "$work/kept" --keyring one.gpg --os aix_a
+expect_text "$work/ga2/aix_a/Modeler.Z"
+grep -r kwbatch-private scratch output && fail 'the path of the copy'
+grep -q "$work/ga2/aix_a/Modeler.Z$" scratch/kwinst.log || fail 'no checksum of the archive'
