@@ -110,7 +110,7 @@ bool AddLanguages(const Medium& medium, const std::string& target, int languages
     SayDone(text);
     log.Write(text + "\n");
   }
-  RecordLanguages(medium, target, before | languages, log);
+  RecordLanguages(medium, target, before | languages);
   SyncFileSystem(system_dir);
   if (!IsUpdate(medium.kind) && OpenInstalled(system_dir)->GetSPKLevel(1) > 0) {
     Say(Text("LanguagesOfPack",

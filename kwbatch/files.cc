@@ -113,6 +113,8 @@ void WriteDurably(const std::string& path, const std::string& text) {
   throw CannotWrite(path);
 }
 
+void DeleteUnwritten(const std::string& path) { Delete(path + ".new"); }
+
 void SyncFileSystem(const std::string& dir) {
   if (!Sync(dir, syncfs))
     throw Refusal(

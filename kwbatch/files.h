@@ -43,6 +43,9 @@ void Write(const std::string& path, const std::string& text);
 /// the whole new one is there. Throws a Refusal.
 void WriteDurably(const std::string& path, const std::string& text);
 
+/// Deletes what a WriteDurably of the file has left that was interrupted. Throws a Refusal.
+void DeleteUnwritten(const std::string& path);
+
 /// Waits until the disk has all that was written to the file system of `dir`. Throws a Refusal.
 void SyncFileSystem(const std::string& dir);
 

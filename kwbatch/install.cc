@@ -55,7 +55,6 @@ void TakeUp(const std::vector<Medium>& media, const std::string& target) {
   for (const Medium& medium : media) {
     if (!Unfinished::Read(SystemDir(medium, target))) continue;
     CutFragment(SystemDir(medium, target), 0);
-    RestoreSystemFiles();
   }
 }
 
@@ -162,7 +161,7 @@ bool CarryOut(const Plan& plan, Lock& tree, Log& log) {
   NoteChange();
   tree.MakeDirectory();
   MakeTree(plan, languages);
-  for (const auto& [medium, mask] : languages) RecordLanguages(*medium, target, mask, log);
+  for (const auto& [medium, mask] : languages) RecordLanguages(*medium, target, mask);
   // What the site has changed is kept before older files replace those of a pack.
   std::vector<Pack> packs;
   for (const Medium& medium : plan.packs) {
@@ -205,6 +204,7 @@ void Install(const Options& options) {
   if (request.ports.registered || IsUnfinished(media, request.target)) {
     const std::string dir = fs::path(SystemFile(kServices)).parent_path();
     system.emplace(dir, Lock::Kind::kWritingAlone, request);
+    RestoreSystemFiles();
   }
   TakeUp(media, request.target);
   const Plan plan = MakePlan(request, std::move(media));

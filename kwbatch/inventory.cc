@@ -11,6 +11,7 @@
 #include "formats.h"
 #include "journal.h"
 #include "medium.h"
+#include "pointers.h"
 #include "refusal.h"
 #include "tree.h"
 #include "unfinished.h"
@@ -138,12 +139,6 @@ SystemInventory MediumSystem(const Medium& medium) {
   return system;
 }
 
-/// The tree that a pointer file names, or an empty text.
-std::string TreeIn(const std::string& pointer) {
-  const std::vector<std::string> lines = LinesOf(pointer);
-  return lines.empty() ? "" : lines.front();
-}
-
 /// Has the directory, or one for a system that it lists, the table of a medium?
 bool IsMedium(const std::string& dir) {
   if (Exists(dir + "/" + kMediumTable)) return true;
@@ -172,7 +167,7 @@ Inventory InventoryOf(const std::string& dir, const std::string& os) {
     inventory.systems.push_back(InstalledSystemIn(dir, system_dir));
     inventory.kind = system_dir == dir ? "sdk" : "tree";
   }
-  inventory.sdk_tree = TreeIn(dir + "/" + kSdkPointer);
-  inventory.code_tree = TreeIn(dir + "/" + kCodePointer);
+  inventory.sdk_tree = PointedTree(dir, kSdkPointer);
+  inventory.code_tree = PointedTree(dir, kCodePointer);
   return inventory;
 }

@@ -77,16 +77,20 @@ int LanguagesToInstall(const Medium& medium, const std::string& target, std::opt
   return kept;
 }
 
-void RecordLanguages(const Medium& medium, std::string target, int languages, Log& log) {
+void RecordLanguages(const Medium& medium, const std::string& target, int languages) {
   if (IsSdk(medium)) return;
-  TEVUnicodeString message;
-  TEVInsCreateNLSFile(target.data(), medium.os.c_str(), languages, message);
-  log.Write(message.ConvertToChar());
+  // The library empties the file before it writes it. It does so elsewhere, since a kill in between
+  // would lose the languages.
+  const TemporaryDirectory temp;
+  std::string dir = temp.path();
+  fs::create_directory(dir + "/" + medium.os);
+  TEVUnicodeString unused;
+  TEVInsCreateNLSFile(dir.data(), medium.os.c_str(), languages, unused);
+  const std::string path = SystemDir(medium, target) + "/" + kLanguageRecord;
+  WriteDurably(path, TextOf(SystemDir(medium, dir) + "/" + kLanguageRecord));
   // The status says nothing about the file; only reading it back does.
-  if (!fs::is_regular_file(SystemDir(medium, target) + "/" + kLanguageRecord) ||
-      InstalledLanguages(medium, target) != languages) {
-    throw Refused(message);
-  }
+  if (InstalledLanguages(medium, target) == languages) return;
+  throw Refusal("The languages cannot be written to " + path + ".\n");
 }
 
 void RemoveOtherLanguages(const std::string& system_dir, int languages) {

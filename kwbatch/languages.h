@@ -25,7 +25,7 @@ int InstalledLanguages(const Medium& medium, std::string target);
 int LanguagesToInstall(const Medium& medium, const std::string& target, std::optional<int> chosen);
 
 /// Records the languages of the medium's system, before anything is left out. Throws a Refusal.
-void RecordLanguages(const Medium& medium, std::string target, int languages, Log& log);
+void RecordLanguages(const Medium& medium, const std::string& target, int languages);
 
 /// Removes what is left of languages that are not in the mask: the library's own removal reports no
 /// failures. Throws a Refusal when one cannot be removed.

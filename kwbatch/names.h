@@ -74,6 +74,7 @@ constexpr OptionName kBbPort{"bb-port"};
 constexpr OptionName kRunPort{"run-port"};
 constexpr OptionName kBrokerPort{"broker-port"};
 constexpr OptionName kNextFree{"next-free"};
+constexpr OptionName kSystemd{"systemd"};
 constexpr OptionName kOrbPort{"orb-port"};
 constexpr OptionName kOrbBase{"orb-base"};
 constexpr OptionName kOrbRange{"orb-range"};

@@ -21,37 +21,28 @@
 #include "refusal.h"
 #include "system_files.h"
 #include "texts.h"
+#include "units.h"
 
 namespace {
 
-/// Does inetd lack the daemon of the system directory?
+/// Does inetd lack the daemon of the system directory? Not where systemd starts a daemon instead.
 bool NeedsDaemon(const std::string& system_dir) {
+  if (Exists(UnitProgram(kDaemonService))) return false;
   std::string inetd = SystemFile(kInetd);
   std::string dir = system_dir;
   return CheckNeedUpdateServices(inetd.data(), dir.data()) == 1;
 }
 
-/// The port of a service in the services file, or 0.
-int RegisteredPort(const std::string& service) {
-  for (const std::string& line : LinesOf(SystemFile(kServices))) {
-    std::istringstream words(line);
-    std::string name;
-    int port = 0;
-    if (words >> name >> port && name == service) return port;
-  }
-  return 0;
-}
-
 bool AreRegistered(const Ports& ports) {
-  return RegisteredPort("morvelk7bb") == ports.bulletin_board &&
-         RegisteredPort("morvelk7run") == ports.run &&
-         RegisteredPort("TEVDeviceBroker") == ports.broker;
+  return PortInServices("morvelk7bb") == ports.bulletin_board &&
+         PortInServices("morvelk7run") == ports.run &&
+         PortInServices("TEVDeviceBroker") == ports.broker;
 }
 
 /// Is there nothing to register: has each service its given port, or any when none is given?
 bool IsRegistered(const Ports& given) {
   const auto has = [](const char* service, int port) {
-    const int registered = RegisteredPort(service);
+    const int registered = PortInServices(service);
     return port == 0 ? registered != 0 : registered == port;
   };
   return has("morvelk7bb", given.bulletin_board) && has("morvelk7run", given.run) &&
@@ -69,7 +60,7 @@ Ports WantedPorts(const Ports& given) {
   Ports wanted = given;
   const auto ports = InOrder(wanted);
   for (size_t i = 0; i < ports.size(); ++i) {
-    const int registered = RegisteredPort(kOurServices[i]);
+    const int registered = PortInServices(kOurServices[i]);
     const bool legal = CheckValuePortMinMax(registered, nullptr) == 1;
     if (*ports[i] == 0 && legal) *ports[i] = registered;
   }
@@ -162,7 +153,7 @@ Ports ChoosePorts(const PortWishes& wishes) {
   std::vector<size_t> others;
   const auto ports = InOrder(chosen);
   for (size_t i = 0; i < ports.size(); ++i) {
-    const bool has_it = RegisteredPort(kOurServices[i]) == *ports[i];
+    const bool has_it = PortInServices(kOurServices[i]) == *ports[i];
     if (!has_it || !taken.insert(*ports[i]).second) others.push_back(i);
   }
   for (const size_t i : others) {
@@ -275,11 +266,12 @@ void Register(const Registration& registration, Log& log) {
   const bool has_daemon = !registration.daemon.empty();
   if (has_ports) WritePorts(registration.ports, log);
   if (has_daemon && !Exists(SystemFile(kInetd))) {
-    return Say(
-        Text("NoInetd", "There is no inetd on this machine, so the daemon is not registered."));
+    Say(Text("NoInetd", "There is no inetd on this machine, so the daemon is not registered."));
+    if (Exists(UnitDirectory())) Say("For systemd it is, by: kwbatch register TARGET --systemd");
+    return;
   }
   if (has_daemon) WriteDaemon(registration.daemon, log);
-  if (has_ports || has_daemon) TellHowInetdReads();
+  if ((has_ports || has_daemon) && Exists(SystemFile(kInetd))) TellHowInetdReads();
 }
 
 void TellRegistration(const Registration& registration) {

@@ -8,8 +8,10 @@
 #include <sstream>
 #include <utility>
 
+#include "checksum.h"
 #include "files.h"
 #include "formats.h"
+#include "units.h"
 
 namespace {
 
@@ -25,13 +27,27 @@ std::pair<std::string, std::string> InetdEntry(const std::string& line) {
   return {service, words ? program : ""};
 }
 
-/// The program that inetd starts for a service, or an empty text.
-std::string InetdProgram(const std::string& service) {
-  for (const std::string& line : LinesOf(SystemFile(kInetd))) {
-    const auto [name, program] = InetdEntry(line);
-    if (name == service && !program.empty()) return program;
-  }
-  return "";
+/// The program that is started for a service, by inetd or by systemd, or an empty text.
+std::string ProgramOf(const std::string& service) {
+  const std::string program = InetdProgram(service);
+  return program.empty() ? UnitProgram(service) : program;
+}
+
+uint32_t ChecksumOf(const std::string& text) {
+  const auto* bytes = reinterpret_cast<const unsigned char*>(text.data());
+  return kwinst::FinishedCrc(kwinst::UpdateCrc(0, bytes, text.size()), text.size());
+}
+
+/// Are the units of a service, if there are any, those of the program and of the service's port?
+bool AreCurrent(const std::set<std::pair<std::string, uint32_t>>& units, const std::string& service,
+                const std::string& program) {
+  const std::string socket = service + ".socket";
+  const bool has_units = std::any_of(units.begin(), units.end(),
+                                     [&](const auto& unit) { return unit.first == socket; });
+  if (!has_units) return true;
+  const auto texts = UnitTexts(service, program, PortInServices(service));
+  return std::all_of(texts.begin(), texts.end(),
+                     [](const auto& unit) { return HasUnitText(unit.first, unit.second); });
 }
 
 /// Is the program in the tree, or is it one that was registered for the tree and is gone, since the
@@ -62,7 +78,44 @@ std::vector<std::string> ServicesLines(const IsOurPort& is_our_port, bool satell
   return lines;
 }
 
+/// Takes the unit files of a tree: those that its records name, and those of its programs.
+void TakeUnits(const std::string& target, const std::vector<Registered>& records,
+               SystemLines& lines) {
+  for (const std::string service : {kDaemonService, kSatelliteService}) {
+    const bool is_ours = IsOfTree(UnitProgram(service), target, records);
+    for (const std::string& name : {service + ".socket", service + "@.service"}) {
+      const std::string path = UnitDirectory() + "/" + name;
+      if (!IsThere(path)) continue;
+      const std::pair unit(name, ChecksumOf(TextOf(path)));
+      const auto writes = [&](const Registered& r) { return r.units.count(unit) != 0; };
+      if (std::any_of(records.begin(), records.end(), writes)) {
+        lines.units.push_back(name);
+      } else if (is_ours) {
+        lines.changed_units.push_back(name);
+      }
+    }
+  }
+}
+
 }  // namespace
+
+std::string InetdProgram(const std::string& service) {
+  for (const std::string& line : LinesOf(SystemFile(kInetd))) {
+    const auto [name, program] = InetdEntry(line);
+    if (name == service && !program.empty()) return program;
+  }
+  return "";
+}
+
+int PortInServices(const std::string& service) {
+  for (const std::string& line : LinesOf(SystemFile(kServices))) {
+    std::istringstream words(line);
+    std::string name;
+    int port = 0;
+    if (words >> name >> port && name == service) return port;
+  }
+  return 0;
+}
 
 Registered Registered::InSystem() {
   Registered now;
@@ -75,8 +128,8 @@ Registered Registered::InSystem() {
       now.ports.emplace(name, port);
     }
   }
-  now.daemon = InetdProgram(kDaemonService);
-  now.satellite = InetdProgram(kSatelliteService);
+  now.daemon = ProgramOf(kDaemonService);
+  now.satellite = ProgramOf(kSatelliteService);
   return now;
 }
 
@@ -92,6 +145,10 @@ std::optional<Registered> Registered::Read(const std::string& system_dir) {
     if (word == "ports") record.wrote_ports = rest == "written";
     if (word == "daemon") record.daemon = rest;
     if (word == "satellite") record.satellite = rest;
+    if (word == "unit") {
+      const auto checksum = std::strtoul((words >> word, word.c_str()), nullptr, 10);
+      record.units.emplace(rest, static_cast<uint32_t>(checksum));
+    }
     if (word == "port") {
       const auto number = std::strtol((words >> word, word.c_str()), nullptr, 10);
       record.ports[rest] = static_cast<int>(number);
@@ -106,6 +163,7 @@ void Registered::Write(const std::string& system_dir) const {
   for (const auto& [service, port] : ports) text << "port " << service << ' ' << port << '\n';
   if (!daemon.empty()) text << "daemon " << daemon << '\n';
   if (!satellite.empty()) text << "satellite " << satellite << '\n';
+  for (const auto& [name, checksum] : units) text << "unit " << name << ' ' << checksum << '\n';
   text << kEndOfRegistered << '\n';
   WriteDurably(system_dir + "/" + kRegistered, text.str());
 }
@@ -113,7 +171,9 @@ void Registered::Write(const std::string& system_dir) const {
 bool Registered::IsCurrent() const {
   const Registered now = InSystem();
   return ports == now.ports && (daemon.empty() || daemon == now.daemon) &&
-         (satellite.empty() || satellite == now.satellite);
+         (satellite.empty() || satellite == now.satellite) &&
+         AreCurrent(units, kDaemonService, daemon) &&
+         AreCurrent(units, kSatelliteService, satellite);
 }
 
 SystemLines LinesOfTree(const std::string& target, const std::vector<std::string>& system_dirs) {
@@ -126,7 +186,12 @@ SystemLines LinesOfTree(const std::string& target, const std::vector<std::string
     satellite = satellite || !record->satellite.empty();
   }
   SystemLines lines;
+  TakeUnits(target, records, lines);
   std::map<std::string, bool> ours;  // by service
+  for (const char* service : {kDaemonService, kSatelliteService}) {
+    const std::string program = UnitProgram(service);
+    if (!program.empty()) ours[service] = IsOfTree(program, target, records);
+  }
   for (const std::string& line : LinesOf(SystemFile(kInetd))) {
     const auto [service, program] = InetdEntry(line);
     if ((service != kDaemonService && service != kSatelliteService) || program.empty()) continue;
@@ -154,10 +219,19 @@ void RecordIntent(const std::string& system_dir, const ServicePorts& ports) {
   record.Write(system_dir);
 }
 
+void RecordUnits(const std::string& system_dir, const std::map<std::string, std::string>& units,
+                 bool written) {
+  Registered record = Registered::Read(system_dir).value_or(Registered());
+  if (written) record.units.clear();
+  for (const auto& [name, text] : units) record.units.emplace(name, ChecksumOf(text));
+  record.Write(system_dir);
+}
+
 void RecordRegistration(const std::string& system_dir, bool wrote_ports) {
   Registered now = Registered::InSystem();
   const auto before = Registered::Read(system_dir);
   now.wrote_ports = wrote_ports || (before && before->wrote_ports && before->ports == now.ports);
+  if (before) now.units = before->units;
   // Those of other trees are none of this one's business.
   const std::string tree = system_dir.substr(0, system_dir.rfind('/') + 1);
   if (now.daemon.compare(0, tree.size(), tree) != 0) now.daemon.clear();

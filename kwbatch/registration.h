@@ -1,9 +1,12 @@
 #ifndef KWBATCH_REGISTRATION_H_
 #define KWBATCH_REGISTRATION_H_
 
+#include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "refusal.h"
@@ -31,14 +34,25 @@ struct Registered {
 
   ServicePorts ports;
   bool wrote_ports = false;  ///< this tree's registration wrote them; otherwise it found them there
-  std::string daemon;        ///< the program of morvelk7run in the inetd file; may be empty
+  std::string daemon;        ///< the program of morvelk7run for inetd or systemd; may be empty
   std::string satellite;     ///< likewise of mi-ray
+  /// The unit files of systemd that the registration wrote, with the checksums of their texts; of
+  /// one that is being replaced, that of the old text too.
+  std::set<std::pair<std::string, uint32_t>> units;
 };
 
-/// Lines of the system's files, without their newlines.
+/// The port of a service in the services file, or 0.
+int PortInServices(const std::string& service);
+
+/// The program that inetd starts for a service, or an empty text.
+std::string InetdProgram(const std::string& service);
+
+/// What the system's files have of a tree.
 struct SystemLines {
-  std::vector<std::string> services;
-  std::vector<std::string> inetd;
+  std::vector<std::string> services;       ///< lines without their newlines
+  std::vector<std::string> inetd;          ///< likewise
+  std::vector<std::string> units;          ///< names of unit files
+  std::vector<std::string> changed_units;  ///< that are not as they were written
 };
 
 /// The lines that are the tree's: in the inetd file those of its programs, and in the services file
@@ -49,6 +63,11 @@ SystemLines LinesOfTree(const std::string& target, const std::vector<std::string
 /// Records, before it is done, that a registration writes these ports: after a kill, nothing else
 /// tells whose they are.
 void RecordIntent(const std::string& system_dir, const ServicePorts& ports);
+
+/// Records the unit files by their names: before they are written beside those that are recorded
+/// already, and then in their place.
+void RecordUnits(const std::string& system_dir, const std::map<std::string, std::string>& units,
+                 bool written);
 
 /// Records what the system's files say after a registration. `wrote_ports`: it wrote them.
 void RecordRegistration(const std::string& system_dir, bool wrote_ports);

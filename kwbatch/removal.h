@@ -15,6 +15,9 @@ struct RemovalFrom {
   std::vector<std::string> files;                 ///< go first
   std::vector<std::string> records;               ///< go when the files are gone, in this order
   std::map<std::string, std::string> site_files;  ///< stay: changed here; by their new paths
+
+  /// The directories of the files, inner ones first.
+  std::vector<std::string> Directories() const;
 };
 
 struct Removal {

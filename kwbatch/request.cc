@@ -49,6 +49,7 @@ Request RequestOf(const Options& options) {
   const std::string with_pack = GivenText(options, option::kWithPack);
   if (!with_pack.empty()) request.with_pack = MediumPath(with_pack);
   RequireGenuine(request, options);
+  request.systemd = !GivenText(options, option::kSystemd).empty();
   if (options.Takes(option::kWait)) request.wait = GivenWait(options);
   if (options.Takes(option::kBbPort)) {
     request.ports = PortWishesOf(options);

@@ -20,6 +20,7 @@ struct Request {
   bool fonts = false;     ///< keep the language-indexed fonts
   std::string satellite;  ///< medium of the rendering satellite
   std::string with_pack;  ///< medium of the service pack that goes on again; full path
+  bool systemd = false;   ///< register for systemd instead of inetd
   int wait = 0;           ///< seconds to wait for another kwbatch
   PortWishes ports;
 };

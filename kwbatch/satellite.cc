@@ -50,12 +50,16 @@ void InstallSatellite(const std::string& medium, const std::string& target, bool
   if (registered) RegisterSatellite(dir);
 }
 
-void RegisterSatellite(std::string dir) {
+void RegisterSatellitePort() {
   TEVUnicodeString message;
-  if (SatUpdateService(message) < 0) {
-    throw Refusal(Text("SatelliteNotRegistered", "The satellite cannot be registered in {1}.\n",
-                       {SystemFile(kServices)}));
-  }
+  if (SatUpdateService(message) >= 0) return;
+  throw Refusal(Text("SatelliteNotRegistered", "The satellite cannot be registered in {1}.\n",
+                     {SystemFile(kServices)}));
+}
+
+void RegisterSatellite(std::string dir) {
+  RegisterSatellitePort();
+  TEVUnicodeString message;
   if (SatUpdateInet(dir.data(), message) < 0) throw Refused(message);
   SayDone(Text("SatelliteRegistered", "It is registered in {1} and {2}.",
                {SystemFile(kServices), SystemFile(kInetd)}));

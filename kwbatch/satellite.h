@@ -23,4 +23,7 @@ void InstallSatellite(const std::string& medium, const std::string& target, bool
 /// Registers the satellite in the directory `dir`. Throws a Refusal.
 void RegisterSatellite(std::string dir);
 
+/// Registers its port only. Throws a Refusal.
+void RegisterSatellitePort();
+
 #endif  // KWBATCH_SATELLITE_H_

@@ -81,6 +81,10 @@ void ShowRegistered(const Registered& registered, const std::string& pointer) {
   }
   if (!registered.daemon.empty()) texts.push_back(registered.daemon);
   if (!registered.satellite.empty()) texts.push_back(registered.satellite);
+  std::vector<std::string> units;
+  for (const auto& [name, checksum] : registered.units) units.push_back(name);
+  SetField(pointer + "/units", units);
+  texts.insert(texts.end(), units.begin(), units.end());
   if (texts.empty()) return;
   Show("  " + Text("StatusRegistered", "registered: {1}", {Joined(texts)}));
   Show("  " + (current ? Text("StatusCurrent", "The system's files still say so.")

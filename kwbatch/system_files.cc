@@ -9,6 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <system_error>
 
 #include "console.h"
@@ -21,6 +22,36 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+/// The file that a path leads to, also when that is not there.
+std::string RealFile(fs::path path) {
+  for (int links = 0; fs::is_symlink(path) && links < 10; ++links) {
+    path = path.parent_path() / fs::read_symlink(path);
+  }
+  return path;
+}
+
+/// The text of an inetd file without the lines of the services that the product registers, and
+/// without such a line that was cut off at its end.
+std::string WithoutOurs(const std::string& text) {
+  std::string others;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    const auto is_of = [&](const std::string& service) {
+      return line.compare(0, service.size(), service) == 0 ||
+             (lines.eof() && service.compare(0, line.size(), line) == 0);
+    };
+    if (is_of(kDaemonService) || is_of(kSatelliteService)) continue;
+    others += lines.eof() ? line : line + '\n';
+  }
+  return others;
+}
+
+/// Is the new inetd file nothing but a beginning of the old one that was being rewritten?
+bool IsBegunCopy(const std::string& path, const std::string& old) {
+  const std::string begun = WithoutOurs(TextOf(path));
+  return WithoutOurs(TextOf(old)).compare(0, begun.size(), begun) == 0;
+}
 
 Refusal CannotReplace(const std::string& path) {
   return Refusal(Text("FileNotReplaced", "The file {1} cannot be replaced.\n", {path}));
@@ -117,11 +148,13 @@ void RemoveLines(const std::string& path, const std::vector<std::string>& lines)
 void RestoreSystemFiles() {
   FinishOverwrite(SystemFile(kServices));
   for (const char* name : {kServices, kInetd}) {
-    const std::string file = SystemFile(name);
+    const std::string file = RealFile(SystemFile(name));
     if (!Exists(file)) TEVRenameFile((file + kRewritten).c_str(), file.c_str());
   }
-  const std::string inetd = SystemFile(kInetd);
-  if (!Exists(inetd + kRewritten)) return;
+  const std::string inetd = RealFile(SystemFile(kInetd));
+  const std::string old = inetd + kRewritten;
+  if (!Exists(old)) return;
+  if (IsBegunCopy(inetd, old) && TEVRenameFile(old.c_str(), inetd.c_str()) == 0) return;
   throw Refusal(Text("InetdInterrupted",
                      "An earlier run may have been interrupted while it rewrote {1}, which was "
                      "{1}.tmp before: compare the two, put the good one in the place of {1}, "

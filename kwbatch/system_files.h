@@ -31,7 +31,8 @@ void RemoveLines(const std::string& path, const std::vector<std::string>& lines)
 
 /// Ends an interrupted Overwrite, and gives the system files their names again that an interrupted
 /// run of kwbatch was rewriting: their content has the name FILE.tmp then. Throws a Refusal when
-/// inetd.conf exists beside it: only the user can tell which of the two is good.
+/// inetd.conf beside it has something else than a beginning of it: only the user can tell which of
+/// the two is good.
 void RestoreSystemFiles();
 
 #endif  // KWBATCH_SYSTEM_FILES_H_

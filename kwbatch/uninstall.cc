@@ -14,15 +14,18 @@
 #include "lock.h"
 #include "log.h"
 #include "options.h"
+#include "pointers.h"
 #include "refusal.h"
 #include "registration.h"
 #include "removal.h"
 #include "request.h"
 #include "running_tasks.h"
 #include "system_files.h"
+#include "systemd.h"
 #include "texts.h"
 #include "tree.h"
 #include "unfinished.h"
+#include "units.h"
 
 namespace fs = std::filesystem;
 
@@ -41,13 +44,12 @@ void RequireFinished(const std::string& target) {
 
 /// Throws a Refusal when a development kit needs the code that is in the target.
 void RequireNoSdk(const std::string& target) {
-  const std::vector<std::string> sdk = LinesOf(target + "/" + kSdkPointer);
-  if (sdk.empty() || sdk.front() == target || !Exists(sdk.front() + "/" + kPresent)) return;
-  const std::vector<std::string> code_tree = LinesOf(sdk.front() + "/" + kCodePointer);
-  if (code_tree.empty() || code_tree.front() != target) return;
+  const std::string sdk = PointedTree(target, kSdkPointer);
+  if (sdk == target || !Exists(sdk + "/" + kPresent)) return;
+  if (PointedTree(sdk, kCodePointer) != target) return;
   throw Refusal(Text("SdkNeedsTree",
                      "The development kit in {1} needs the code in {2}. Uninstall it first.\n",
-                     {sdk.front(), target}));
+                     {sdk, target}));
 }
 
 /// Names the programs that run from the target. Throws a Refusal when there are some, unless they
@@ -98,6 +100,10 @@ void ShowPlan(const SystemLines& lines, const Removal& removal, bool purge) {
   };
   show(lines_of(kServices), "remove_services", lines.services);
   show(lines_of(kInetd), "remove_inetd", lines.inetd);
+  show("These units of systemd would be deleted from " + UnitDirectory() + ":", "remove_units",
+       lines.units);
+  show("These units are not as they were written, and would be kept:", "keep_units",
+       lines.changed_units);
   show(Text("WouldDelete", "These files would be deleted:"), "delete", FilesToRemove(removal));
   show(Text("WouldRename", "These files were changed here, and would be kept under these names:"),
        "rename", removal.renamed);
@@ -120,25 +126,17 @@ void TakeOut(const SystemLines& lines, Log& log) {
     log.Write(text + "\n");
   }
   if (!lines.inetd.empty()) TellHowInetdReads();
-}
-
-/// The code tree of a development kit; an empty text for other trees.
-std::string CodeTreeOf(const std::string& target) {
-  const std::vector<std::string> code_tree = LinesOf(target + "/" + kCodePointer);
-  return code_tree.empty() ? "" : code_tree.front();
+  TakeOutUnits(lines.units, log);
 }
 
 /// The code tree of a development kit no longer names it.
 void ForgetSdk(const std::string& target) {
-  const std::string code_tree = CodeTreeOf(target);
-  if (code_tree.empty()) return;
-  const std::string pointer = code_tree + "/" + kSdkPointer;
-  const std::vector<std::string> sdk = LinesOf(pointer);
-  if (!sdk.empty() && sdk.front() == target) Delete(pointer);
+  const std::string code_tree = PointedTree(target, kCodePointer);
+  if (PointedTree(code_tree, kSdkPointer) == target) Delete(code_tree + "/" + kSdkPointer);
 }
 
 /// Names what is still there.
-void TellKept(const Removal& removal, Log& log) {
+void TellKept(const Removal& removal, const SystemLines& lines, Log& log) {
   std::vector<std::string> kept;
   const auto tell = [&](const std::string& path, const std::string& text) {
     kept.push_back(path);
@@ -152,6 +150,10 @@ void TellKept(const Removal& removal, Log& log) {
   for (const std::string& path : removal.renamed) {
     tell(path, Text("ChangedFileKept", "It was changed here, and is kept as {1}", {path}));
   }
+  for (const std::string& name : lines.changed_units) {
+    const std::string path = UnitDirectory() + "/" + name;
+    tell(path, "It is not as it was written, and is kept: " + path);
+  }
   SetField("/kept", kept);
 }
 
@@ -163,7 +165,7 @@ void Uninstall(const Options& options) {
   const bool purge = options.Has(option::kPurge);
   const bool dry = options.Has(option::kDryRun);
   const Lock tree(target, Lock::Kind::kWriting, request);
-  const Lock code(CodeTreeOf(target), Lock::Kind::kWriting, request);
+  const Lock code(PointedTree(target, kCodePointer), Lock::Kind::kWriting, request);
   std::optional<Lock> system;
   if (request.ports.registered) {
     const std::string dir = fs::path(SystemFile(kServices)).parent_path();
@@ -176,6 +178,7 @@ void Uninstall(const Options& options) {
   if (!repeated && !purge) RequireFinished(target);
   RequireNoSdk(target);
   const Removal removal = PlanRemoval(target, purge);
+  if (request.ports.registered && !dry) RestoreSystemFiles();
   const SystemLines lines = LinesToTakeOut(request);
   EndTasks(target, options.Has(option::kStop), dry);
   if (dry) return ShowPlan(lines, removal, purge);
@@ -188,7 +191,7 @@ void Uninstall(const Options& options) {
   ForgetSdk(target);
   const size_t count = FilesToRemove(removal).size();
   Remove(removal, purge);
-  TellKept(removal, log);
+  TellKept(removal, lines, log);
   SayDone(Text("TreeUninstalled", "The tree in {1} is uninstalled: {2} files are deleted.",
                {target, count}));
   log.Succeeded();

@@ -111,11 +111,16 @@ echo 'morvelk7run stream tcp nowait root /old/aix_a/code/bin/TEVSysDemon  #TEVSy
   >"$work/scratch/inetd.conf"
 keep moved
 sweep moved '' register "$work/tree"
+mkdir -p "$work/scratch/systemd/system"
+keep units
+sweep units '' register "$work/tree" --systemd
+echo ours >"$system/code/bin/TEVSysDemon"
+keep listening
+sweep listening '' uninstall "$work/tree"
 use committed
 echo ours >"$system/code/bin/TEVSysDemon"
 keep changed
 sweep changed '' service-pack "$media/sp1" "$work/tree"
-sweep changed '' uninstall "$work/tree"
 use committed
 run 0 hot-fix "$media/hf1" "$work/tree"
 keep fixed

@@ -7,7 +7,7 @@ source "$2/tests/helpers.sh"
 install_tree
 grep -q '^morvelk7run      20051/tcp  #' "$work/scratch/services" || fail 'no run port'
 mkdir "$work/satellite" "$work/parts"
-echo '#!/bin/sh' >"$work/parts/ray.sh"
+install /dev/stdin "$work/parts/ray.sh" <<<'#!/bin/sh'
 tar -C "$work/parts" -cf - ray.sh | compress -f >"$work/satellite/LumaforgeSatellite.Z"
 echo 2048 >"$work/satellite/LFSFS"
 run 0 install "$media/ga" "$work/silent" --os aix_a --no-services --satellite "$work/satellite"
@@ -90,6 +90,32 @@ expect_text ': 0'
 printf '#!/bin/sh\necho "PID USER COMMAND"\necho "  $$ root sh"\n' >"$work/parts/ps"
 chmod +x "$work/parts/ps"
 PATH=$work/parts:$PATH expect_refusal 'cannot be listed' tasks "$work/tree"
+
+# systemd in the place of inetd: the units follow the ports, and go with the tree unless changed.
+units=$work/scratch/systemd/system
+cp "$work/scratch/"{services,inetd.conf} "$work/parts"
+expect_refusal 'no systemd' register "$work/tree" --systemd
+mkdir -p "$units/sockets.target.wants"
+ln -s ../morvelk7run.socket "$units/sockets.target.wants"
+run 0 register "$work/tree" --systemd
+! grep -q "$work/tree" "$work/scratch/inetd.conf" || fail 'inetd listens too'
+if command -v systemd-analyze >/dev/null; then
+  SYSTEMD_UNIT_PATH=$units: expect_exit 0 systemd-analyze verify morvelk7run.socket mi-ray.socket \
+    morvelk7run@1.service mi-ray@1.service
+  [[ ! -s $work/output ]] || fail 'systemd has something to say about the units'
+fi
+run 3 register "$work/tree"
+run 3 install "$media/ga/aix_a" "$work/tree"
+run 0 register "$work/tree" --run-port 20073
+grep -qx ListenStream=20073 "$units/morvelk7run.socket" || fail 'systemd listens on the old port'
+run 0 status "$work/tree"
+expect_text 'still say so'
+echo '# ours' >>"$units/mi-ray.socket"
+expect_refusal 'mi-ray.socket was changed' register "$work/tree"
+run 0 uninstall "$work/tree"
+expect_text "kept: $units/mi-ray.socket"
+[[ $(cd "$units" && find . -type f -o -type l) == ./mi-ray.socket ]] || fail 'units are left'
+cp "$work/parts/"{services,inetd.conf} "$work/scratch"
 
 # System files that are mounts cannot be replaced.
 if ! unshare -m true 2>/dev/null; then

@@ -25,6 +25,24 @@ run 0 install "$media/sdk" "$work/sdk" --code "$work/tree"
 grep -q Simulation "$work/sdk/control/PRESENT" && fail 'an SDK package without its code'
 expect_check 1 'is not installed' sdk sdk
 run 0 verify "$work/sdk"
+# The two trees find each other again after one of them, or both, moved.
+expect_pointers() {
+  [[ $(<"$work/$1/ZEBDir.txt") == "$work/$2" && $(<"$work/$2/CodeDir.txt") == "$work/$1" ]] ||
+    fail "$1 and $2 do not name each other"
+}
+mv tree code
+run 0 register "$work/code"
+expect_pointers code sdk
+mv sdk kit
+run 0 register "$work/kit"
+expect_pointers code kit
+run 3 register "$work/kit"
+mv kit sdk
+mv code tree
+expect_refusal '--code' register "$work/sdk"
+run 0 register "$work/sdk" --code "$work/tree"
+expect_pointers tree sdk
+run 0 register "$work/tree"
 mkdir around
 mv sdk around
 expect_check 1 'The directory' ga around

@@ -1,0 +1,129 @@
+#include "systemd.h"
+
+#include <algorithm>
+#include <map>
+
+#include "console.h"
+#include "files.h"
+#include "formats.h"
+#include "interruption.h"
+#include "json.h"
+#include "refusal.h"
+#include "registration.h"
+#include "satellite.h"
+#include "system_files.h"
+#include "tree.h"
+#include "units.h"
+
+namespace {
+
+/// Says and logs what was done.
+void Tell(const std::string& text, Log& log) {
+  SayDone(text);
+  log.Write(text + "\n");
+}
+
+SystemLines LinesNow(const std::string& target) {
+  return LinesOfTree(target, SystemDirsIfAny(target, ""));
+}
+
+/// The program of the satellite, or an empty text without one.
+std::string SatelliteOf(const std::string& target) {
+  const std::string program = target + "/" + kSatelliteDirectory + "/" + kSatelliteProgram;
+  return Exists(program) ? program : "";
+}
+
+/// The units as they should be.
+std::map<std::string, std::string> WantedUnits(const std::string& target,
+                                               const std::string& system_dir) {
+  auto units =
+      UnitTexts(kDaemonService, system_dir + "/" + kDaemon, PortInServices(kDaemonService));
+  const std::string satellite = SatelliteOf(target);
+  if (!satellite.empty()) {
+    units.merge(UnitTexts(kSatelliteService, satellite, PortInServices(kSatelliteService)));
+  }
+  return units;
+}
+
+/// Names the sockets among the units.
+std::string SocketsOf(const std::vector<std::string>& names) {
+  const std::string suffix = ".socket";
+  std::string sockets;
+  for (const std::string& name : names) {
+    const size_t end = name.size() - std::min(name.size(), suffix.size());
+    if (name.substr(end) == suffix) sockets += " " + name;
+  }
+  return sockets;
+}
+
+}  // namespace
+
+void RequireSystemd(const std::string& target) {
+  if (!Exists(UnitDirectory())) {
+    throw Refusal("There is no systemd on this machine: the directory " + UnitDirectory() +
+                  " does not exist.\n");
+  }
+  const SystemLines lines = LinesNow(target);
+  const bool has_lines = !lines.inetd.empty();
+  if (has_lines) RequireWritable(SystemFile(kInetd));
+  for (const std::string service : {kDaemonService, kSatelliteService}) {
+    if (service == kSatelliteService && SatelliteOf(target).empty()) continue;
+    const std::string program = InetdProgram(service);
+    const bool is_ours =
+        std::any_of(lines.inetd.begin(), lines.inetd.end(), [&service](const std::string& line) {
+          return line.compare(0, service.size(), service) == 0;
+        });
+    if (!program.empty() && !is_ours) {
+      throw Refusal("inetd starts " + program + " for " + service + ". Take that line out of " +
+                    SystemFile(kInetd) + " first.\n");
+    }
+    for (const std::string& name : {service + ".socket", service + "@.service"}) {
+      const auto& ours = lines.units;
+      if (!IsThere(UnitDirectory() + "/" + name)) continue;
+      if (std::find(ours.begin(), ours.end(), name) != ours.end()) continue;
+      throw Refusal("The unit " + UnitDirectory() + "/" + name +
+                    " was changed, or is not this tree's. Move it away first.\n");
+    }
+  }
+}
+
+bool LacksUnits(const std::string& target, const std::string& system_dir) {
+  if (!LinesNow(target).inetd.empty()) return true;
+  const auto wanted = WantedUnits(target, system_dir);
+  return std::any_of(wanted.begin(), wanted.end(),
+                     [](const auto& unit) { return !HasUnitText(unit.first, unit.second); });
+}
+
+void RegisterForSystemd(const std::string& target, const std::string& system_dir, Log& log) {
+  if (!SatelliteOf(target).empty()) RegisterSatellitePort();
+  const std::vector<std::string> lines = LinesNow(target).inetd;
+  if (!lines.empty()) {
+    RemoveLines(SystemFile(kInetd), lines);
+    Tell("The lines of the tree are taken out of " + SystemFile(kInetd) + ".", log);
+    TellHowInetdReads();
+  }
+  const auto units = WantedUnits(target, system_dir);
+  // After a kill, nothing else tells whose they are.
+  RecordUnits(system_dir, units, false);
+  std::vector<std::string> names;
+  for (const auto& [name, text] : units) {
+    SafePoint();
+    names.push_back(name);
+    if (HasUnitText(name, text)) continue;
+    WriteDurably(UnitDirectory() + "/" + name, text);
+    Tell("  " + UnitDirectory() + "/" + name, log);
+  }
+  RecordUnits(system_dir, units, true);
+  Say("  systemd listens after: systemctl daemon-reload && systemctl enable --now" +
+      SocketsOf(names));
+}
+
+void TakeOutUnits(const std::vector<std::string>& names, Log& log) {
+  if (names.empty()) return;
+  for (const std::string& name : names) {
+    SafePoint();
+    DeleteUnit(name);
+    Tell("The unit " + UnitDirectory() + "/" + name + " is deleted.", log);
+  }
+  Say("  systemd ends with them after: systemctl daemon-reload; systemctl stop" + SocketsOf(names));
+}
