@@ -9,6 +9,7 @@
 #include "space.h"
 #include "texts.h"
 #include "tree.h"
+#include "unfinished.h"
 
 namespace fs = std::filesystem;
 
@@ -91,9 +92,11 @@ void RequireSdk(const Medium& medium, const std::string& target, std::string cod
   if (installed != nullptr) {
     Require(TEVInsCheckPrereqGA(installed.get(), medium.toc.get(), &message) == 1, message);
   }
-  RequireNew(
-      TEVInsCheckInstallZEB(installed.get(), medium.toc.get(), installed_code.get(), &message) == 1,
-      message, installed.get(), medium);
+  const bool passed =
+      TEVInsCheckInstallZEB(installed.get(), medium.toc.get(), installed_code.get(), &message) == 1;
+  // What has its code is there, and only the last steps may have been interrupted.
+  if (!passed && Unfinished::Read(target)) throw NothingToDo(message.ConvertToChar());
+  RequireNew(passed, message, installed.get(), medium);
 }
 
 /// The table of the system that the medium is for, which must be there.

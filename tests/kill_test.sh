@@ -21,7 +21,8 @@ fi
 # state: all that kwbatch may change.
 state() {
   local part
-  for part in tree sdk; do [[ ! -e $work/$part ]] || content "$part"; done
+  # Of an uninstalled tree, an empty directory may be left.
+  for part in tree sdk; do [[ ! $(ls -A "$work/$part" 2>/dev/null) ]] || content "$part"; done
   (cd "$work" && find tree scratch \( -name Registered -o -path 'scratch/*' ! -name kwinst.log \) \
     -type f | sort | xargs tail -n +1)
 }
