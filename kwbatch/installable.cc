@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "formats.h"
 #include "integrity.h"
 #include "journal.h"
 #include "refusal.h"
 #include "space.h"
 #include "texts.h"
 #include "tree.h"
-#include "unfinished.h"
 
 namespace fs = std::filesystem;
 
@@ -20,14 +20,16 @@ void Require(bool passed, const TEVUnicodeString& message) {
   if (!passed) throw Refused(message);
 }
 
-/// Has the target, whose table this is, all that would be installed from the medium?
-bool HasAll(const TEVINSInstToc* installed, const Medium& medium) {
+/// Has the target, whose table this is, all that would be installed from the medium? Of development
+/// kits, only those whose code is installed.
+bool HasAll(const TEVINSInstToc* installed, const Medium& medium,
+            const TEVINSInstToc* code_table = nullptr) {
+  if (installed == nullptr) return false;
   const Content content = ContentOf(medium.kind);
   for (const TEVINSPkg kind : content.kinds) {
     for (const std::string& name : PackagesOf(*medium.toc, content.type, kind)) {
-      if (installed == nullptr || installed->IsInstalled(name.c_str(), content.type) != 0) {
-        return false;
-      }
+      if (code_table != nullptr && !HasCode(code_table, name)) continue;
+      if (installed->IsInstalled(name.c_str(), content.type) != 0) return false;
     }
   }
   return true;
@@ -94,9 +96,10 @@ void RequireSdk(const Medium& medium, const std::string& target, std::string cod
   }
   const bool passed =
       TEVInsCheckInstallZEB(installed.get(), medium.toc.get(), installed_code.get(), &message) == 1;
-  // What has its code is there, and only the last steps may have been interrupted.
-  if (!passed && Unfinished::Read(target)) throw NothingToDo(message.ConvertToChar());
-  RequireNew(passed, message, installed.get(), medium);
+  if (!passed && HasAll(installed.get(), medium, installed_code.get())) {
+    throw NothingToDo(message.ConvertToChar());
+  }
+  Require(passed, message);
 }
 
 /// The table of the system that the medium is for, which must be there.
@@ -181,6 +184,11 @@ void RequireHotFix(const Medium& medium, const std::string& target) {
 }
 
 }  // namespace
+
+bool HasCode(const TEVINSInstToc* code_table, const std::string& name) {
+  const std::string base = name.substr(0, name.find(kSdkSuffix));
+  return code_table != nullptr && code_table->IsInstalled(base.c_str(), code) == 0;
+}
 
 void RequireInstallable(const Medium& medium, const std::string& target,
                         const std::string& code_tree) {

@@ -11,4 +11,8 @@
 void RequireInstallable(const Medium& medium, const std::string& target,
                         const std::string& code_tree);
 
+/// Can the package of a development kit be installed: is the code there that it extends? The table
+/// may be null.
+bool HasCode(const TEVINSInstToc* code_table, const std::string& name);
+
 #endif  // KWBATCH_INSTALLABLE_H_

@@ -100,9 +100,10 @@ void TakeTable(const std::string& path, const std::string& update_state, SystemI
 }
 
 void TakeLanguages(const std::string& tree, SystemInventory& system) {
-  const std::string os = system.dir == tree ? "" : system.name;
+  // A development kit has none.
+  if (system.dir == tree) return;
   std::string dir = tree;
-  const int mask = TEVInsInitChosenLang(dir.data(), os.empty() ? nullptr : os.c_str());
+  const int mask = TEVInsInitChosenLang(dir.data(), system.name.c_str());
   for (const Language& language : kLanguages) {
     if ((mask & language.bit) != 0) system.languages.emplace_back(language.name);
   }

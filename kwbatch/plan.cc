@@ -25,12 +25,6 @@
 
 namespace {
 
-/// Can the SDK package be installed: is the code there that it extends?
-bool HasCode(const TEVINSInstToc* code_table, const std::string& name) {
-  const std::string base = name.substr(0, name.find(kSdkSuffix));
-  return code_table != nullptr && code_table->IsInstalled(base.c_str(), code) == 0;
-}
-
 /// The packages of the medium that the target does not have, in the order of installation.
 void AddMissing(const Medium& medium, const std::string& target, const std::string& code_tree,
                 std::vector<Component>& components) {
