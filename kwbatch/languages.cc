@@ -90,7 +90,7 @@ void RecordLanguages(const Medium& medium, const std::string& target, int langua
   WriteDurably(path, TextOf(SystemDir(medium, dir) + "/" + kLanguageRecord));
   // The status says nothing about the file; only reading it back does.
   if (InstalledLanguages(medium, target) == languages) return;
-  throw Refusal("The languages cannot be written to " + path + ".\n");
+  throw Refusal(Text("LanguagesNotWritten", "The languages cannot be written to {1}.\n", {path}));
 }
 
 void RemoveOtherLanguages(const std::string& system_dir, int languages) {

@@ -6,6 +6,7 @@
 #include "formats.h"
 #include "json.h"
 #include "refusal.h"
+#include "texts.h"
 
 namespace {
 
@@ -14,15 +15,17 @@ bool Point(const std::string& tree, const char* pointer, const std::string& othe
   if (PointedTree(tree, pointer) == other) return false;
   NoteChange();
   WriteDurably(tree + "/" + pointer, other + "\n");
-  SayDone("The tree in " + tree + " names " + other + " now.");
+  SayDone(Text("TreeNames", "The tree in {1} names {2} now.", {tree, other}));
   return true;
 }
 
 bool MendSdk(const std::string& sdk, std::string code_tree) {
   if (code_tree.empty()) code_tree = PointedTree(sdk, kCodePointer);
   if (!Exists(code_tree + "/" + kSystemList)) {
-    throw Refusal("The code of the development kit in " + sdk + " is not in " + code_tree +
-                  ": give its tree with --code.\n");
+    throw Refusal(
+        Text("CodeNotThere",
+             "The code of the development kit in {1} is not in {2}: give its tree with --code.\n",
+             {sdk, code_tree}));
   }
   const bool moved = Point(sdk, kCodePointer, code_tree);
   // The code may have another development kit.

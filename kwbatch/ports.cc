@@ -267,7 +267,8 @@ void Register(const Registration& registration, Log& log) {
   if (has_ports) WritePorts(registration.ports, log);
   if (has_daemon && !Exists(SystemFile(kInetd))) {
     Say(Text("NoInetd", "There is no inetd on this machine, so the daemon is not registered."));
-    if (Exists(UnitDirectory())) Say("For systemd it is, by: kwbatch register TARGET --systemd");
+    if (Exists(UnitDirectory()))
+      Say(Text("RegisterForSystemd", "For systemd it is, by: kwbatch register TARGET --systemd"));
     return;
   }
   if (has_daemon) WriteDaemon(registration.daemon, log);

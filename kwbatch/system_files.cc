@@ -114,6 +114,10 @@ void TellHowInetdReads() {
       Text("InetdReads", "inetd reads this when it gets the signal HUP: pkill -HUP -x inetd"));
 }
 
+std::string LinesTakenOut(const std::string& path) {
+  return Text("LinesTakenOut", "The lines of the tree are taken out of {1}.", {path});
+}
+
 void RemoveLines(const std::string& path, const std::vector<std::string>& lines) {
   std::error_code failed;
   const std::string real = fs::canonical(path, failed);

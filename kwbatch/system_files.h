@@ -29,6 +29,9 @@ void TellHowInetdReads();
 /// new one is there; in the place of a mount, Overwrite's FILE.whole. Throws a Refusal.
 void RemoveLines(const std::string& path, const std::vector<std::string>& lines);
 
+/// Says that the lines of the tree are taken out of a file.
+std::string LinesTakenOut(const std::string& path);
+
 /// Ends an interrupted Overwrite, and gives the system files their names again that an interrupted
 /// run of kwbatch was rewriting: their content has the name FILE.tmp then. Throws a Refusal when
 /// inetd.conf beside it has something else than a beginning of it: only the user can tell which of

@@ -12,6 +12,7 @@
 #include "registration.h"
 #include "satellite.h"
 #include "system_files.h"
+#include "texts.h"
 #include "tree.h"
 #include "units.h"
 
@@ -51,7 +52,7 @@ std::string SocketsOf(const std::vector<std::string>& names) {
   std::string sockets;
   for (const std::string& name : names) {
     const size_t end = name.size() - std::min(name.size(), suffix.size());
-    if (name.substr(end) == suffix) sockets += " " + name;
+    if (name.substr(end) == suffix) sockets += (sockets.empty() ? "" : " ") + name;
   }
   return sockets;
 }
@@ -60,8 +61,9 @@ std::string SocketsOf(const std::vector<std::string>& names) {
 
 void RequireSystemd(const std::string& target) {
   if (!Exists(UnitDirectory())) {
-    throw Refusal("There is no systemd on this machine: the directory " + UnitDirectory() +
-                  " does not exist.\n");
+    throw Refusal(Text("NoSystemd",
+                       "There is no systemd on this machine: the directory {1} does not exist.\n",
+                       {UnitDirectory()}));
   }
   const SystemLines lines = LinesNow(target);
   const bool has_lines = !lines.inetd.empty();
@@ -74,15 +76,17 @@ void RequireSystemd(const std::string& target) {
           return line.compare(0, service.size(), service) == 0;
         });
     if (!program.empty() && !is_ours) {
-      throw Refusal("inetd starts " + program + " for " + service + ". Take that line out of " +
-                    SystemFile(kInetd) + " first.\n");
+      throw Refusal(Text("InetdStarts",
+                         "inetd starts {1} for {2}. Take that line out of {3} first.\n",
+                         {program, service, SystemFile(kInetd)}));
     }
     for (const std::string& name : {service + ".socket", service + "@.service"}) {
       const auto& ours = lines.units;
       if (!IsThere(UnitDirectory() + "/" + name)) continue;
       if (std::find(ours.begin(), ours.end(), name) != ours.end()) continue;
-      throw Refusal("The unit " + UnitDirectory() + "/" + name +
-                    " was changed, or is not this tree's. Move it away first.\n");
+      throw Refusal(Text("UnitOfOthers",
+                         "The unit {1} was changed, or is not this tree's. Move it away first.\n",
+                         {UnitDirectory() + "/" + name}));
     }
   }
 }
@@ -99,7 +103,7 @@ void RegisterForSystemd(const std::string& target, const std::string& system_dir
   const std::vector<std::string> lines = LinesNow(target).inetd;
   if (!lines.empty()) {
     RemoveLines(SystemFile(kInetd), lines);
-    Tell("The lines of the tree are taken out of " + SystemFile(kInetd) + ".", log);
+    Tell(LinesTakenOut(SystemFile(kInetd)), log);
     TellHowInetdReads();
   }
   const auto units = WantedUnits(target, system_dir);
@@ -114,8 +118,9 @@ void RegisterForSystemd(const std::string& target, const std::string& system_dir
     Tell("  " + UnitDirectory() + "/" + name, log);
   }
   RecordUnits(system_dir, units, true);
-  Say("  systemd listens after: systemctl daemon-reload && systemctl enable --now" +
-      SocketsOf(names));
+  Say("  " + Text("SystemdListens",
+                  "systemd listens after: systemctl daemon-reload && systemctl enable --now {1}",
+                  {SocketsOf(names)}));
 }
 
 void TakeOutUnits(const std::vector<std::string>& names, Log& log) {
@@ -123,7 +128,9 @@ void TakeOutUnits(const std::vector<std::string>& names, Log& log) {
   for (const std::string& name : names) {
     SafePoint();
     DeleteUnit(name);
-    Tell("The unit " + UnitDirectory() + "/" + name + " is deleted.", log);
+    Tell(Text("UnitDeleted", "The unit {1} is deleted.", {UnitDirectory() + "/" + name}), log);
   }
-  Say("  systemd ends with them after: systemctl daemon-reload; systemctl stop" + SocketsOf(names));
+  Say("  " + Text("SystemdEnds",
+                  "systemd ends with them after: systemctl daemon-reload; systemctl stop {1}",
+                  {SocketsOf(names)}));
 }

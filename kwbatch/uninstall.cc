@@ -100,10 +100,11 @@ void ShowPlan(const SystemLines& lines, const Removal& removal, bool purge) {
   };
   show(lines_of(kServices), "remove_services", lines.services);
   show(lines_of(kInetd), "remove_inetd", lines.inetd);
-  show("These units of systemd would be deleted from " + UnitDirectory() + ":", "remove_units",
-       lines.units);
-  show("These units are not as they were written, and would be kept:", "keep_units",
-       lines.changed_units);
+  show(Text("WouldDeleteUnits",
+            "These units of systemd would be deleted from {1}:", {UnitDirectory()}),
+       "remove_units", lines.units);
+  show(Text("WouldKeepUnits", "These units are not as they were written, and would be kept:"),
+       "keep_units", lines.changed_units);
   show(Text("WouldDelete", "These files would be deleted:"), "delete", FilesToRemove(removal));
   show(Text("WouldRename", "These files were changed here, and would be kept under these names:"),
        "rename", removal.renamed);
@@ -120,8 +121,7 @@ void TakeOut(const SystemLines& lines, Log& log) {
     SafePoint();
     const std::string path = SystemFile(name);
     RemoveLines(path, *list);
-    const std::string text =
-        Text("LinesTakenOut", "The lines of the tree are taken out of {1}.", {path});
+    const std::string text = LinesTakenOut(path);
     SayDone(text);
     log.Write(text + "\n");
   }
@@ -152,7 +152,7 @@ void TellKept(const Removal& removal, const SystemLines& lines, Log& log) {
   }
   for (const std::string& name : lines.changed_units) {
     const std::string path = UnitDirectory() + "/" + name;
-    tell(path, "It is not as it was written, and is kept: " + path);
+    tell(path, Text("UnitKept", "It is not as it was written, and is kept: {1}", {path}));
   }
   SetField("/kept", kept);
 }

@@ -52,6 +52,23 @@ done <<CASES
 0|$first/hot_fixes=[] $first/service_packs/0/state="committed"|status $work/steps
 0|/changed=false|verify $work/steps
 CASES
+
+# In another language the texts change, and nothing that a machine reads. A text that the catalog lacks is
+# English. The path of the catalogs may be relative.
+mkdir -p catalog/German
+cp "$2/resources/msgcatalog/kwbatch.msg" catalog
+printf '%s\n' 'StatusUpdate = "{1}: {3} (Stufe {2})"' 'StateCommitted = "übernommen"' >catalog/German/kwbatch.msg
+in_german=(env LC_ALL=de_DE.UTF-8 TEVMsgCatalogPath=catalog)
+expect_exit 0 "${in_german[@]}" "$kwbatch" status "$tree"
+expect_text '  service packs: SP1: übernommen (Stufe 1)'
+expect_exit 0 "${in_german[@]}" "$kwbatch" status "$tree" --json
+for field in "$first/service_packs/0/state=\"committed\"" "$first/state=\"complete\""; do
+  [[ $("${check[@]}" "${field%%=*}" <"$work/output") == "${field#*=}" ]] || fail "no $field in German"
+done
+expect_text 'SP1: übernommen (Stufe 1)'
+TEVMsgCatalogPath=$work/none expect_exit 0 "$kwbatch" status "$tree"
+expect_text 'SP1 (level 1, committed)'
+
 sed -i s/20051/20061/ "$work/scratch/services"
 rm "$system/code/bin/TEVSession"
 expect_json 0 "$first/registered/current=false" status "$tree"

@@ -92,7 +92,8 @@ void ScanTexts(const std::string& code, Keys* english, Keys* keys, Problems* pro
   static const std::regex kCall(
       R"re((?:^|[^.\w])Text\(\s*"(\w+)",\s*((?:"(?:[^"\\]|\\.)*"\s*)+)(,\s*\{)?)re");
   static const std::regex kUntranslated(
-      R"re(\b(Say|Show|Complain|SayDone|NoteDone|Refusal|NothingToDo|UsageError|Fault|Warn|Log log|make_unique<Log>)\((?:std::string\()?"[^"]*[A-Za-z]{2}[^"]*")re");
+      R"re(\b(?:(?:Say|Show|Complain|SayDone|NoteDone|Tell|tell|show|Fault|Warn|Refusal|NothingToDo|)re"
+      R"re(UsageError)\((?:\w+, )?|option::\w+, [^,()]+, )(?:std::string\()?"[^"]*[A-Za-z]{2} [^"]*[A-Za-z]{2}")re");
   for (std::sregex_iterator it(code.begin(), code.end(), kCall), end; it != end; ++it) {
     const std::string literals = (*it)[2];
     std::string text;

@@ -27,6 +27,10 @@ check_no_fixed_paths() {
   fail "paths of this machine in the installed files: $found"
 }
 
+check_catalogs() {
+  diff -r "$source/resources/msgcatalog" "$(find "$work/copy" -name msgcatalog)" || fail 'the catalogs'
+}
+
 # build_with_cmake DIRECTORY TARGET: a project that looks for the library's package.
 build_with_cmake() {
   cmake -S "$source/$1" -B "$work/$2" -G "$(cached CMAKE_GENERATOR)" \
@@ -170,6 +174,7 @@ TEXT
 
 install_copy
 check_no_fixed_paths
+check_catalogs
 check_exported_symbols
 check_hardened
 check_example

@@ -55,7 +55,13 @@ complete_words() {
 
 # shellcheck source=kwbatch/kwbatch.bash
 source "$source/kwbatch/kwbatch.bash"
+mkdir "$work/catalog" "$work/catalog/German"
+cp "$source/resources/msgcatalog/kwbatch.msg" "$work/catalog"
+echo 'HelpCommands = "Befehle"' >"$work/catalog/German/kwbatch.msg"
+export LC_ALL=de_DE.UTF-8 TEVMsgCatalogPath=$work/catalog
+"$kwbatch" --help | grep -q '^Befehle:$' || fail 'the help is not in German'
 [[ $(complete_words ver) == verify ]] || fail 'completion of a command'
+export LC_ALL=C
 [[ $(complete_words --scratch /tmp verify --o) == --os ]] || fail 'completion of an option'
 [[ $(complete_words install --languages Ja) == Japanese ]] || fail 'completion of a language'
 [[ -z $(complete_words install --os ver) ]] || fail 'completion of a value'
