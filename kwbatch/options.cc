@@ -72,7 +72,7 @@ void SetWording(CLI::App& app) {
   CLI::FormatterBase& help = *app.get_formatter();
   help.column_width(34);
   help.label("Usage", Text("HelpUsage", "Usage"));
-  help.label("SUBCOMMAND", Text("HelpCommandWord", "COMMAND"));
+  help.label("SUBCOMMAND", "COMMAND");
   help.label("Positionals", Text("HelpWords", "Words"));
   help.label("REQUIRED", "");
 }

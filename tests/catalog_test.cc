@@ -129,11 +129,13 @@ TEST(Catalog, OfKwbatchFitsItsSourcesInEachLanguage) {
   for (const std::string language :
        {"", "French/", "German/", "Italian/", "Japanese/", "Korean/", "Simplified_Chinese/"}) {
     const std::string path = SOURCE_DIR "/resources/msgcatalog/" + language + "kwbatch.msg";
-    if (!language.empty() && !std::filesystem::exists(path)) continue;
     const std::string catalog = Read(path);
     CheckCatalog(catalog, keys, &problems);
     for (const auto& [key, text] : ReadLines(catalog, &problems)) {
-      if ((text == english[key]) != language.empty())
+      // A word may be the same in two languages.
+      const bool same = text == english[key];
+      const bool sentence = text.find(' ') != std::string::npos;
+      if (language.empty() ? !same : same && sentence)
         problems.push_back(key + ": is not English, or still");
       if (Ends(text) != Ends(english[key])) problems.push_back(key + ": begins or ends otherwise");
     }
