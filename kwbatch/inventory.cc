@@ -13,6 +13,7 @@
 #include "medium.h"
 #include "pointers.h"
 #include "refusal.h"
+#include "removal.h"
 #include "tree.h"
 #include "unfinished.h"
 
@@ -116,7 +117,7 @@ SystemInventory InstalledSystemIn(const std::string& tree, const std::string& di
   const auto toc = OpenInstalled(dir);
   const char* os = toc == nullptr ? nullptr : toc->GetOS();
   system.name = dir != tree ? fs::path(dir).filename().string() : os != nullptr ? os : "";
-  system.state = Exists(tree + "/" + kUninstalling)         ? "uninstalling"
+  system.state = IsBeingRemoved(tree)                       ? "uninstalling"
                  : Unfinished::Forbidding(dir, dir == tree) ? "unfinished"
                                                             : "complete";
   TakeTable(dir + "/" + kPresent, "committed", system);

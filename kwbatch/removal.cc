@@ -96,8 +96,10 @@ void Remove(const Removal& removal, bool purge) {
 
 std::string RemovalRecord(const std::string& target) { return target + "/" + kUninstalling; }
 
+bool IsBeingRemoved(const std::string& target) { return !TextOf(RemovalRecord(target)).empty(); }
+
 void RequireNoRemoval(const std::string& target) {
-  if (!Exists(RemovalRecord(target))) return;
+  if (!IsBeingRemoved(target)) return;
   throw Refusal(Text("BeingUninstalled",
                      "The tree in {1} is being uninstalled. Repeat uninstall first.\n", {target}));
 }

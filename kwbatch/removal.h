@@ -45,6 +45,10 @@ void Remove(const Removal& removal, bool purge);
 /// The path of the record that says that a tree is being taken away. It goes last.
 std::string RemovalRecord(const std::string& target);
 
+/// Is the target being taken away? An empty record, as a power cut may leave one that nothing has
+/// followed yet, does not say so.
+bool IsBeingRemoved(const std::string& target);
+
 /// Throws a Refusal when the target is being taken away.
 void RequireNoRemoval(const std::string& target);
 

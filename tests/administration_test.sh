@@ -124,6 +124,10 @@ mkdir -p "$system/resources/msgcatalog/Italian/Drafting.msg/directory"
 expect_refusal 'Drafting.msg cannot be deleted' uninstall "$tree"
 expect_text 'pkill -HUP'
 expect_refusal 'Repeat uninstall' verify "$tree"
+mv "$tree/Uninstall.unfinished" "$work/record"
+: >"$tree/Uninstall.unfinished"
+expect_refusal 'is damaged' verify "$tree"
+mv "$work/record" "$tree/Uninstall.unfinished"
 rm -r "$system/resources/msgcatalog/Italian/Drafting.msg"
 expect_json 0 "/kept=[\"$system/code/site\",\"$system/code/bin/TEVDrafting.site\"]" uninstall "$tree"
 printf 'ftp stream tcp nowait root /ftpd\r\n#end' | diff - "$work/etc/real" || fail 'inetd.conf'
