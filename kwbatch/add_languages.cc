@@ -126,8 +126,9 @@ bool AddLanguages(const Medium& medium, const std::string& target, int languages
 void Languages(const Options& options) {
   Request request = RequestOf(options);
   request.languages = options.Text(option::kAdd);
-  if (request.languages.empty())
+  if (request.languages.empty()) {
     throw UsageError(Text("LanguagesNeedsAdd", "languages needs --add"));
+  }
   const int languages = *ChosenLanguages(request);
   const Lock lock(request.target, Lock::Kind::kWriting, request);
   const std::vector<Medium> media = OpenMedium(request.medium, request.os);
@@ -144,6 +145,7 @@ void Languages(const Options& options) {
     added = AddLanguages(medium, request.target, languages, log) || added;
   }
   log.Succeeded();
-  if (!added)
+  if (!added) {
     throw NothingToDo(Text("LanguagesInstalled", "The languages are installed already.\n"));
+  }
 }

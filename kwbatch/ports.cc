@@ -267,9 +267,10 @@ void Register(const Registration& registration, Log& log) {
   if (has_ports) WritePorts(registration.ports, log);
   if (has_daemon && !Exists(SystemFile(kInetd))) {
     Say(Text("NoInetd", "There is no inetd on this machine, so the daemon is not registered."));
-    if (Exists(UnitDirectory()))
+    if (Exists(UnitDirectory())) {
       Say(Text("RegisterForSystemd",
                "To register it for systemd: kwbatch register TARGET --systemd"));
+    }
     return;
   }
   if (has_daemon) WriteDaemon(registration.daemon, log);
