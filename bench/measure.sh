@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# measure.sh [PART]: measures the build of the preset "release", and puts the table into
-# docs/performance.md; with a part of a line's name, prints that line only.
+# measure.sh [PART]: measures the build of the preset "release", and puts the tables into
+# docs/performance.md, with their picture; with a part of a line's name, prints that line only, with
+# "commands" the whole commands.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 release=build/release
@@ -8,12 +9,17 @@ release=build/release
 work=$(mktemp -d "${TMPDIR:-/dev/shm}/kwinst-bench-XXXXXX")
 trap 'rm -rf "$work"' EXIT
 
-# What a table was measured with, and what is no line of it.
-facts() {
-  local library
+# What a table was measured with.
+machine() {
   echo "Commit $(git describe --always --dirty 2>/dev/null || echo unknown), $(date -u +%F);" \
     "$(nproc) processors, $(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | sort -u);" \
     "Linux $(uname -r), files in $(stat -f -c %T "$work"); load $(cut -d' ' -f1 /proc/loadavg)."
+}
+
+# The same, and what is no line of the table.
+facts() {
+  local library
+  machine
   echo
   for _ in {1..11}; do "$release/bench/load" "$release/src/libKWINSTUTIL.so"; done | sort -n |
     sed -n '6s/.*/From dlopen to the end of the first call it takes & µs (the median of 11)./p'
@@ -24,12 +30,26 @@ facts() {
   done
 }
 
-TMPDIR=$work "$release/bench/benchmarks" "$@" >"$work/table"
-if (($#)); then
-  cat "$work/table"
-  exit
+# publish MARK FILE: puts the file behind the mark, in place of what is there up to the end.
+publish() {
+  { echo && cat "$2" && echo; } >"$work/result"
+  sed -i -e "/^<!-- $1 -->$/,/^<!-- end -->$/{//!d}" -e "/^<!-- $1 -->$/r $work/result" \
+    docs/performance.md
+  cat "$2"
+}
+
+if [[ ${1-} == commands || $# == 0 ]]; then
+  TMPDIR=$work bench/commands.sh >"$work/table"
+  { cat "$work/table" && echo && machine; } >"$work/commands"
+  publish commands "$work/commands"
 fi
-{ echo && cat "$work/table" && echo && facts && echo; } >"$work/result"
-sed -i -e '/^<!-- measured -->$/,/^<!-- end -->$/{//!d}' \
-  -e "/^<!-- measured -->$/r $work/result" docs/performance.md
-cat "$work/result"
+if [[ ${1-} != commands ]]; then
+  TMPDIR=$work "$release/bench/benchmarks" "$@" >"$work/table"
+  if (($#)); then
+    cat "$work/table"
+    exit
+  fi
+  { cat "$work/table" && echo && facts; } >"$work/library"
+  publish measured "$work/library"
+fi
+bench/picture.sh

@@ -10,6 +10,7 @@
 #include <set>
 #include <sstream>
 
+#include "archive_reader.h"
 #include "files.h"
 #include "formats.h"
 #include "interruption.h"
@@ -42,45 +43,18 @@ std::string ReadingCommand(const std::string& archive) {
   return program + (program == "cat" ? " " : " -d -c ") + archive;
 }
 
-/// The member in a line of tar: "MODE OWNER SIZE DATE TIME PATH". What a link leads to follows its
-/// path; devices have no size.
-Member MemberIn(const std::string& line) {
-  std::istringstream fields(line);
-  std::string mode;
-  std::string text;
-  Member member{"", 0};
-  fields >> mode >> text >> text;
-  if (text.find(',') == std::string::npos) member.size = std::strtoull(text.c_str(), nullptr, 10);
-  fields >> text >> text;
-  fields.get();
-  std::getline(fields, member.path);
-  const char* link = mode[0] == 'l' ? " -> " : mode[0] == 'h' ? " link to " : nullptr;
-  if (link != nullptr) member.path.resize(std::min(member.path.find(link), member.path.size()));
-  return member;
-}
-
-/// A pipe has the status of its last program only, and tar is content with an archive that ends
-/// between two members. So each failure is noted, and the archive's last block kept, which must be
-/// empty.
 std::vector<Member> ReadMembers(const std::string& archive) {
   SafePoint();
   RequireReadable(archive);
   RequireProgram("tar");
   RequireProgram(UnpackingProgram(archive));
-  const TemporaryDirectory temp;
-  const bool read =
-      RunShell("cd " + temp.path() + " && mkfifo copy && { tail -c 512 copy >last & { " +
-               ReadingCommand(archive) + " || echo >unread; } | tee copy | " +
-               "TAR_OPTIONS=\"$TAR_OPTIONS --quoting-style=literal --numeric-owner\" LC_ALL=C "
-               "tar -tvf - >members || echo >unread; wait; }");
-  const std::string last = TextOf(temp.path() + "/last");
-  if (!read || IsThere(temp.path() + "/unread") || last != std::string(512, '\0')) {
+  ArchiveReader reader(archive);
+  // The name of the archive decides what unpacks it.
+  if (reader.IsMadeByCompress() != IsCompressed(archive)) {
     throw Refusal(Text("ArchiveDamaged", "The archive {1} is damaged or cut off.\n", {archive}));
   }
   std::vector<Member> members;
-  for (const std::string& line : LinesOf(temp.path() + "/members")) {
-    members.push_back(MemberIn(line));
-  }
+  for (ArchiveMember member; reader.Next(member);) members.push_back({member.path, member.size});
   return members;
 }
 

@@ -86,6 +86,8 @@ bool ArchiveReader::Next(ArchiveMember& member) {
   }
   if (status != ARCHIVE_OK) Fail(tar_);
   const char* path = archive_entry_pathname(entry_);
+  // Some archives say that a name is UTF-8, which not every locale can express.
+  if (path == nullptr) path = archive_entry_pathname_utf8(entry_);
   const char* link = archive_entry_symlink(entry_);
   if (link == nullptr) link = archive_entry_hardlink(entry_);
   member.path = path != nullptr ? path : "";

@@ -20,17 +20,47 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// Keeps the directory of the latest file open: mostly the next file is there, too.
+class LatestDirectory {
+ public:
+  explicit LatestDirectory(std::string dir) : dir_(std::move(dir)) {}
+  LatestDirectory(const LatestDirectory&) = delete;
+  LatestDirectory& operator=(const LatestDirectory&) = delete;
+  ~LatestDirectory() { Close(); }
+
+  /// The directory of a file below `dir`, as OpenDirectoryOf gives it.
+  int Of(const std::string& file) {
+    const std::string name = file.substr(0, file.rfind('/') + 1);
+    if (at_ < 0 || name != name_) {
+      Close();
+      at_ = OpenDirectoryOf(dir_, file);
+      name_ = name;
+    }
+    return at_;
+  }
+
+  const std::string& dir() const { return dir_; }
+
+ private:
+  void Close() {
+    if (at_ >= 0) close(std::exchange(at_, -1));
+  }
+
+  std::string dir_;
+  std::string name_;
+  int at_ = -1;
+};
+
 /// Deletes a file, or with AT_REMOVEDIR a directory if it is empty.
-void DeleteIn(const std::string& dir, const std::string& file, int flags) {
-  const int at = OpenDirectoryOf(dir, file);
+void DeleteIn(LatestDirectory& latest, const std::string& file, int flags) {
+  const int at = latest.Of(file);
   if (at < 0) return;
-  const bool gone = unlinkat(at, fs::path(file).filename().c_str(), flags) == 0;
+  const bool gone = unlinkat(at, file.c_str() + file.rfind('/') + 1, flags) == 0;
   const int error = errno;
-  close(at);
   // A directory may hold what is kept, or be a mount.
   if (gone || error == ENOENT || flags == AT_REMOVEDIR) return;
   throw Refusal(Text("FileNotDeletedFor", "The file {1} cannot be deleted: {2}.\n",
-                     {dir + "/" + file, std::strerror(error)}));
+                     {latest.dir() + "/" + file, std::strerror(error)}));
 }
 
 /// Renames a file to another name in its directory.
@@ -70,15 +100,16 @@ void Purge(int at, const std::string& but) {
 
 void RemoveFrom(const RemovalFrom& part, bool purge) {
   for (const auto& [file, name] : part.site_files) RenameIn(part.dir, file, name);
+  LatestDirectory latest(part.dir);
   for (const std::string& file : part.files) {
     SafePoint();
-    DeleteIn(part.dir, file, 0);
+    DeleteIn(latest, file, 0);
   }
-  for (const std::string& dir : part.Directories()) DeleteIn(part.dir, dir, AT_REMOVEDIR);
+  for (const std::string& dir : part.Directories()) DeleteIn(latest, dir, AT_REMOVEDIR);
   if (purge) Purge(OpenDirectoryOf(part.dir, "."), kControl);
-  for (const std::string& file : part.records) DeleteIn(part.dir, file, 0);
+  for (const std::string& file : part.records) DeleteIn(latest, file, 0);
   if (purge) Purge(OpenDirectoryOf(part.dir, std::string(kControl) + "/."), "");
-  DeleteIn(part.dir, kControl, AT_REMOVEDIR);
+  DeleteIn(latest, kControl, AT_REMOVEDIR);
 }
 
 }  // namespace
