@@ -163,6 +163,9 @@ void RequireSuccessor(const Edition& from, const Edition& to, const UpdateReques
 }  // namespace
 
 void MakeServicePack(const UpdateRequest& request) {
+  // What is wrong on the command line is said before anything is unpacked.
+  LineOf("code:SPK:" + request.name + ":level=" + request.level);
+  for (const std::string& program : request.post_programs) SourceOf(program, program);
   const Staging staging(request.medium);
   const auto former = OpenEditions({request.from, request.os, request.ga}, staging, "from");
   const auto present = OpenEditions({request.to, request.os, request.ga}, staging, "to");
@@ -192,6 +195,10 @@ void MakeServicePack(const UpdateRequest& request) {
 }
 
 void MakeHotFix(const UpdateRequest& request) {
+  LineOf("code:SPK:" + request.pack + ":level=" + request.pack_level);
+  const std::string line =
+      LineOf("code:HFX:" + request.name + (request.level.empty() ? "" : ":level=" + request.level))
+          .Text();
   const Staging staging(request.medium);
   std::vector<SystemMedium> systems;
   for (const Edition& edition :
@@ -205,9 +212,6 @@ void MakeHotFix(const UpdateRequest& request) {
       }
       files.push_back(*known);
     }
-    const std::string line = LineOf("code:HFX:" + request.name +
-                                    (request.level.empty() ? "" : ":level=" + request.level))
-                                 .Text();
     systems.push_back(MediumOf(request, edition, request.name,
                                HeadLine("SPK", request.pack, request.pack_level, edition), line,
                                std::move(files)));

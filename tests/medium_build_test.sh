@@ -125,6 +125,10 @@ expect_no_medium '  resources/graphic/icon002.dat' "${pack[@]}" "${trees[@]}" ou
 trees+=(--leave-removed)
 expect_no_medium '  resources/msgcatalog/French/BASE.msg' "${pack[@]}" "${trees[@]}" out
 expect_no_medium 'Nothing has changed' "${pack[@]}" --from tree --to tree out
+# A wrong level is found before anything is unpacked.
+expect_no_medium 'no number above 0' service-pack --from ga --to ga --name SP1 --level x out
+expect_no_medium 'no number above 0' hot-fix --from ga --name HF1 --pack SP1 --pack-level 0 out code/bin/TEVModeler
+grep Unpacking output && fail 'unpacked in vain'
 make pack "${pack[@]}" "${trees[@]}" --leave-languages
 printf '%s\n' code:SPK:SP1:os=aix_a:ga=R12:level=1 code:FSP:SP1-BASE code:FSP:SP1-Modeler | diff - pack/TOC
 run 0 service-pack "$work/pack" "$work/tree"
