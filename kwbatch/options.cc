@@ -68,6 +68,8 @@ void AddAnswerFiles(CLI::App* app, CommandLine& line) {
 }
 
 void SetWording(CLI::App& app) {
+  // Also those of CLI11 and the files of answers, which no table has.
+  app.option_defaults()->group(OptionGroups().front().title);
   app.set_help_flag("-h,--help", Text("HelpHelp", "print this help"));
   CLI::FormatterBase& help = *app.get_formatter();
   help.column_width(34);
