@@ -82,6 +82,8 @@ void SetWording(CLI::App& app) {
 void AddCommand(CLI::App& app, const Command& command, CommandLine& line) {
   CLI::App* sub =
       app.add_subcommand(command.name.text, command.help)->group(Text("HelpCommands", "Commands"));
+  // It does not take the group from the defaults.
+  sub->get_help_ptr()->group(OptionGroups().front().title);
   for (const WordName word : command.words) {
     const auto store = [&line, word](const std::string& text) { line.words[word.text] = text; };
     const auto store_all = [&line](const std::vector<std::string>& all) { line.files = all; };
