@@ -104,11 +104,9 @@ bool AddLanguages(const Medium& medium, const std::string& target, int languages
   for (const Part& part : parts) {
     SafePoint();
     Unpack(part, target);
-    const std::string text =
-        Text("LanguageFilesInstalled", "{1} ({2}): the files of the languages are installed.",
-             {part.package, medium.os});
-    SayDone(text);
-    log.Write(text + "\n");
+    Tell(Text("LanguageFilesInstalled", "{1} ({2}): the files of the languages are installed.",
+              {part.package, medium.os}),
+         log);
   }
   RecordLanguages(medium, target, before | languages);
   SyncFileSystem(system_dir);

@@ -127,7 +127,7 @@ bool AppendToFile(const std::string& path, const std::string& text) {
   return static_cast<bool>(file.flush());
 }
 
-void MakeDirectory(const std::string& path) {
+void MakeDirectories(const std::string& path) {
   std::string dir = path;
   if (TEVInsCreateDirectory(dir.data()) == 0) return;
   throw Refusal(Text("DirectoryNotMade", "The directory {1} cannot be made.\n", {path}));

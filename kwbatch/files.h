@@ -53,7 +53,7 @@ void SyncFileSystem(const std::string& dir);
 bool AppendToFile(const std::string& path, const std::string& text);
 
 /// Makes a directory and those above it that do not exist. Throws a Refusal.
-void MakeDirectory(const std::string& path);
+void MakeDirectories(const std::string& path);
 
 /// Makes a file of this text and a newline, in place of earlier content. Throws a Refusal in the
 /// library's words.

@@ -78,7 +78,7 @@ void MakeTree(const Plan& plan, const LanguagesBySystem& languages) {
   const Request& request = plan.request;
   for (const Medium& medium : plan.media) {
     const std::string system_dir = SystemDir(medium, request.target);
-    MakeDirectory(system_dir + "/" + kControl);
+    MakeDirectories(system_dir + "/" + kControl);
     if (!AppendToFile(system_dir + "/" + kPresent, "")) {
       throw CannotWrite(system_dir + "/" + kPresent);
     }

@@ -96,7 +96,7 @@ Lock::~Lock() {
 
 void Lock::MakeDirectory() {
   if (file_ >= 0) return;
-  ::MakeDirectory(dir_);
+  MakeDirectories(dir_);
   Take(Kind::kWriting, 0);
   if (fs::is_empty(dir_)) return;
   throw Refusal(

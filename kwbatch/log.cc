@@ -14,6 +14,7 @@
 #include "files.h"
 #include "formats.h"
 #include "interruption.h"
+#include "json.h"
 #include "paths.h"
 #include "refusal.h"
 #include "texts.h"
@@ -113,6 +114,11 @@ void Log::TakeErrors(std::string target) {
 }
 
 void Log::Succeeded() { succeeded_ = true; }
+
+void Tell(const std::string& text, Log& log) {
+  SayDone(text);
+  log.Write(text + "\n");
+}
 
 const std::string& LogPath() { return log_path; }
 

@@ -38,6 +38,9 @@ class Log {
   bool succeeded_ = false;
 };
 
+/// Says and logs what the command has done.
+void Tell(const std::string& text, Log& log);
+
 /// The path of the log that was opened last; empty without one.
 const std::string& LogPath();
 

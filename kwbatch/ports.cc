@@ -163,12 +163,6 @@ Ports ChoosePorts(const PortWishes& wishes) {
   return chosen;
 }
 
-/// Says and logs what was done.
-void Tell(const std::string& text, Log& log) {
-  SayDone(text);
-  log.Write(text + "\n");
-}
-
 void WritePorts(const Ports& ports, Log& log) {
   TEVUnicodeString message;
   std::string services = SystemFile(kServices);

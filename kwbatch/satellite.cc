@@ -37,7 +37,7 @@ std::vector<Member> SatelliteMembers(const std::string& medium) {
 
 void InstallSatellite(const std::string& medium, const std::string& target, bool registered) {
   const std::string dir = target + "/" + kSatelliteDirectory;
-  MakeDirectory(dir);
+  MakeDirectories(dir);
   // Nothing else tells later which files are the satellite's.
   const std::string archive = MediumPath(medium) + "/" + kSatelliteArchive;
   std::string list;

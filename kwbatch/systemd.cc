@@ -18,12 +18,6 @@
 
 namespace {
 
-/// Says and logs what was done.
-void Tell(const std::string& text, Log& log) {
-  SayDone(text);
-  log.Write(text + "\n");
-}
-
 SystemLines LinesNow(const std::string& target) {
   return LinesOfTree(target, SystemDirsIfAny(target, ""));
 }

@@ -13,9 +13,10 @@ namespace {
 std::string WithoutTarErrors(const TEVUnicodeString& message, const std::string& target) {
   std::string text = message.ConvertToChar();
   const size_t begin = text.find(" >" + target + "/" + kTarErrors);
-  constexpr char kEnd[] = "2>&1";
-  const size_t end = text.find(kEnd, begin);
-  return end == std::string::npos ? text : text.erase(begin, end + std::strlen(kEnd) - begin);
+  constexpr char kRedirection[] = "2>&1";
+  const size_t end = text.find(kRedirection, begin);
+  return end == std::string::npos ? text
+                                  : text.erase(begin, end + std::strlen(kRedirection) - begin);
 }
 
 }  // namespace

@@ -121,9 +121,7 @@ void TakeOut(const SystemLines& lines, Log& log) {
     SafePoint();
     const std::string path = SystemFile(name);
     RemoveLines(path, *list);
-    const std::string text = LinesTakenOut(path);
-    SayDone(text);
-    log.Write(text + "\n");
+    Tell(LinesTakenOut(path), log);
   }
   if (!lines.inetd.empty()) TellHowInetdReads();
   TakeOutUnits(lines.units, log);
