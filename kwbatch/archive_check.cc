@@ -124,8 +124,9 @@ void ArchiveCheck::WarnOfMode(const std::string& path, mode_t mode) {
     Warn(Text("WarningSetId", "{1}: runs with the rights of its owner or group", {path}));
   }
   if ((mode & S_IWOTH) != 0) Warn(Text("WarningWritable", "{1}: everybody may write it", {path}));
-  if ((mode & kReadable) != kReadable)
+  if ((mode & kReadable) != kReadable) {
     Warn(Text("WarningUnreadable", "{1}: not everybody may read it", {path}));
+  }
 }
 
 void ArchiveCheck::Take(ArchiveReader& reader, const ArchiveMember& member) {
@@ -146,8 +147,9 @@ void ArchiveCheck::Take(ArchiveReader& reader, const ArchiveMember& member) {
 
 /// Two lines for each file: its path; its mode, size and checksum.
 void ArchiveCheck::ReadManifest() {
-  if (files_.count(list_) == 0)
+  if (files_.count(list_) == 0) {
     return Fault(Text("FaultNoManifest", "the manifest {1} is missing", {list_}));
+  }
   std::istringstream text(texts_[list_]);
   std::string path;
   std::string numbers;
@@ -199,15 +201,17 @@ void ArchiveCheck::CompareFiles() {
 }
 
 void ArchiveCheck::CheckTable() {
-  if (files_.count(table_) == 0)
+  if (files_.count(table_) == 0) {
     return Fault(Text("FaultNoTable", "the table {1} is missing", {table_}));
+  }
   std::set<std::string> lines;
   std::istringstream text(texts_[table_]);
   for (std::string line; std::getline(text, line);) {
     if (!line.empty() && line[0] != '#') lines.insert(line);
   }
-  if (lines != archive_.table)
+  if (lines != archive_.table) {
     Fault(Text("FaultOtherTable", "{1}: is not what the medium's table says", {table_}));
+  }
 }
 
 void ArchiveCheck::CheckPrograms() {

@@ -59,8 +59,9 @@ class MediumCheck {
 
 void MediumCheck::CheckTable() {
   ReadTable();
-  if (lines_.empty())
+  if (lines_.empty()) {
     return Fault(Text("FaultNoLines", "{1}: no line can be used", {kMediumTable}));
+  }
   CheckLines();
   CheckLevels();
   CheckKinds();
@@ -81,8 +82,9 @@ void MediumCheck::ReadTable() {
     try {
       const auto line = ParsePackageLine(text);
       if (!line) continue;
-      if (!texts_.emplace(line->name, text).second)
+      if (!texts_.emplace(line->name, text).second) {
         throw Refusal(Text("NameTwice", "The name is there twice.\n"));
+      }
       lines_.push_back(*line);
     } catch (const Refusal& refusal) {
       Fault(place + ReasonOf(refusal));
@@ -103,9 +105,10 @@ void MediumCheck::CheckLines() {
       Fault(Text("FaultKeysDiffer", "{1}: the lines differ in {2}=", {kMediumTable, key}));
     } else if (std::string(key) == "os") {
       if (os_.empty()) os_ = *values.begin();
-      if (os_ != *values.begin())
+      if (os_ != *values.begin()) {
         Fault(Text("FaultOtherSystem", "{1}: is for {2}, not {3}",
                    {kMediumTable, *values.begin(), os_}));
+      }
     }
   }
 }
@@ -117,9 +120,10 @@ void MediumCheck::CheckLevels() {
     const std::string place = std::string(kMediumTable) + ": " + line.name;
     if (line.kind == SPK || line.kind == HFX) {
       int& level = levels[line.kind];
-      if (LevelOf(line) <= level)
+      if (LevelOf(line) <= level) {
         Fault(Text("FaultLevelOrder", "{1}: its level is not above that of the line before",
                    {place}));
+      }
       level = std::max(level, LevelOf(line));
     }
     if ((line.kind == FSP || line.kind == HFX) && levels.count(SPK) == 0) {
@@ -152,12 +156,14 @@ void MediumCheck::CheckComponent(const PackageLine& line) {
       line.kind == SPK &&
       std::any_of(lines_.begin(), lines_.end(), [](const PackageLine& l) { return l.kind == HFX; });
   const std::string path = ArchiveOf(dir_, line.name);
-  if (path.empty() && line.kind != FSP && !header)
+  if (path.empty() && line.kind != FSP && !header) {
     return Fault(Text("FaultMissing", "{1}: is missing", {line.name}));
+  }
   if (path.empty()) return;
   known_.insert(fs::path(path).filename());
-  if (line.kind == FSP || header)
+  if (line.kind == FSP || header) {
     return Warn(Text("WarningNotUnpacked", "{1}: is never unpacked", {line.name}));
+  }
   Say("  " + path);
   ArchiveToCheck archive{path,
                          line.name,
@@ -183,8 +189,9 @@ void CheckSatellite(const std::string& dir, Findings& findings) {
   const std::string space = dir + "/LFSFS";
   uint64_t kilobytes = 0;
   std::istringstream text(TextOf(space));
-  if (!(text >> kilobytes))
+  if (!(text >> kilobytes)) {
     findings.faults.push_back(Text("FaultNoSpace", "{1}: does not begin with a number", {space}));
+  }
   try {
     ArchiveReader reader(dir + "/" + kSatelliteArchive);
     for (ArchiveMember member; reader.Next(member);) {
@@ -211,10 +218,12 @@ std::vector<std::string> SystemsToCheck(const std::string& dir, Findings& findin
       systems.push_back(word);
     }
   }
-  if (systems.size() > kMostSystems)
+  if (systems.size() > kMostSystems) {
     findings.faults.push_back(Text("FaultManySystems", "{1}: more than four systems", {list}));
-  if (systems.empty())
+  }
+  if (systems.empty()) {
     findings.faults.push_back(Text("FaultNoSystems", "{1}: there is nothing to install", {list}));
+  }
   return systems;
 }
 

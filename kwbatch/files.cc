@@ -116,9 +116,10 @@ void WriteDurably(const std::string& path, const std::string& text) {
 void DeleteUnwritten(const std::string& path) { Delete(path + ".new"); }
 
 void SyncFileSystem(const std::string& dir) {
-  if (!Sync(dir, syncfs))
+  if (!Sync(dir, syncfs)) {
     throw Refusal(
         Text("DiskNotWritten", "The disk of {1} does not take what is written.\n", {dir}));
+  }
 }
 
 bool AppendToFile(const std::string& path, const std::string& text) {
@@ -185,8 +186,9 @@ void TemporaryDirectory::DeleteLeftovers() {
 }
 
 TemporaryDirectory::TemporaryDirectory() : path_(std::string(kTemporary) + "XXXXXX") {
-  if (mkdtemp(path_.data()) == nullptr)
+  if (mkdtemp(path_.data()) == nullptr) {
     throw Refusal(Text("NoTemporaryDirectory", "No temporary directory can be made.\n"));
+  }
   lock_ = LockDirectory(path_);
 }
 

@@ -56,8 +56,9 @@ bool IsOfLanguage(const std::string& path) {
 }
 
 std::string WhyNotInUpdate(const std::string& path, mode_t mode) {
-  if (!S_ISREG(mode))
+  if (!S_ISREG(mode)) {
     return Text("ReasonNotRegular", "is no regular file, which could not be taken back");
+  }
   const auto first = static_cast<unsigned char>(path.empty() ? '-' : path[0]);
   if (path.find(' ') != std::string::npos || std::isdigit(first) != 0 || first == '-' ||
       first == '+') {

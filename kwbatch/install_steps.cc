@@ -104,7 +104,8 @@ void InstallSteps(const Options& options) {
     Say(Text("Step", "Step: {1}", {medium}));
     changed = InstallStep(options.ForMedium(medium, target)) || changed;
   }
-  if (!changed)
+  if (!changed) {
     throw NothingToDo(
         Text("AllMediaInstalled", "All media are installed in {1} already.\n", {target}));
+  }
 }

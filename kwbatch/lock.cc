@@ -76,8 +76,9 @@ void Lock::Take(Kind kind, int wait) {
   const int operation = (kind == Kind::kReading ? LOCK_SH : LOCK_EX) | LOCK_NB;
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(wait);
   while (flock(file_, operation) != 0) {
-    if (errno != EWOULDBLOCK)
+    if (errno != EWOULDBLOCK) {
       throw Refusal(Text("DirectoryNotLocked", "The directory {1} cannot be locked.\n", {dir_}));
+    }
     const pid_t holder = HolderOf(file_);
     // The scratch directory may be the tree.
     if (holder == getpid()) return;

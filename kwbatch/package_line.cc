@@ -100,8 +100,9 @@ std::optional<PackageLine> ParsePackageLine(const std::string& text) {
   const std::string line =
       !text.empty() && text.back() == '\r' ? text.substr(0, text.size() - 1) : text;
   if (line.find_first_not_of(" \t") == std::string::npos || line[0] == '#') return std::nullopt;
-  if (!IsText(line))
+  if (!IsText(line)) {
     throw Refusal(Text("LineNoText", "The line is not UTF-8, or has control characters.\n"));
+  }
   std::istringstream fields(line);
   std::string type;
   std::string kind;

@@ -137,8 +137,9 @@ int FreePort(int wanted, bool given, bool next_free, std::set<int>& chosen, IsOw
 void RequireLegal(Ports ports) {
   TEVUnicodeString message;
   bool legal = true;
-  for (const int* port : InOrder(ports))
+  for (const int* port : InOrder(ports)) {
     legal = CheckValuePortMinMax(*port, &message) == 1 && legal;
+  }
   if (!legal) throw Refused(message);
 }
 

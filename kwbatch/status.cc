@@ -61,6 +61,7 @@ void ShowUpdates(const std::string& line, const std::string& pointer,
 
 std::string Joined(const std::vector<UpdateState>& updates) {
   std::vector<std::string> texts;
+  texts.reserve(updates.size());
   for (const UpdateState& update : updates) {
     texts.push_back(Text("StatusUpdate", "{1} (level {2}, {3})",
                          {update.name, update.level, Shown(update.state)}));
