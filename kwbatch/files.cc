@@ -22,6 +22,15 @@
 
 namespace {
 
+/// A file that does not exist reads as an empty one. Throws a Refusal for one that cannot be
+/// opened.
+std::ifstream OpenToRead(const std::string& path) {
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  if (!file.is_open() && errno != ENOENT && errno != ENOTDIR) throw CannotRead(path);
+  return file;
+}
+
 /// Opens what is there and has it written to the disk by `sync`.
 bool Sync(const std::string& path, int (*sync)(int)) {
   const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
@@ -140,14 +149,21 @@ void WriteLine(std::string path, std::string text) {
 }
 
 std::string TextOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::ifstream file = OpenToRead(path);
+  std::string text;
+  char part[4096];
+  while (file.read(part, sizeof(part)) || file.gcount() > 0) {
+    text.append(part, static_cast<size_t>(file.gcount()));
+  }
+  if (file.bad()) throw CannotRead(path);
+  return text;
 }
 
 std::vector<std::string> LinesOf(const std::string& path) {
   std::vector<std::string> lines;
-  std::ifstream file(path);
+  std::ifstream file = OpenToRead(path);
   for (std::string line; std::getline(file, line);) lines.push_back(line);
+  if (file.bad()) throw CannotRead(path);
   return lines;
 }
 

@@ -59,10 +59,11 @@ void MakeDirectories(const std::string& path);
 /// library's words.
 void WriteLine(std::string path, std::string text);
 
-/// The content of a file; empty when it cannot be read.
+/// The content of a file; empty when it does not exist. Throws a Refusal when it cannot be read.
 std::string TextOf(const std::string& path);
 
-/// The lines of a file without their newlines; none when it cannot be read.
+/// The lines of a file without their newlines; none when it does not exist. Throws a Refusal when
+/// it cannot be read.
 std::vector<std::string> LinesOf(const std::string& path);
 
 /// Opens the directory of a file below `dir` without following a link there. -1 when it does not

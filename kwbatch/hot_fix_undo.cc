@@ -72,7 +72,13 @@ void SetAsideAgain(Pack& pack) {
 }
 
 void ForgetUndo(const Pack& pack) {
+  const std::string dir = UndoDirectory(pack.system_dir, pack.journal.pack);
   std::error_code failed;
-  fs::remove_all(UndoDirectory(pack.system_dir, pack.journal.pack), failed);
+  fs::remove_all(dir, failed);
+  if (failed) {
+    throw Refusal(Text("DirectoryNotDeleted", "The directory {1} cannot be deleted: {2}.\n",
+                       {dir, failed.message()}));
+  }
+  // Others may be kept there.
   fs::remove(pack.In(kUndoFiles), failed);
 }

@@ -19,7 +19,7 @@ bool CanBeUndone(const std::string& system_dir, const std::string& name);
 /// is written, then the files are set aside again.
 void SetAsideAgain(Pack& pack);
 
-/// Deletes what was kept for a hot fix that is taken back.
+/// Deletes what was kept for a hot fix that is taken back. Throws a Refusal when it stays.
 void ForgetUndo(const Pack& pack);
 
 #endif  // KWBATCH_HOT_FIX_UNDO_H_

@@ -59,7 +59,16 @@ std::optional<int> ChosenLanguages(const Request& request) {
 }
 
 int InstalledLanguages(const Medium& medium, std::string target) {
-  return IsSdk(medium) ? kEverything : TEVInsInitChosenLang(target.data(), medium.os.c_str());
+  if (IsSdk(medium)) return kEverything;
+  const int languages = TEVInsInitChosenLang(target.data(), medium.os.c_str());
+  // For the library, a file that cannot be read names none.
+  const std::string path = SystemDir(medium, target) + "/" + kLanguageRecord;
+  for (const std::string& line : LinesOf(path)) {
+    for (const auto& [name, bit] : kLanguages) {
+      if (line == name && (languages & bit) == 0) throw CannotRead(path);
+    }
+  }
+  return languages;
 }
 
 int LanguagesToInstall(const Medium& medium, const std::string& target, std::optional<int> chosen) {

@@ -28,14 +28,22 @@ struct Difference {
   std::vector<std::string> of_languages;
 };
 
+void RequireRead(const std::ifstream& file, const Source& source) {
+  if (!file.is_open() || file.bad()) throw Refusal(source.origin + " cannot be read.\n");
+}
+
 bool HasSameContent(const Source& a, const Source& b) {
   if (S_ISLNK(a.info.st_mode)) return fs::read_symlink(a.origin) == fs::read_symlink(b.origin);
   std::ifstream first(a.origin, std::ios::binary);
   std::ifstream second(b.origin, std::ios::binary);
   std::vector<char> blocks[] = {std::vector<char>(1 << 16), std::vector<char>(1 << 16)};
+  RequireRead(first, a);
+  RequireRead(second, b);
   while (first && second) {
     first.read(blocks[0].data(), static_cast<std::streamsize>(blocks[0].size()));
     second.read(blocks[1].data(), static_cast<std::streamsize>(blocks[1].size()));
+    RequireRead(first, a);
+    RequireRead(second, b);
     const auto count = first.gcount();
     if (count != second.gcount() ||
         !std::equal(blocks[0].begin(), blocks[0].begin() + count, blocks[1].begin())) {
