@@ -46,7 +46,7 @@ fetch_libraries() {
     -o "Dir::State=$apt" -o "Dir::State::status=$apt/status" -o "Dir::Cache=$apt/cache"
     -o Debug::NoLocking=1 -o APT::Sandbox::User= -o APT::Install-Recommends=0)
   "${get[@]}" update
-  "${get[@]}" -y --download-only install libarchive-dev libstdc++6
+  "${get[@]}" -y --download-only install libarchive-dev libstdc++6 libc-bin
   for package in "$apt"/cache/archives/*.deb; do dpkg-deb --extract "$package" "$system"; done
   # Where everything is below "usr", links lead there.
   for package in lib lib64; do
