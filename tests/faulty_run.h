@@ -12,12 +12,14 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <string>
 #include <utility>
@@ -65,8 +67,15 @@ class FaultyRun {
  public:
   /// How the call goes wrong, besides with an errno: so do all later calls of that number and all
   /// of programs; all processes are killed before it; after it, and after half of it if it writes;
-  /// before it, and only calls count that may change a file.
-  enum Effect : int { kForEver = 1 << 16, kKilled = -1, kTorn = -2, kKilledBeforeChange = -3 };
+  /// before it, and only calls count that may change a file; the disk is full from the middle of it
+  /// on, and only calls count that need room there.
+  enum Effect : int {
+    kForEver = 1 << 16,
+    kKilled = -1,
+    kTorn = -2,
+    kKilledBeforeChange = -3,
+    kFull = -4
+  };
 
   /// The `call`th one from 1, of the operation itself or of its programs.
   FaultyRun(int call, int effect, bool in_program, const std::function<std::string()>& operation)
@@ -93,6 +102,7 @@ class FaultyRun {
 
   bool reached = false;  ///< the call was made
   int calls = 0;         ///< that were counted
+  int status = 0;        ///< with which the process ended; 128 and the signal
   std::string told;      ///< what the operation returned; empty if it was killed
 
  private:
@@ -108,36 +118,53 @@ class FaultyRun {
   bool MayFail(pid_t process, const __ptrace_syscall_info& info) {
     if (info.entry.nr == SYS_sched_yield) ended_ = true;
     if (ended_) return false;
-    for (const long other : {SYS_mmap, SYS_munmap, SYS_mprotect, SYS_mremap, SYS_madvise, SYS_brk,
-                             SYS_futex, SYS_rt_sigaction, SYS_rt_sigprocmask, SYS_rt_sigreturn,
-                             SYS_sigaltstack, SYS_getpid, SYS_gettid, SYS_exit_group})
-      if (info.entry.nr == static_cast<uint64_t>(other)) return false;
+    if (IsOneOf({SYS_mmap, SYS_munmap, SYS_mprotect, SYS_mremap, SYS_madvise, SYS_brk, SYS_futex,
+                 SYS_rt_sigaction, SYS_rt_sigprocmask, SYS_rt_sigreturn, SYS_sigaltstack, SYS_umask,
+                 SYS_getpid, SYS_gettid, SYS_exit_group},
+                info)) {
+      return false;
+    }
     return process != root_ || info.entry.nr != SYS_write || info.entry.args[0] > STDERR_FILENO;
   }
 
+  static bool IsOneOf(std::initializer_list<long> calls, const __ptrace_syscall_info& info) {
+    return std::any_of(calls.begin(), calls.end(),
+                       [&info](long call) { return info.entry.nr == static_cast<uint64_t>(call); });
+  }
+
   /// Output counts when it goes to a file.
-  static bool MayChange(pid_t process, const __ptrace_syscall_info& info) {
-    const auto [nr, args] = std::pair(info.entry.nr, info.entry.args);
-    for (const long output : {SYS_write, SYS_writev, SYS_pwrite64}) {
-      if (nr != static_cast<uint64_t>(output)) continue;
+  static bool NeedsRoom(pid_t process, const __ptrace_syscall_info& info) {
+    if (IsOneOf({SYS_write, SYS_writev, SYS_pwrite64}, info)) {
       char file[16] = "";
       const std::string link =
-          "/proc/" + std::to_string(process) + "/fd/" + std::to_string(args[0]);
+          "/proc/" + std::to_string(process) + "/fd/" + std::to_string(info.entry.args[0]);
       return readlink(link.c_str(), file, sizeof(file) - 1) > 0 && file[0] == '/' &&
              std::string(file).rfind("/dev/", 0) != 0;
     }
-    if (nr == SYS_openat) return (args[2] & O_CREAT) != 0;
-    for (const long other :
-         {SYS_renameat2, SYS_unlinkat, SYS_mkdirat,         SYS_linkat,   SYS_symlinkat,
-          SYS_fchmod,    SYS_fchmodat, SYS_fchown,          SYS_fchownat, SYS_truncate,
-          SYS_ftruncate, SYS_sendfile, SYS_copy_file_range, SYS_renameat,
-#ifdef SYS_rename  // Younger kinds of processors have only the calls above.
-          SYS_rename,    SYS_unlink,   SYS_mkdir,           SYS_rmdir,    SYS_link,
-          SYS_symlink,   SYS_chmod,    SYS_lchown
+    if (info.entry.nr == SYS_openat) return (info.entry.args[2] & O_CREAT) != 0;
+    return IsOneOf({SYS_mkdirat, SYS_linkat, SYS_symlinkat, SYS_sendfile, SYS_copy_file_range,
+#ifdef SYS_mkdir  // Younger kinds of processors have only the calls above.
+                    SYS_mkdir, SYS_link, SYS_symlink
 #endif
-         })
-      if (nr == static_cast<uint64_t>(other)) return true;
-    return false;
+                   },
+                   info);
+  }
+
+  static bool MayChange(pid_t process, const __ptrace_syscall_info& info) {
+    return NeedsRoom(process, info) ||
+           IsOneOf({SYS_renameat2, SYS_renameat, SYS_unlinkat, SYS_fchmod, SYS_fchmodat, SYS_fchown,
+                    SYS_fchownat, SYS_truncate, SYS_ftruncate,
+#ifdef SYS_rename
+                    SYS_rename, SYS_unlink, SYS_rmdir, SYS_chmod, SYS_lchown
+#endif
+                   },
+                   info);
+  }
+
+  /// Is it a call of the kind that is to go wrong?
+  bool IsTried(pid_t process, const __ptrace_syscall_info& info) const {
+    if (effect_ == kKilledBeforeChange) return MayChange(process, info);
+    return effect_ != kFull || NeedsRoom(process, info);
   }
 
   /// Watches all processes until they have ended.
@@ -146,10 +173,14 @@ class FaultyRun {
            PTRACE_O_TRACESYSGOOD | PTRACE_O_TRACEFORK | PTRACE_O_TRACEVFORK | PTRACE_O_TRACECLONE |
                PTRACE_O_TRACEEXEC | PTRACE_O_EXITKILL);
     ptrace(PTRACE_SYSCALL, root_, 0, 0);
-    int status = 0;
-    for (pid_t process = 0; (process = waitpid(-1, &status, __WALL)) != -1;) {
-      if (!WIFSTOPPED(status)) continue;
-      const int signal = WSTOPSIG(status);
+    int event = 0;
+    for (pid_t process = 0; (process = waitpid(-1, &event, __WALL)) != -1;) {
+      if (!WIFSTOPPED(event)) {
+        if (process == root_)
+          status = WIFEXITED(event) ? WEXITSTATUS(event) : 128 + WTERMSIG(event);
+        continue;
+      }
+      const int signal = WSTOPSIG(event);
       const bool at_call = signal == (SIGTRAP | 0x80);
       __ptrace_syscall_info info{};
       if (at_call) ptrace(PTRACE_GET_SYSCALL_INFO, process, sizeof(info), &info);
@@ -162,23 +193,24 @@ class FaultyRun {
   }
 
   void AtEntry(pid_t process, const __ptrace_syscall_info& info) {
-    const bool writes = info.entry.nr == SYS_write || info.entry.nr == SYS_writev;
-    const bool tried = effect_ != kKilledBeforeChange || MayChange(process, info);
+    const bool tried = IsTried(process, info);
     const bool counts = tried && (process != root_) == in_program_ && ++calls == call_;
     const bool again =
-        reached && effect_ >= kForEver && (info.entry.nr == number_ || process != root_);
+        reached && ((effect_ >= kForEver && (info.entry.nr == number_ || process != root_)) ||
+                    (effect_ == kFull && tried));
     if (!counts && !again) return;
     reached = true;
     number_ = info.entry.nr;
     if (effect_ == kKilled || effect_ == kKilledBeforeChange) kill(-root_, SIGKILL);
+    const bool halves = effect_ == kTorn || effect_ == kFull || effect_ >= kForEver;
+    const bool writes = IsOneOf({SYS_write, SYS_writev}, info) && info.entry.args[2] > 1;
     // A full disk takes the first half, too.
-    if (counts && writes && info.entry.args[2] > 1 && (effect_ == kTorn || effect_ >= kForEver)) {
+    if (counts && writes && halves) {
       Registers(process).SetThirdArgument(info.entry.args[2] / 2);
-    } else if (effect_ > 0) {
+    } else if (effect_ > 0 || effect_ == kFull) {
       // These have done their work even when they fail.
-      const bool done = number_ == SYS_close || number_ == SYS_wait4;
-      if (!done) Registers(process).Skip();
-      errors_[process] = effect_ % kForEver;
+      if (!IsOneOf({SYS_close, SYS_wait4}, info)) Registers(process).Skip();
+      errors_[process] = effect_ == kFull ? ENOSPC : effect_ % kForEver;
     }
   }
 
