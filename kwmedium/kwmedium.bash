@@ -20,7 +20,7 @@ _kwmedium() {
     return
   elif [[ $word == -* ]]; then
     mapfile -t COMPREPLY < <(compgen -W \
-      "$(sed -nE 's/^  (-h,)?(--[a-z0-9-]+) .*/\2/p' <<<"$help")" -- "$word")
+      "$(sed -nE 's/^ {2,10}(-h, *)?(--[a-z0-9-]+) .*/\2/p' <<<"$help")" -- "$word")
   elif [[ -z $command ]]; then
     mapfile -t COMPREPLY < <(compgen -W "$commands" -- "$word")
   else
