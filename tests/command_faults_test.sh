@@ -6,7 +6,7 @@
 # shellcheck source=tests/sweep.sh
 source "$2/tests/sweep.sh"
 # shellcheck disable=SC2034 # for sweep
-declare -A effects=([error]=15 [full]=9)
+declare -A effects=([error]=18 [full]=12)
 
 sweep_kwmedium() { sweep "$1" '' "$KWMEDIUM" "${@:2}"; }
 
