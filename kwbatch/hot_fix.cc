@@ -18,7 +18,7 @@ void RequireWhole(Pack& pack, Log& log) {
   try {
     RequireWritten(pack.system_dir, false, {pack.journal.pack}, log);
   } catch (const Refusal&) {
-    TakeBack(pack);
+    TakeBack(pack, log);
     throw;
   }
 }

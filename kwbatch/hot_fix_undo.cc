@@ -5,6 +5,7 @@
 
 #include "files.h"
 #include "formats.h"
+#include "pack_files.h"
 #include "refusal.h"
 #include "texts.h"
 
@@ -33,6 +34,7 @@ void LinkFile(const std::string& from, const std::string& to) {
 }  // namespace
 
 void KeepForUndo(const Pack& pack) {
+  RequireRealParents(pack);
   const std::string dir = UndoDirectory(pack.system_dir, pack.journal.pack);
   for (const std::string& file : pack.journal.saved_files) {
     const std::string saved = pack.In(file) + kSavedSuffix;
@@ -50,7 +52,7 @@ bool CanBeUndone(const std::string& system_dir, const std::string& name) {
 }
 
 void SetAsideAgain(Pack& pack) {
-  const std::string& name = pack.journal.pack;
+  const std::string name = pack.journal.pack;
   if (!CanBeUndone(pack.system_dir, name)) return;
   // In these phases the files that are set aside are those of this hot fix, all of them.
   if (pack.journal.phase == Journal::Phase::kInstalling ||
@@ -63,6 +65,14 @@ void SetAsideAgain(Pack& pack) {
     throw Refusal(Text("RecordDamaged", "The record {1} is damaged.\n", {JournalPath(dir)}));
   }
   pack.journal = *journal;
+  RequireRealParents(pack);
+  for (const std::string& file : pack.journal.saved_files) {
+    const std::string kept = dir + "/" + file;
+    if (IsThere(kept) || IsThere(pack.In(file) + kSavedSuffix)) continue;
+    throw Refusal(Text("KeptFileMissing",
+                       "The file {1} is missing, so hot fix {2} cannot be undone.\n",
+                       {kept, name}));
+  }
   pack.Enter(Journal::Phase::kPending);
   for (const std::string& file : pack.journal.saved_files) {
     const std::string saved = pack.In(file) + kSavedSuffix;

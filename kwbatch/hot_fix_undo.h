@@ -16,7 +16,7 @@ void KeepForUndo(const Pack& pack);
 bool CanBeUndone(const std::string& system_dir, const std::string& name);
 
 /// Makes of a committed hot fix one that is pending, or does nothing when none is kept: its journal
-/// is written, then the files are set aside again.
+/// is written, then the files are set aside again. Changes nothing while a file is missing.
 void SetAsideAgain(Pack& pack);
 
 /// Deletes what was kept for a hot fix that is taken back. Throws a Refusal when it stays.

@@ -55,8 +55,9 @@ std::string StateOf(const Journal& journal) {
 /// Marks the packs of a tree that are not committed. One that is not wholly installed may be
 /// missing in the table.
 void MarkUncommitted(SystemInventory& system) {
-  std::vector<UpdateState>& packs = system.service_packs;
   const auto journal = Journal::Read(system.dir);
+  const bool hot_fix = journal && journal->IsOfHotFix();
+  std::vector<UpdateState>& packs = hot_fix ? system.hot_fixes : system.service_packs;
   if (!journal) {
     // An installer without kwbatch's journal has installed it.
     const bool interrupted = Exists(system.dir + "/" + kInterruptedPack);

@@ -8,6 +8,7 @@
 
 #include "files.h"
 #include "formats.h"
+#include "manifests.h"
 #include "paths.h"
 #include "refusal.h"
 #include "texts.h"
@@ -90,15 +91,24 @@ std::optional<Journal> Journal::Read(const std::string& system_dir) {
              {path}));
   }
   RequirePlainName(Text("NounServicePack", "service pack"), journal.pack);
+  for (const auto* paths :
+       {&journal.saved_files, &journal.site_files, &journal.new_files, &journal.new_directories}) {
+    for (const std::string& name : *paths) RequireInside(name, path);
+  }
   if (undoing) journal.phase = Phase::kUndoing;
   return journal;
 }
 
+bool Journal::IsOfHotFix() const {
+  const auto is_hot_fix = [](const std::string& line) { return TableLine(line).IsHotFix(); };
+  const auto is_pack = [](const std::string& line) { return TableLine(line).kind == "SPK"; };
+  return std::any_of(table_lines.begin(), table_lines.end(), is_hot_fix) &&
+         std::none_of(table_lines.begin(), table_lines.end(), is_pack);
+}
+
 std::string Journal::Name() const {
-  const bool hot_fix = std::all_of(table_lines.begin(), table_lines.end(),
-                                   [](const std::string& l) { return TableLine(l).IsHotFix(); });
-  return hot_fix ? Text("HotFixNamed", "Hot fix {1}", {pack})
-                 : Text("ServicePackNamed", "Service pack {1}", {pack});
+  return IsOfHotFix() ? Text("HotFixNamed", "Hot fix {1}", {pack})
+                      : Text("ServicePackNamed", "Service pack {1}", {pack});
 }
 
 Refusal Journal::NotFinished(const std::string& system_dir) const {

@@ -21,8 +21,11 @@ struct Journal {
 
   /// Reads the journal of a system directory; no value without a file, or when the file is not
   /// whole and no pack has begun to change anything. Throws a Refusal for one that cannot be read
-  /// or understood.
+  /// or understood, or names a path that leads out of the directory.
   static std::optional<Journal> Read(const std::string& system_dir);
+
+  /// Is the pack a hot fix? A service pack may take the lines of hot fixes with it.
+  bool IsOfHotFix() const;
 
   /// The pack as messages name it: "Service pack SP1" or "Hot fix HF1".
   std::string Name() const;

@@ -36,6 +36,20 @@ void RequireInside(const std::string& path, const std::string& source) {
                      {source, path}));
 }
 
+void RequireNoLinks(const std::string& dir, const std::vector<std::string>& files) {
+  std::set<std::string> known;
+  for (const std::string& file : files) {
+    for (fs::path way = fs::path(file).parent_path(); !way.empty(); way = way.parent_path()) {
+      if (!known.insert(way).second) break;
+      if (!fs::is_symlink(dir / way)) continue;
+      throw Refusal(Text("LinkLeadsOut",
+                         "The directory {1} is a symbolic link, and may lead out of the tree. "
+                         "Put a directory in its place, or delete it.\n",
+                         {(dir / way).string()}));
+    }
+  }
+}
+
 std::vector<std::string> PackagesIn(const std::string& system_dir) {
   std::vector<std::string> packages;
   for (const std::string& line : LinesOf(system_dir + "/" + kPresent)) {

@@ -13,6 +13,9 @@
 /// says in the message where it stands.
 void RequireInside(const std::string& path, const std::string& source);
 
+/// Throws a Refusal when a directory on the way from `dir` to one of the files is a symbolic link.
+void RequireNoLinks(const std::string& dir, const std::vector<std::string>& files);
+
 /// The packages in the table of a system directory, each once, in the order of installation. Throws
 /// a Refusal for a name that is no file name.
 std::vector<std::string> PackagesIn(const std::string& system_dir);

@@ -25,7 +25,7 @@ void RequireListedPath(const std::string& path, const std::string& numbers) {
   }
   const fs::path parts(path);
   const bool leads_out = parts.is_absolute() || std::count(parts.begin(), parts.end(), "..") > 0;
-  if (leads_out || path.empty()) {
+  if (leads_out || !parts.has_filename()) {
     throw Refusal(Text("PackPathUnsafe",
                        "The pack lists the path \"{1}\", which cannot be replaced safely.\n",
                        {path}));

@@ -10,6 +10,7 @@
 #include "files.h"
 #include "formats.h"
 #include "interruption.h"
+#include "manifests.h"
 #include "refusal.h"
 #include "site_files.h"
 #include "texts.h"
@@ -59,9 +60,22 @@ Refusal CannotRewrite(const std::string& path) {
 
 }  // namespace
 
+void RequireRealParents(const Pack& pack) {
+  const Journal& journal = pack.journal;
+  const std::string undo = std::string(kUndoFiles) + "/" + journal.pack + "/";
+  std::vector<std::string> files = {undo + kPackJournal};
+  for (const auto* list :
+       {&journal.saved_files, &journal.site_files, &journal.new_files, &journal.new_directories}) {
+    files.insert(files.end(), list->begin(), list->end());
+  }
+  for (const std::string& file : journal.saved_files) files.push_back(undo + file);
+  RequireNoLinks(pack.system_dir, files);
+}
+
 /// What an earlier try has put in the place of a saved file is removed first: to save that would
 /// lose the saved one.
 void Save(const Pack& pack) {
+  RequireRealParents(pack);
   for (const std::string& file : pack.journal.new_files) Delete(pack.In(file));
   for (const std::string& file : pack.journal.saved_files) {
     if (IsThere(pack.In(file) + kSavedSuffix)) Delete(pack.In(file));
@@ -107,6 +121,18 @@ std::vector<std::string> KeepSiteFiles(const Pack& pack, const std::string& suff
     if (!IsThere(saved)) continue;
     kept.push_back(SitePath(pack.In(file)));
     Rename(saved, kept.back());
+  }
+  return kept;
+}
+
+std::vector<std::string> KeepLaterChanges(const Pack& pack) {
+  std::set<std::string> files(pack.journal.saved_files.begin(), pack.journal.saved_files.end());
+  files.insert(pack.journal.new_files.begin(), pack.journal.new_files.end());
+  std::vector<std::string> kept;
+  for (const std::string& file : ChangedFiles(pack.system_dir, pack.type == zeb2, files)) {
+    if (fs::is_directory(fs::symlink_status(pack.In(file)))) continue;
+    kept.push_back(SitePath(pack.In(file)));
+    Rename(pack.In(file), kept.back());
   }
   return kept;
 }

@@ -13,6 +13,10 @@
 /// What a service pack does to the files of a system directory. All functions may be repeated after
 /// an interruption, and throw a Refusal.
 
+/// Refuses symbolic links in the place of directories of the pack's files, and of those that are
+/// kept for its undo.
+void RequireRealParents(const Pack& pack);
+
 /// Sets aside what the pack replaces.
 void Save(const Pack& pack);
 
@@ -22,6 +26,9 @@ void Restore(const Pack& pack);
 /// Gives the files that the site had changed the names that SitePath chooses, and returns these.
 /// `suffix` is behind the names that they have.
 std::vector<std::string> KeepSiteFiles(const Pack& pack, const std::string& suffix);
+
+/// Likewise of the files of an installed pack that are not as it brought them.
+std::vector<std::string> KeepLaterChanges(const Pack& pack);
 
 /// Deletes what was set aside.
 void DeleteSaved(const Pack& pack);

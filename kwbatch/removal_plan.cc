@@ -18,23 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Throws a Refusal when a directory on the way to one of the files is a symbolic link.
-void RequireNoLinks(const RemovalFrom& part) {
-  std::set<std::string> known;
-  for (const auto* files : {&part.files, &part.records}) {
-    for (const std::string& file : *files) {
-      for (fs::path dir = fs::path(file).parent_path(); !dir.empty(); dir = dir.parent_path()) {
-        if (!known.insert(dir).second) break;
-        if (!fs::is_symlink(part.dir / dir)) continue;
-        throw Refusal(Text("LinkLeadsOut",
-                           "The directory {1} is a symbolic link, and may lead out of the tree. "
-                           "Put a directory in its place, or delete it.\n",
-                           {(part.dir / dir).string()}));
-      }
-    }
-  }
-}
-
 /// What kwbatch and the library write into `control` beside the packages' own files. The table goes
 /// last: it says what is there.
 std::vector<std::string> OwnRecords() {
@@ -79,10 +62,7 @@ RemovalFrom FromSystem(const std::string& dir) {
   }
   if (const auto journal = Journal::Read(dir)) {
     for (const auto* files : {&journal->saved_files, &journal->new_files}) {
-      for (const std::string& file : *files) {
-        RequireInside(file, JournalPath(dir));
-        part.files.push_back(file);
-      }
+      part.files.insert(part.files.end(), files->begin(), files->end());
     }
     for (const std::string& file : journal->saved_files) part.files.push_back(file + kSavedSuffix);
   }
@@ -153,7 +133,8 @@ Removal PlanRemoval(const std::string& target, bool purge) {
   if (!begun.empty()) dirs.push_back(target + "/" + begun);
   for (const std::string& dir : dirs) {
     RemovalFrom part = FromSystem(dir);
-    RequireNoLinks(part);
+    RequireNoLinks(dir, part.files);
+    RequireNoLinks(dir, part.records);
     if (!purge) KeepSiteFiles(part, dir == target);
     for (const auto& [file, name] : part.site_files) {
       removal.renamed.push_back(dir + "/" + name);
@@ -163,7 +144,7 @@ Removal PlanRemoval(const std::string& target, bool purge) {
   const std::string satellite = target + "/" + kSatelliteDirectory;
   if (Exists(satellite + "/" + kSatelliteList)) {
     removal.systems.push_back(FromSatellite(satellite));
-    RequireNoLinks(removal.systems.back());
+    RequireNoLinks(satellite, removal.systems.back().files);
   }
   removal.tree = {
       target, {kTarErrors, kTransferErrors}, {kCodePointer, kSdkPointer, kSystemList}, {}};

@@ -98,6 +98,7 @@ bool InstallPack(const Medium& medium, const std::string& target, Pack& pack, Lo
 }
 
 void CommitPack(Pack& pack, Log& log) {
+  RequireRealParents(pack);
   SyncFileSystem(pack.system_dir);
   pack.Enter(Journal::Phase::kCommitting);
   TellKept(KeepSiteFiles(pack, kSavedSuffix), log);
@@ -107,7 +108,9 @@ void CommitPack(Pack& pack, Log& log) {
   SyncFileSystem(pack.system_dir);
 }
 
-void TakeBack(Pack& pack) {
+void TakeBack(Pack& pack, Log& log) {
+  RequireRealParents(pack);
+  if (pack.journal.phase == Journal::Phase::kPending) TellKept(KeepLaterChanges(pack), log);
   pack.journal.BeginUndo(pack.system_dir);
   NoteChange();
   CutFragment(pack.system_dir, pack.journal.table_size);

@@ -17,8 +17,9 @@ void ReplaceFiles(const Medium& medium, const std::string& target, Pack& pack, L
 /// Ends what is installed: it can no longer be taken back. Says which files of the site are kept.
 void CommitPack(Pack& pack, Log& log);
 
-/// Takes it out, so that the system directory is as it was before.
-void TakeBack(Pack& pack);
+/// Takes it out, so that the system directory is as it was before. Of one that was wholly
+/// installed, the files that the site has changed since are kept; says which they are.
+void TakeBack(Pack& pack, Log& log);
 
 /// Installs a pack, or finishes its installation, and says so. False when a post-install program
 /// has failed; the pack is not finished then. The same call may follow, after a Refusal too.

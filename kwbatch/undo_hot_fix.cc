@@ -1,9 +1,7 @@
 #include <kwinstutil/kwinstutil.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <string>
-#include <vector>
 
 #include "commands.h"
 #include "console.h"
@@ -33,21 +31,13 @@ std::string LastHotFix(const std::string& system_dir) {
   return name;
 }
 
-bool IsOfHotFix(const Journal& journal) {
-  const std::vector<std::string>& lines = journal.table_lines;
-  return std::any_of(lines.begin(), lines.end(),
-                     [](const std::string& line) { return TableLine(line).IsHotFix(); }) &&
-         std::none_of(lines.begin(), lines.end(),
-                      [](const std::string& line) { return TableLine(line).kind == "SPK"; });
-}
-
 /// Undoes the last hot fix of a system directory. False when there is none.
 bool UndoIn(const std::string& system_dir, const Request& request) {
   Pack pack{system_dir, std::filesystem::path(system_dir).filename(), code, {}};
   pack.journal.phase = Journal::Phase::kPending;
   pack.journal.pack = LastHotFix(system_dir);
   const auto journal = Journal::Read(system_dir);
-  if (journal && !IsOfHotFix(*journal)) throw journal->NotFinished(system_dir);
+  if (journal && !journal->IsOfHotFix()) throw journal->NotFinished(system_dir);
   // One that was interrupted, or the undo of one.
   if (journal) pack.journal = *journal;
   const std::string name = pack.journal.pack;
@@ -59,9 +49,8 @@ bool UndoIn(const std::string& system_dir, const Request& request) {
         {name, system_dir}));
   }
   Log log(request.log, Text("LogUndoHotFix", "undo of hot fix {1} in {2}", {name, system_dir}));
-  NoteChange();
   SetAsideAgain(pack);
-  TakeBack(pack);
+  TakeBack(pack, log);
   log.Succeeded();
   SayDone(Text("HotFixTakenOut", "Hot fix {1} is taken out of {2}.", {name, system_dir}));
   return true;

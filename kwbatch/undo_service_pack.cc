@@ -20,7 +20,7 @@ void UndoServicePack(const Options& options) {
     Log log(request.log, Text("LogUndoServicePack", "undo of service pack {1} in {2}",
                               {pack.journal.pack, pack.system_dir}));
     SetAsideAgain(pack);
-    TakeBack(pack);
+    TakeBack(pack, log);
     log.Succeeded();
     SayDone(
         Text("PackTakenOut", "{1} is taken out of {2}.", {pack.journal.Name(), pack.system_dir}));

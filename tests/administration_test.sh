@@ -95,12 +95,28 @@ mkdir "$work/out" "$work/etc"
 touch "$work/out/victim"
 ln -s "$work/out" "$system/code/link"
 manifest=$system/control/Drafting
+journal=$system/control/SPK.journal kept=$system/control/undo/HF1
 cp "$manifest" "$work/manifest"
+cp "$kept/control/SPK.journal" "$work/journal"
 content tree >"$work/before"
 for lines in ../../out/victim "$work/out/victim" code/link/victim code/../../../out/victim; do
   printf '%s\n644 0 4294967295\n' "$lines" | cat "$work/manifest" - >"$manifest"
   expect_refusal 'lead' uninstall "$tree" --purge
+  for word in saved site new directory; do
+    sed "s,^end,$word $lines\n&," "$work/journal" | tee "$journal" >"$kept/control/SPK.journal"
+    for command in commit undo-service-pack undo-hot-fix; do expect_refusal 'lead' $command "$tree"; done
+    rm "$journal"
+    expect_refusal 'lead' undo-hot-fix "$tree"
+  done
 done
+sed 1s/pending/installing/ "$work/journal" | tee "$journal" >"$kept/control/SPK.journal"
+expect_json 0 "$first/hot_fixes/0/state=\"interrupted\" $first/service_packs/0/state=\"committed\"" status "$tree"
+rm "$journal"
+cp "$work/journal" "$kept/control/SPK.journal"
+# What cannot be undone leaves the tree as it is.
+mv "$kept/code/bin/TEVModeler" "$work/TEVModeler"
+expect_refusal 'HF1/code/bin/TEVModeler is missing' undo-hot-fix "$tree"
+mv "$work/TEVModeler" "$kept/code/bin/TEVModeler"
 echo code/bin/cut | cat "$work/manifest" - >"$manifest"
 expect_refusal 'damaged' uninstall "$tree"
 cp "$work/manifest" "$manifest"

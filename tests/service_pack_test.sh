@@ -13,7 +13,14 @@ run 0 verify "$work/tree"
 grep -q 'setting up Modeler for SP1' "$work/scratch/kwinst.log" || fail 'no post-install program'
 expect_refusal 'tevstart -run TEVSoftwareMgt' service-pack "$media/sp2" "$work/tree"
 expect_check 1 'Commit' hf1 tree
+# What was changed here after the pack is kept.
+echo later | tee "$system/code/bin/TEVRepair" >"$system/code/bin/TEVModeler"
 run 0 undo-service-pack "$work/tree"
+for file in "$system/code/bin/TEV"{Modeler,Repair}.site; do
+  expect_text "kept as $file"
+  [[ $(<"$file") == later ]] || fail "$file is lost"
+  rm "$file"
+done
 expect_content before tree
 run 3 undo-service-pack "$work/tree"
 run 0 service-pack "$media/sp1" "$work/tree"
@@ -68,6 +75,9 @@ run 3 hot-fix "$work/hf1" "$work/site"
 [[ $(<"$modeler.site") == ours && $(<"$drafting.site") == ours && ! -e $drafting.site.2 ]] ||
   fail 'the files of the site are lost'
 run 0 verify "$work/site"
+echo later >"$drafting"
+run 0 undo-hot-fix "$work/site"
+[[ $(<"$drafting") == ours && $(<"$drafting.site.2") == later ]] || fail 'a later change is lost'
 
 # A pack whose list leads out of the tree, or names what would not be saved.
 for path in ../../victim /etc/victim; do
