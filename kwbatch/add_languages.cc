@@ -92,7 +92,7 @@ bool AddLanguages(const Medium& medium, const std::string& target, int languages
   const int before = InstalledLanguages(medium, target);
   const auto parts = FilesForLanguages(medium, system_dir, languages);
   // The files of a service pack replace those of the products, which are there.
-  const bool is_there = !IsUpdate(medium.kind) && AreAllThere(parts, target);
+  const bool is_there = parts.empty() || (!IsUpdate(medium.kind) && AreAllThere(parts, target));
   if ((before | languages) == before && is_there) return false;
   Demand demand(target);
   for (const Part& part : parts) {

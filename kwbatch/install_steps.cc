@@ -1,6 +1,8 @@
 #include "install_steps.h"
 
 #include <algorithm>
+#include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -23,19 +25,36 @@
 
 namespace {
 
-/// Does the target have all packages of the medium, and is nothing of them unfinished?
+/// The packages that a step would install: all of the medium, or the frameworks and those of
+/// --only, also one that the medium does not have.
+std::set<std::string> WantedPackages(const Medium& medium, const Options& step) {
+  std::set<std::string> wanted;
+  const std::string only = IsUpdate(medium.kind) ? "" : step.Text(option::kOnly);
+  const Content content = ContentOf(medium.kind);
+  for (const TEVINSPkg kind : content.kinds) {
+    if (!only.empty() && kind != FWK) continue;
+    for (const std::string& name : PackagesOf(*medium.toc, content.type, kind)) wanted.insert(name);
+  }
+  std::istringstream names(only);
+  for (std::string name; std::getline(names, name, ',');) wanted.insert(name);
+  return wanted;
+}
+
+/// Does the target have all packages that the step would install, and is nothing of them
+/// unfinished? Throws a Refusal for a medium of another level.
 bool HasMedium(const Medium& medium, const std::string& target, const Options& step) {
   const std::string system_dir = SystemDir(medium, target);
+  RequireSameLevel(medium, system_dir);
   const auto installed = OpenInstalled(system_dir);
   if (installed == nullptr || Unfinished::Forbidding(system_dir, IsSdk(medium))) return false;
-  const Content content = ContentOf(medium.kind);
+  // A pack or hot fix of a higher level may have the name of an earlier one.
+  if (IsUpdate(medium.kind) && medium.toc->GetSPKLevel(1) > installed->GetSPKLevel(1)) return false;
+  const TEVINSType type = ContentOf(medium.kind).type;
   const auto journal = Journal::Read(system_dir);
-  for (const TEVINSPkg kind : content.kinds) {
-    for (const std::string& name : PackagesOf(*medium.toc, content.type, kind)) {
-      if (installed->IsInstalled(name.c_str(), content.type) != 0) return false;
-      if (journal && journal->pack == name && journal->phase != Journal::Phase::kPending) {
-        return false;
-      }
+  for (const std::string& name : WantedPackages(medium, step)) {
+    if (installed->IsInstalled(name.c_str(), type) != 0) return false;
+    if (journal && journal->pack == name && journal->phase != Journal::Phase::kPending) {
+      return false;
     }
   }
   // While a pack is pending, nothing else is done.

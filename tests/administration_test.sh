@@ -45,8 +45,14 @@ done <<CASES
 0|/changed=true|languages $work/old $media/ga --add German --os aix_a
 3|/changed=false|languages $work/old $media/ga/aix_a --add German
 0|$first/languages=["French","German"]|status $work/old
+0|/changed=true|install $media/ga/aix_a $media/sp1 $work/steps --no-services --only Drafting
+3|/changed=false|install $media/ga/aix_a $media/sp1 $work/steps --no-services --only Drafting
+2|/changed=false|install $media/ga/aix_a $media/sp1 $work/few --no-services --only Draftin
+0|/changed=true|undo-service-pack $work/steps
 0|/changed=true|install $steps --commit
 3|/changed=false|install $steps --commit
+1|/changed=false|install $media/other-level $media/sp1 $work/steps --no-services
+3|/changed=false|languages $work/steps $media/sp1 --add German
 0|/changed=true|undo-hot-fix $work/steps
 3|/changed=false|undo-hot-fix $work/steps
 0|$first/hot_fixes=[] $first/service_packs/0/state="committed"|status $work/steps
