@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <set>
 #include <system_error>
 
 #include "files.h"
@@ -19,6 +20,8 @@
 namespace fs = std::filesystem;
 
 namespace {
+
+constexpr const char* kPurge = "purge\n";  ///< the text of the record of a removal with --purge
 
 /// Keeps the directory of the latest file open: mostly the next file is there, too.
 class LatestDirectory {
@@ -76,9 +79,9 @@ void RenameIn(const std::string& dir, const std::string& file, const std::string
                      {dir + "/" + file, std::strerror(error)}));
 }
 
-/// Deletes all that is in the directory `at`, which it closes, except the entry `but`, and what
+/// Deletes all that is in the directory `at`, which it closes, except the entries `but`, and what
 /// lies on another device.
-void Purge(int at, const std::string& but) {
+void Purge(int at, const std::set<std::string>& but) {
   DIR* const dir = at < 0 ? nullptr : fdopendir(at);
   if (dir == nullptr) return;
   struct stat here {};
@@ -86,19 +89,20 @@ void Purge(int at, const std::string& but) {
   while (const dirent* entry = readdir(dir)) {
     const std::string name = entry->d_name;
     struct stat info {};
-    if (name == "." || name == ".." || name == but) continue;
+    if (name == "." || name == ".." || but.count(name) != 0) continue;
     if (fstatat(at, name.c_str(), &info, AT_SYMLINK_NOFOLLOW) != 0) continue;
     if (info.st_dev != here.st_dev) continue;
     const bool is_directory = S_ISDIR(info.st_mode);
     if (is_directory) {
-      Purge(openat(at, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC), "");
+      Purge(openat(at, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC), {});
     }
     unlinkat(at, name.c_str(), is_directory ? AT_REMOVEDIR : 0);
   }
   closedir(dir);
 }
 
-void RemoveFrom(const RemovalFrom& part, bool purge) {
+/// With `purge` all that is in its directory goes, too, but not the entries `but`.
+void RemoveFrom(const RemovalFrom& part, bool purge, const std::set<std::string>& but = {}) {
   for (const auto& [file, name] : part.site_files) RenameIn(part.dir, file, name);
   LatestDirectory latest(part.dir);
   for (const std::string& file : part.files) {
@@ -106,9 +110,12 @@ void RemoveFrom(const RemovalFrom& part, bool purge) {
     DeleteIn(latest, file, 0);
   }
   for (const std::string& dir : part.Directories()) DeleteIn(latest, dir, AT_REMOVEDIR);
-  if (purge) Purge(OpenDirectoryOf(part.dir, "."), kControl);
+  if (purge) {
+    Purge(OpenDirectoryOf(part.dir, "."), but);
+    // The table goes last, as without --purge.
+    Purge(OpenDirectoryOf(part.dir, std::string(kControl) + "/."), {fs::path(kPresent).filename()});
+  }
   for (const std::string& file : part.records) DeleteIn(latest, file, 0);
-  if (purge) Purge(OpenDirectoryOf(part.dir, std::string(kControl) + "/."), "");
   DeleteIn(latest, kControl, AT_REMOVEDIR);
 }
 
@@ -116,8 +123,10 @@ void RemoveFrom(const RemovalFrom& part, bool purge) {
 
 void Remove(const Removal& removal, bool purge) {
   for (const RemovalFrom& part : removal.systems) {
-    RemoveFrom(part, purge);
-    if (part.dir != removal.tree.dir) rmdir(part.dir.c_str());
+    // The record of the removal stays to the end, also in the directory of a development kit.
+    const bool is_target = part.dir == removal.tree.dir;
+    RemoveFrom(part, purge, {kControl, is_target ? kUninstalling : kControl});
+    if (!is_target) rmdir(part.dir.c_str());
   }
   RemoveFrom(removal.tree, false);
   SyncFileSystem(removal.tree.dir);
@@ -125,7 +134,13 @@ void Remove(const Removal& removal, bool purge) {
   rmdir(removal.tree.dir.c_str());
 }
 
+void BeginRemoval(const std::string& target, bool purge) {
+  WriteDurably(RemovalRecord(target), purge ? kPurge : "keep\n");
+}
+
 std::string RemovalRecord(const std::string& target) { return target + "/" + kUninstalling; }
+
+bool IsBeingPurged(const std::string& target) { return TextOf(RemovalRecord(target)) == kPurge; }
 
 bool IsBeingRemoved(const std::string& target) { return !TextOf(RemovalRecord(target)).empty(); }
 

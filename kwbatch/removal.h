@@ -49,6 +49,12 @@ std::string RemovalRecord(const std::string& target);
 /// followed yet, does not say so.
 bool IsBeingRemoved(const std::string& target);
 
+/// Is it being taken away with all that is in it?
+bool IsBeingPurged(const std::string& target);
+
+/// Writes the record durably. Throws a Refusal.
+void BeginRemoval(const std::string& target, bool purge);
+
 /// Throws a Refusal when the target is being taken away.
 void RequireNoRemoval(const std::string& target);
 

@@ -2,6 +2,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "files.h"
 #include "formats.h"
 #include "interruption.h"
+#include "journal.h"
 #include "json.h"
 #include "lock.h"
 #include "log.h"
@@ -31,14 +33,45 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Nobody but the medium knows what an installation that was interrupted has unpacked.
+/// A refusal that only --purge comes round.
+Refusal OnlyPurge(const std::string& reason) {
+  return Refusal(Text("PurgeDeletesAll",
+                      "{1}With --purge the directory is deleted with all that is in it.\n",
+                      {reason}));
+}
+
+/// The first of the files that say what is the product's, and that is missing or empty; an empty
+/// text when all are there. A pack that is being installed or undone need not have its own.
+std::string LackingRecord(const std::string& system_dir) {
+  std::vector<std::string> records = {kPresent};
+  const auto journal = Journal::Read(system_dir);
+  for (const std::string& text : LinesOf(system_dir + "/" + kPresent)) {
+    const TableLine line(text);
+    // Fix packages are parts of a pack, which has the manifest.
+    if (line.name.empty() || text.front() == '#' || line.kind == "FSP") continue;
+    if (journal && journal->pack == line.name) continue;
+    records.push_back(std::string(kControl) + "/" + line.name);
+  }
+  for (const std::string& record : records) {
+    std::error_code missing;
+    const auto size = fs::file_size(system_dir + "/" + record, missing);
+    if (missing || size == 0) return system_dir + "/" + record;
+  }
+  return "";
+}
+
+/// Nobody but the medium knows what an installation that was interrupted has unpacked, or what was
+/// the product's when that is not recorded.
 void RequireFinished(const std::string& target) {
   for (const std::string& dir : SystemDirsIfAny(target, "")) {
     const auto unfinished = Unfinished::Forbidding(dir, dir == target);
-    if (!unfinished) continue;
-    throw Refusal(Text("PurgeDeletesAll",
-                       "{1}With --purge the directory is deleted with all that is in it.\n",
-                       {unfinished->NotFinished(dir).what()}));
+    if (unfinished) throw OnlyPurge(unfinished->NotFinished(dir).what());
+    const std::string lacking = LackingRecord(dir);
+    if (lacking.empty()) continue;
+    throw OnlyPurge(Text("FilesUnknown",
+                         "The file {1} is missing or empty, so nobody can tell which files are the "
+                         "product's. Repair the tree, or install it again.\n",
+                         {lacking}));
   }
 }
 
@@ -160,7 +193,8 @@ void TellKept(const Removal& removal, const SystemLines& lines, Log& log) {
 void Uninstall(const Options& options) {
   const Request request = RequestOf(options);
   const std::string& target = request.target;
-  const bool purge = options.Has(option::kPurge);
+  // One that was begun is brought to its end as it was begun.
+  const bool purge = options.Has(option::kPurge) || IsBeingPurged(target);
   const bool dry = options.Has(option::kDryRun);
   const Lock tree(target, Lock::Kind::kWriting, request);
   const Lock code(PointedTree(target, kCodePointer), Lock::Kind::kWriting, request);
@@ -169,7 +203,7 @@ void Uninstall(const Options& options) {
     const std::string dir = fs::path(SystemFile(kServices)).parent_path();
     system.emplace(dir, Lock::Kind::kWritingAlone, request);
   }
-  const bool repeated = Exists(RemovalRecord(target));
+  const bool repeated = IsBeingRemoved(target);
   if (!repeated && SystemDirsIfAny(target, "").empty() && InstalledSystem(target).empty()) {
     throw NothingToDo(NothingInstalled(target));
   }
@@ -184,7 +218,7 @@ void Uninstall(const Options& options) {
   Log log(request.log, Text("LogRemoval", "removal of {1}", {target}));
   SafePoint();
   NoteChange();
-  WriteDurably(RemovalRecord(target), std::string(purge ? "purge" : "keep") + "\n");
+  BeginRemoval(target, purge);
   TakeOut(lines, log);
   ForgetSdk(target);
   const size_t count = FilesToRemove(removal).size();

@@ -126,6 +126,11 @@ mv "$work/TEVModeler" "$kept/code/bin/TEVModeler"
 echo code/bin/cut | cat "$work/manifest" - >"$manifest"
 expect_refusal 'damaged' uninstall "$tree"
 cp "$work/manifest" "$manifest"
+for record in Drafting PRESENT; do
+  mv "$system/control/$record" "$work/record"
+  expect_refusal "control/$record is missing" uninstall "$tree"
+  mv "$work/record" "$system/control/$record"
+done
 bash -c 'exec -a "$1/code/bin/TEVSession" sleep 100' - "$system" &
 expect_refusal 'TEVSession' uninstall "$tree"
 kill $!
@@ -160,9 +165,14 @@ run 3 uninstall "$tree"
 run 0 install "$media/ga" "$tree.2" --os aix_a
 run 0 install "$media/sdk" "$work/sdk" --code "$tree.2"
 expect_refusal 'development kit' uninstall "$tree.2"
-run 0 uninstall "$work/sdk"
+touch "$work/sdk/site" "$work/sdk/control/site"
+run 0 uninstall "$work/sdk" --purge
 touch "$tree.2/aix_a/control/site"
 printf 'medium /none\nend\n' >"$tree.2/aix_a/control/Install.unfinished"
 expect_refusal 'not finished' uninstall "$tree.2"
-run 0 uninstall "$tree.2" --purge
+# An empty record says nothing; one of an interrupted --purge counts without the option.
+: >"$tree.2/Uninstall.unfinished"
+expect_refusal 'not finished' uninstall "$tree.2"
+echo purge >"$tree.2/Uninstall.unfinished"
+run 0 uninstall "$tree.2"
 [[ ! -e $tree.2 && ! -e $work/sdk ]] || fail 'a tree is left'

@@ -33,6 +33,10 @@ use committed
 run 0 install "$media/sdk" "$work/sdk" --code "$work/tree"
 keep developed
 sweep_kwbatch developed '' uninstall "$work/sdk"
+use developed
+touch "$work/sdk/site" "$work/sdk/control/site"
+keep extended
+sweep_kwbatch extended '' uninstall "$work/sdk" --purge
 use committed
 printf 'morvelk7run 20071/tcp  #Brovik Communication ports\n' >"$work/scratch/services"
 echo 'morvelk7run stream tcp nowait root /old/aix_a/code/bin/TEVSysDemon  #TEVSysDemon' \
