@@ -110,6 +110,11 @@ void Write(const std::string& path, const std::string& text) {
   if (!AppendToFile(path, text)) throw CannotWrite(path);
 }
 
+void SyncFile(const std::string& path) {
+  if (Sync(path, fsync) && Sync(std::filesystem::path(path).parent_path(), fsync)) return;
+  throw CannotWrite(path);
+}
+
 void WriteDurably(const std::string& path, const std::string& text) {
   const std::string fresh = path + ".new";
   Delete(fresh);

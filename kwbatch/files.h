@@ -39,6 +39,9 @@ void Rename(const std::string& from, const std::string& to);
 /// Makes a file of this text, in place of an earlier one. Throws a Refusal.
 void Write(const std::string& path, const std::string& text);
 
+/// Has a file and its directory written to the disk. Throws a Refusal.
+void SyncFile(const std::string& path);
+
 /// Replaces a file by one of this text. Whatever ends the process or the machine, the old file or
 /// the whole new one is there. Throws a Refusal.
 void WriteDurably(const std::string& path, const std::string& text);

@@ -266,9 +266,10 @@ void Register(const Registration& registration, Log& log) {
       Say(Text("RegisterForSystemd",
                "To register it for systemd: kwbatch register TARGET --systemd"));
     }
-    return;
+    return SyncSystemFiles();
   }
   if (has_daemon) WriteDaemon(registration.daemon, log);
+  if (has_ports || has_daemon) SyncSystemFiles();
   if ((has_ports || has_daemon) && Exists(SystemFile(kInetd))) TellHowInetdReads();
 }
 

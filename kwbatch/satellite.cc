@@ -9,6 +9,7 @@
 #include "json.h"
 #include "paths.h"
 #include "refusal.h"
+#include "registration.h"
 #include "space.h"
 #include "system_files.h"
 #include "texts.h"
@@ -52,7 +53,8 @@ void InstallSatellite(const std::string& medium, const std::string& target, bool
 
 void RegisterSatellitePort() {
   TEVUnicodeString message;
-  if (SatUpdateService(message) >= 0) return;
+  // A line that only begins with its name passes for the library.
+  if (SatUpdateService(message) >= 0 && PortInServices(kSatelliteService) != 0) return;
   throw Refusal(Text("SatelliteNotRegistered", "The satellite cannot be registered in {1}.\n",
                      {SystemFile(kServices)}));
 }
@@ -61,6 +63,7 @@ void RegisterSatellite(std::string dir) {
   RegisterSatellitePort();
   TEVUnicodeString message;
   if (SatUpdateInet(dir.data(), message) < 0) throw Refused(message);
+  SyncSystemFiles();
   SayDone(Text("SatelliteRegistered", "It is registered in {1} and {2}.",
                {SystemFile(kServices), SystemFile(kInetd)}));
 }

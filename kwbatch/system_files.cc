@@ -106,7 +106,15 @@ void FinishOverwrite(const std::string& path) {
     throw Refusal(Text("ContentIsBeside", "The file {1} cannot be written: its content is {2}.\n",
                        {path, whole}));
   }
+  SyncFile(path);
   Delete(whole);
+}
+
+void SyncSystemFiles() {
+  for (const char* name : {kServices, kInetd}) {
+    const std::string file = RealFile(SystemFile(name));
+    if (Exists(file)) SyncFile(file);
+  }
 }
 
 void TellHowInetdReads() {

@@ -21,6 +21,9 @@ void Overwrite(const std::string& path);
 /// Ends an Overwrite that was interrupted. Throws a Refusal.
 void FinishOverwrite(const std::string& path);
 
+/// Has the system files, those that exist, written to the disk. Throws a Refusal.
+void SyncSystemFiles();
+
 /// Says how to make inetd read its file.
 void TellHowInetdReads();
 
