@@ -48,6 +48,7 @@ class ArchiveCheck {
   void Take(ArchiveReader& reader, const ArchiveMember& member);
   bool IsWellPlaced(const ArchiveMember& member);
   void TakeLink(const ArchiveMember& member);
+  void TakeHardLink(const ArchiveMember& member);
   void WarnOfMode(const std::string& path, mode_t mode);
   void ReadManifest();
   void CompareFiles();
@@ -109,13 +110,24 @@ bool ArchiveCheck::IsWellPlaced(const ArchiveMember& member) {
 
 void ArchiveCheck::TakeLink(const ArchiveMember& member) {
   const fs::path below = member.path.substr(archive_.root.size());
-  const bool symbolic = S_ISLNK(member.mode);
-  if (!IsInside(symbolic ? below.parent_path() / member.link : fs::path(member.link))) {
+  if (!IsInside(below.parent_path() / member.link)) {
     Fault(Text("FaultLinkLeadsOut", "{1}: a link to {2}, which leads out of the target",
                {member.path, member.link}));
   } else {
     Warn(Text("WarningLink", "{1}: a link to {2}", {member.path, member.link}));
   }
+}
+
+/// It is the file that it leads to, which stands before it.
+void ArchiveCheck::TakeHardLink(const ArchiveMember& member) {
+  const std::string& root = archive_.root;
+  const bool below = member.link.compare(0, root.size(), root) == 0;
+  const auto file = files_.find(below ? member.link.substr(root.size()) : "");
+  if (file == files_.end()) {
+    return Fault(Text("FaultLinkUnknown", "{1}: a link to {2}, which is not before it",
+                      {member.path, member.link}));
+  }
+  files_[member.path.substr(root.size())] = file->second;
 }
 
 void ArchiveCheck::WarnOfMode(const std::string& path, mode_t mode) {
@@ -134,7 +146,8 @@ void ArchiveCheck::Take(ArchiveReader& reader, const ArchiveMember& member) {
   const std::string path = member.path.substr(archive_.root.size());
   const std::string reason = archive_.update ? WhyNotInUpdate(path, member.mode) : "";
   if (!reason.empty()) Fault(path + ": " + reason);
-  if (!member.link.empty()) return TakeLink(member);
+  if (S_ISLNK(member.mode)) return TakeLink(member);
+  if (!member.link.empty()) return TakeHardLink(member);
   if (!S_ISREG(member.mode)) return Warn(Text("WarningDevice", "{1}: a device or a pipe", {path}));
   WarnOfMode(path, member.mode);
   const bool control = path.rfind(std::string(kControl) + "/", 0) == 0;

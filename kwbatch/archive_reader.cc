@@ -2,6 +2,7 @@
 
 #include <archive.h>
 #include <archive_entry.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -84,13 +85,15 @@ bool ArchiveReader::Next(ArchiveMember& member) {
     ReadRest();
     return false;
   }
-  if (status != ARCHIVE_OK) Fail(tar_);
+  // Some archives say that a name is UTF-8, which not every locale can express: a warning.
+  if (status != ARCHIVE_OK && status != ARCHIVE_WARN) Fail(tar_);
   const char* path = archive_entry_pathname(entry_);
-  // Some archives say that a name is UTF-8, which not every locale can express.
   if (path == nullptr) path = archive_entry_pathname_utf8(entry_);
+  if (path == nullptr && status == ARCHIVE_WARN) Fail(tar_);
   const char* link = archive_entry_symlink(entry_);
   if (link == nullptr) link = archive_entry_hardlink(entry_);
-  member.path = path != nullptr ? path : "";
+  name_ = path != nullptr ? path : "";
+  member.path = name_;
   member.link = link != nullptr ? link : "";
   member.mode = archive_entry_mode(entry_);
   member.size = static_cast<uint64_t>(archive_entry_size(entry_));
@@ -113,8 +116,15 @@ uint32_t ArchiveReader::ReadContent(std::string* text) {
 }
 
 void ArchiveReader::Unpack(const std::string& dir) {
-  const std::string path = archive_entry_pathname(entry_);
-  archive_entry_set_pathname(entry_, (dir + "/" + path).c_str());
+  archive_entry_set_pathname(entry_, (dir + "/" + name_).c_str());
+  const char* link = archive_entry_hardlink(entry_);
+  if (link != nullptr) {
+    const std::string target = dir + "/" + link;
+    archive_entry_set_hardlink(entry_, target.c_str());
+  }
+  // The bits for set-user-id and set-group-id are dropped when the owner is another one.
+  archive_entry_set_uid(entry_, geteuid());
+  archive_entry_set_gid(entry_, getegid());
   constexpr int kHow = ARCHIVE_EXTRACT_PERM | ARCHIVE_EXTRACT_TIME |
                        ARCHIVE_EXTRACT_SECURE_NODOTDOT | ARCHIVE_EXTRACT_SECURE_SYMLINKS;
   if (archive_read_extract(tar_, entry_, kHow) != ARCHIVE_OK) Fail(tar_);

@@ -72,6 +72,9 @@ done <<TEXT
 1|ga|which leads out of the target|repack BASE 'ln -s ../../passwd code/x'
 1|ga|control/PRESENT: installations use|repack BASE 'touch control/PRESENT'
 0|ga|aix_a/code/x: a link to bin|repack BASE 'ln -s bin code/x'
+0|ga|has no faults|repack BASE 'ln code/bin/TEVSession code/N; grep -A 1 TEVSession $list | sed s,bin/TEVSession,N, >>$list'
+1|ga|which is not before it|repack BASE 'ln code/bin/TEVSession code/N'; mkdir x; tar -xf BASE -C x; tar -C x --transform 's,\$,x,RSh' -cf BASE aix_a
+0|ga|has no faults|TAR_OPTIONS=--format=posix repack BASE 'mv code/bin/TEVSession code/é; sed -i s,bin/TEVSession,é, $list'
 0|ga|with the rights of its owner|repack BASE 'chmod u+s code/*/*; sed -i s/^755/4755/ $list'
 0|ga|a device or a pipe|repack BASE 'mkfifo code/pipe'
 0|ga|x: is not in the table|touch x
