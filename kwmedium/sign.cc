@@ -20,6 +20,10 @@
 
 namespace {
 
+// Beside the former signature, which stands until the new one is whole.
+constexpr char kNewChecksums[] = "SHA256SUMS.new";
+constexpr char kNewSignature[] = "SHA256SUMS.sig.new";
+
 /// Runs a program in a directory, with its output in a file there.
 void RunProgram(std::vector<std::string> words, const std::string& dir, const std::string& output) {
   std::vector<char*> arguments;
@@ -42,13 +46,18 @@ void RunProgram(std::vector<std::string> words, const std::string& dir, const st
   if (status != 0) throw Refusal(words[0] + " has failed.\n");
 }
 
+/// Is the file one that signing makes?
+bool IsOfSignature(const std::string& path) {
+  return path == kChecksums || path == kSignature || path == kNewChecksums || path == kNewSignature;
+}
+
 /// The medium's files as arguments, sorted. Those of an earlier signature are not among them.
 std::vector<std::string> FilesOf(const std::string& medium) {
   std::vector<std::string> files;
   for (const Source& file : SourcesBelow(medium)) {
     RequirePlainPath("file", file.path);
     if (!S_ISREG(file.info.st_mode)) throw Refusal(file.origin + " is no regular file.\n");
-    if (file.path != kChecksums && file.path != kSignature) files.push_back(file.path);
+    if (!IsOfSignature(file.path)) files.push_back(file.path);
   }
   if (files.empty()) throw Refusal("There is nothing to sign in " + medium + ".\n");
   return files;
@@ -59,17 +68,17 @@ std::vector<std::string> FilesOf(const std::string& medium) {
 void SignMedium(const std::string& medium, const std::string& key) {
   std::string dir = std::filesystem::absolute(medium).lexically_normal();
   if (dir.back() == '/') dir.pop_back();
-  for (const char* name : {kChecksums, kSignature}) Delete(dir + "/" + name);
   std::vector<std::string> words = FilesOf(dir);
   words.insert(words.begin(), {"sha256sum", "--"});
-  const std::string list = dir + "/" + kChecksums;
   try {
-    RunProgram(words, dir, kChecksums);
-    RunProgram(
-        {"gpg", "--yes", "--local-user", key, "--output", kSignature, "--detach-sign", kChecksums},
-        dir, "/dev/null");
+    RunProgram(words, dir, kNewChecksums);
+    RunProgram({"gpg", "--yes", "--local-user", key, "--output", kNewSignature, "--detach-sign",
+                kNewChecksums},
+               dir, "/dev/null");
+    Rename(dir + "/" + kNewChecksums, dir + "/" + kChecksums);
+    Rename(dir + "/" + kNewSignature, dir + "/" + kSignature);
   } catch (const Refusal&) {
-    Delete(list);
+    for (const char* name : {kNewChecksums, kNewSignature}) Delete(dir + "/" + name);
     throw;
   }
 }

@@ -143,8 +143,14 @@ expect_exit 0 "$KWMEDIUM" check fix
 run 0 hot-fix "$work/fix" "$work/tree"
 # Of two media, for all their systems.
 echo '# changed' >>two/base/code/bin/TEVSysDemon
+chmod u+s two/base/code/bin/TEVSysDemon
 make ga2 product two/suite.list
-make both service-pack --from ga --to ga2 --name SP1 --level 1
+# The archives' owner is root; whoever makes the pack may be another user.
+user=(unshare --user --map-user=1000 --map-group=1000)
+"${user[@]}" true 2>/dev/null || user=()
+expect_exit 0 "${user[@]}" "$KWMEDIUM" service-pack --from ga --to ga2 --name SP1 --level 1 both
+expect_exit 0 "$KWMEDIUM" check both
+compress -dc both/aix_a/SP1.Z | tar -tv | grep '^-rws.*/TEVSysDemon$' >output || fail 'not set-user-id'
 [[ $(<both/hpux_b/TOC) == code:SPK:SP1:os=hpux_b:ga=R12:level=1$'\n'code:FSP:SP1-BASE ]] || fail 'the pack of media'
 [[ $(xargs <both/OSUNIX) == 'aix_a hpux_b' ]] || fail 'the systems of the pack'
 
@@ -169,6 +175,11 @@ expect_exit 1 "$KWMEDIUM" sign ga2 --key old@example.com
 [[ ! -e ga2/SHA256SUMS ]] || fail 'half a signature'
 expect_exit 0 "$KWMEDIUM" sign ga2 --key one@example.com
 expect_exit 0 "$KWMEDIUM" check ga2
+# A key that does not exist takes no signature away.
+cp ga2/SHA256SUMS.sig .
+expect_exit 1 "$KWMEDIUM" sign ga2 --key none@example.com
+cmp SHA256SUMS.sig ga2/SHA256SUMS.sig || fail 'the signature is gone'
+[[ -z $(compgen -G 'ga2/*.new') ]] || fail 'half a signature'
 mkdir dir.gpg
 touch empty.gpg
 while read -r keyring text; do
