@@ -129,7 +129,11 @@ std::vector<std::string> KeepLaterChanges(const Pack& pack) {
   std::set<std::string> files(pack.journal.saved_files.begin(), pack.journal.saved_files.end());
   files.insert(pack.journal.new_files.begin(), pack.journal.new_files.end());
   std::vector<std::string> kept;
-  for (const std::string& file : ChangedFiles(pack.system_dir, pack.type == zeb2, files)) {
+  const bool sdk = pack.type == zeb2;
+  const std::vector<std::string> changed = ChangedFiles(pack.system_dir, sdk, files);
+  // One that could not be read looks changed, so these are compared once more.
+  for (const std::string& file :
+       ChangedFiles(pack.system_dir, sdk, {changed.begin(), changed.end()})) {
     if (fs::is_directory(fs::symlink_status(pack.In(file)))) continue;
     kept.push_back(SitePath(pack.In(file)));
     Rename(pack.In(file), kept.back());
