@@ -170,9 +170,13 @@ void PruneTable(const Pack& pack) {
   }
 }
 
-void MarkInterrupted(const Pack& pack) { Write(pack.In(kInterruptedPack), "1 MANUAL_COMMIT\n"); }
+void MarkInterrupted(const Pack& pack) {
+  WriteDurably(pack.In(kInterruptedPack), "1 MANUAL_COMMIT\n");
+}
 
-void RecordPending(const Pack& pack) { Write(pack.In(kPendingPacks), pack.journal.pack + "\n"); }
+void RecordPending(const Pack& pack) {
+  WriteDurably(pack.In(kPendingPacks), pack.journal.pack + "\n");
+}
 
 void DeleteRecords(const Pack& pack) {
   for (const char* file : {kInterruptedPack, kPendingPacks}) Delete(pack.In(file));
