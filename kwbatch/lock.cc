@@ -71,8 +71,23 @@ Lock::Lock(const std::string& dir, Kind kind, const Request& request) : dir_(dir
 void Lock::Take(Kind kind, int wait) {
   // A tar that outlives a killed kwbatch keeps the tree locked: it still writes to it.
   const int inherited = kind == Kind::kWriting ? 0 : O_CLOEXEC;
-  file_ = open(dir_.c_str(), O_RDONLY | O_DIRECTORY | inherited);
-  if (file_ < 0 && (errno != EACCES || kind == Kind::kReading)) return;
+  for (;;) {
+    file_ = open(dir_.c_str(), O_RDONLY | O_DIRECTORY | inherited);
+    if (file_ < 0 && (errno != EACCES || kind == Kind::kReading)) return;
+    WaitFor(kind, wait);
+    if (IsInPlace()) return;
+    close(file_);
+  }
+}
+
+bool Lock::IsInPlace() const {
+  struct stat locked {};
+  struct stat named {};
+  return fstat(file_, &locked) == 0 && stat(dir_.c_str(), &named) == 0 &&
+         locked.st_dev == named.st_dev && locked.st_ino == named.st_ino;
+}
+
+void Lock::WaitFor(Kind kind, int wait) {
   const int operation = (kind == Kind::kReading ? LOCK_SH : LOCK_EX) | LOCK_NB;
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(wait);
   while (flock(file_, operation) != 0) {

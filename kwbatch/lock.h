@@ -29,6 +29,9 @@ class Lock {
 
  private:
   void Take(Kind kind, int wait);
+  void WaitFor(Kind kind, int wait);
+  /// Does the directory still have its name, or was it removed while the lock was waited for?
+  bool IsInPlace() const;
 
   std::string dir_;
   int file_ = -1;

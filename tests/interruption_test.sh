@@ -114,6 +114,16 @@ run 5 uninstall "$work/other"
 kill -HUP "$first"
 expect_interruption 'Repeat the command to go on.'
 set +m
+# A target that another command removes and makes anew, while this one waits for it.
+mkdir "$work/anew"
+exec 8<"$work/anew"
+flock 8
+(sleep 0.5 && rmdir "$work/anew" && mkdir "$work/anew" && exec 9<"$work/anew" && flock 9 &&
+  flock -u 8 && sleep 4) &
+run 5 install "$media/ga" "$work/anew" --os aix_a --wait 2
+[[ -z $(ls "$work/anew") ]] || fail 'a locked directory was written to'
+wait $!
+exec 8<&-
 
 # The power goes right after "done": the disk has what its image holds.
 mkdir "$work/disk"
