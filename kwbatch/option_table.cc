@@ -51,7 +51,7 @@ const std::vector<OptionGroup>& OptionGroups() {
          Text("OptionWait", "wait so many seconds for another kwbatch on the target to end")}}},
       {options,
        {command::kInstall, command::kCheck, command::kRepair, command::kServicePack,
-        command::kHotFix},
+        command::kHotFix, command::kLanguages},
        {{option::kKeyring, "FILE",
          Text("OptionKeyring", "refuse media that are not signed with a key of FILE")}}},
       {options,

@@ -218,6 +218,7 @@ expect_text "  $work/ga2/aix_a/BASE"
 run 0 install "$work/ga2" "$work/signed" --keyring one.gpg
 expect_text 'ga2 is genuine'
 run 0 verify "$work/signed"
+expect_refusal 'not signed with a key of' languages "$work/signed" "$work/bad" --add French --keyring one.gpg
 # Nor does the log of a transfer that fails.
 run 0 install "$work/ga2" "$work/kept" --keyring one.gpg --os aix_a --only BASE
 mkdir -p kept/aix_a/code/bin/TEVModeler/directory
