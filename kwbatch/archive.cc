@@ -46,6 +46,7 @@ std::string ReadingCommand(const std::string& archive) {
 std::vector<Member> ReadMembers(const std::string& archive) {
   SafePoint();
   RequireReadable(archive);
+  RequireRegular(archive);
   RequireProgram("tar");
   RequireProgram(UnpackingProgram(archive));
   ArchiveReader reader(archive);

@@ -43,6 +43,7 @@ class ArchiveCheck {
         table_(list_ + kPackTableSuffix) {}
 
   void Run();
+  bool ReadMembers();
 
  private:
   void Take(ArchiveReader& reader, const ArchiveMember& member);
@@ -52,6 +53,7 @@ class ArchiveCheck {
   void WarnOfMode(const std::string& path, mode_t mode);
   void ReadManifest();
   void CompareFiles();
+  void CheckControl();
   void CheckTable();
   void CheckPrograms();
 
@@ -72,7 +74,8 @@ class ArchiveCheck {
   std::map<std::string, std::string> texts_;  ///< of the files in control
 };
 
-void ArchiveCheck::Run() {
+/// False when it cannot be read to its end.
+bool ArchiveCheck::ReadMembers() {
   try {
     ArchiveReader reader(archive_.path);
     if (IsCompressed(archive_.path) && !reader.IsMadeByCompress()) {
@@ -82,10 +85,16 @@ void ArchiveCheck::Run() {
   } catch (const Refusal& refusal) {
     const std::string text = refusal.what();
     findings_.faults.push_back(text.substr(0, text.size() - 1));
-    return;
+    return false;
   }
+  return true;
+}
+
+void ArchiveCheck::Run() {
+  if (!ReadMembers()) return;
   ReadManifest();
   CompareFiles();
+  CheckControl();
   CheckTable();
   CheckPrograms();
 }
@@ -153,9 +162,6 @@ void ArchiveCheck::Take(ArchiveReader& reader, const ArchiveMember& member) {
   const bool control = path.rfind(std::string(kControl) + "/", 0) == 0;
   const uint32_t crc = reader.ReadContent(control ? &texts_[path] : nullptr);
   files_[path] = {member.mode & kPermissions, member.size, kwinst::FinishedCrc(crc, member.size)};
-  if (control && path != list_ && path != table_ && path != kPackPrograms) {
-    Fault(Text("FaultInControl", "{1}: installations use the directory {2}", {path, kControl}));
-  }
 }
 
 /// Two lines for each file: its path; its mode, size and checksum.
@@ -213,6 +219,15 @@ void ArchiveCheck::CompareFiles() {
   }
 }
 
+void ArchiveCheck::CheckControl() {
+  const std::string directory = std::string(kControl) + "/";
+  for (const auto& [path, file] : files_) {
+    const bool own = path == list_ || path == table_ || path == kPackPrograms;
+    if (own || path.rfind(directory, 0) != 0) continue;
+    Fault(Text("FaultInControl", "{1}: installations use the directory {2}", {path, kControl}));
+  }
+}
+
 void ArchiveCheck::CheckTable() {
   if (files_.count(table_) == 0) {
     return Fault(Text("FaultNoTable", "the table {1} is missing", {table_}));
@@ -241,6 +256,11 @@ void ArchiveCheck::CheckPrograms() {
 }
 
 }  // namespace
+
+void CheckMembers(const std::string& path, Findings& findings) {
+  const ArchiveToCheck archive{path, "", "", false, {}};
+  ArchiveCheck(archive, findings).ReadMembers();
+}
 
 void CheckArchive(const ArchiveToCheck& archive, Findings& findings) {
   ArchiveCheck(archive, findings).Run();

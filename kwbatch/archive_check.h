@@ -23,4 +23,7 @@ struct ArchiveToCheck {
 /// Reads the archive to its end, and compares its members with its manifest.
 void CheckArchive(const ArchiveToCheck& archive, Findings& findings);
 
+/// Reads an archive that has no manifest to its end: nothing of it may go elsewhere.
+void CheckMembers(const std::string& path, Findings& findings);
+
 #endif  // KWBATCH_ARCHIVE_CHECK_H_

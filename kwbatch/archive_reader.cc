@@ -10,12 +10,14 @@
 #include <utility>
 
 #include "checksum.h"
+#include "files.h"
 #include "interruption.h"
 #include "refusal.h"
 #include "texts.h"
 
 ArchiveReader::ArchiveReader(std::string path)
     : path_(std::move(path)), packed_(archive_read_new()), tar_(archive_read_new()) {
+  RequireRegular(path_);
   constexpr size_t kBlock = 1 << 16;
   archive_read_support_filter_compress(packed_);
   archive_read_support_filter_gzip(packed_);

@@ -50,7 +50,7 @@ class ArchiveReader {
   struct archive* packed_;  ///< takes the compression off
   struct archive* tar_;
   struct archive_entry* entry_ = nullptr;
-  std::string name_;                ///< the path of the member
+  std::string name_;              ///< the path of the member
   std::array<char, 512> last_{};  ///< the last bytes of the tar archive: all zero when it is whole
 };
 

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "archive_check.h"
-#include "archive_reader.h"
 #include "console.h"
 #include "files.h"
 #include "formats.h"
@@ -76,6 +75,7 @@ void MediumCheck::Run() {
 
 void MediumCheck::ReadTable() {
   size_t number = 0;
+  RequireRegular(dir_ + "/" + kMediumTable);
   for (const std::string& text : LinesOf(dir_ + "/" + kMediumTable)) {
     ++number;
     const std::string place = std::string(kMediumTable) + ":" + std::to_string(number) + ": ";
@@ -188,23 +188,19 @@ void MediumCheck::FindStrayFiles() {
 void CheckSatellite(const std::string& dir, Findings& findings) {
   const std::string space = dir + "/LFSFS";
   uint64_t kilobytes = 0;
+  RequireRegular(space);
   std::istringstream text(TextOf(space));
   if (!(text >> kilobytes)) {
     findings.faults.push_back(Text("FaultNoSpace", "{1}: does not begin with a number", {space}));
   }
-  try {
-    ArchiveReader reader(dir + "/" + kSatelliteArchive);
-    for (ArchiveMember member; reader.Next(member);) {
-    }
-  } catch (const Refusal& refusal) {
-    findings.faults.push_back(ReasonOf(refusal));
-  }
+  CheckMembers(dir + "/" + kSatelliteArchive, findings);
 }
 
 /// The systems of a medium; an empty name when it is for one only.
 std::vector<std::string> SystemsToCheck(const std::string& dir, Findings& findings) {
   const std::string list = dir + "/" + kSystemList;
   if (!Exists(list)) return {""};
+  RequireRegular(list);
   std::vector<std::string> systems;
   std::istringstream words(TextOf(list));
   for (std::string word; words >> word;) {

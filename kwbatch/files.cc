@@ -66,6 +66,12 @@ void RequireReadable(const std::string& path) {
       Text("FileNotReadFor", "The file {1} cannot be read: {2}.\n", {path, std::strerror(errno)}));
 }
 
+void RequireRegular(const std::string& path) {
+  std::error_code error;
+  if (std::filesystem::is_regular_file(path, error) || !Exists(path)) return;
+  throw Refusal(Text("NotRegular", "{1} is no regular file.\n", {path}));
+}
+
 void RequireDirectory(const std::string& path) {
   if (std::filesystem::is_directory(path)) return;
   throw Refusal(Text("NoDirectory", "The directory {1} does not exist.\n", {path}));

@@ -30,6 +30,9 @@ Refusal CannotWrite(const std::string& path);
 /// Throws a Refusal unless the program is found where the shell looks for it.
 void RequireProgram(const std::string& name);
 
+/// Throws a Refusal for a pipe, a device or a directory, from which nothing might ever come.
+void RequireRegular(const std::string& path);
+
 /// Deletes a file, if it exists. Throws a Refusal when it stays.
 void Delete(const std::string& path);
 

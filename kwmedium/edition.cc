@@ -33,6 +33,7 @@ bool IsOfInstallation(const std::string& path) {
 std::vector<PackageLine> ReadTable(const std::string& path) {
   std::vector<PackageLine> lines;
   size_t number = 0;
+  RequireRegular(path);
   for (const std::string& text : LinesOf(path)) {
     ++number;
     try {
@@ -117,6 +118,7 @@ std::vector<Edition> OpenEditions(const EditionRequest& request, const Staging& 
     return OpenSystem(dir, dir + "/" + kPresent, part);
   };
   std::vector<Edition> editions;
+  RequireRegular(path + "/" + kSystemList);
   const std::vector<std::string> systems = SystemsOf(path);
   if (systems.empty()) editions.push_back(open(path, request.os));
   for (const std::string& os : systems) {

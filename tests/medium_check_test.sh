@@ -29,6 +29,9 @@ for medium in "$sample_media"/*; do
 done
 cp -r "$sample_media/other-level" ga
 cp -r "$sample_media/sp2" sp
+mkdir lf
+echo 10 >lf/LFSFS
+tar -C "$sample_media" -c ga | compress -c >lf/LumaforgeSatellite.Z
 long=$(printf 'x%.0s' {1..48})
 list=control/BASE
 pack=control/SP2
@@ -54,6 +57,11 @@ done <<TEXT
 1|ga|Modeler.Z: not made with compress|compress -dc Modeler.Z | gzip >x; mv x Modeler.Z
 1|ga|BASE: damaged|echo no archive >BASE
 1|ga|The archive is empty|: >BASE
+1|ga|BASE is no regular file|rm BASE; mkfifo BASE
+1|ga|TOC is no regular file|rm TOC; mkfifo TOC
+1|ga|OSUNIX is no regular file|mkfifo OSUNIX
+1|lf|../out: leads out of the target|touch ../out; tar -P -cf x ../out; compress -c x >LumaforgeSatellite.Z
+0|lf|x: everybody may write it|touch x; chmod 666 x; tar -cf y x; compress -c y >LumaforgeSatellite.Z
 1|ga|Its end is missing|end=\$(tar -tRf BASE | sed -n 's/^block \\(.*\\): .*NULs.*/\\1/p'); truncate -s \$((512 * end)) BASE
 1|ga|code/bin/TEVSession: the content is not that|sed -i 's/interactive session/interactive Session/' BASE
 1|ga|code/bin/TEVSession: the size is not that|repack BASE 'echo >>code/bin/TEVSession'
