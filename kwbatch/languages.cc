@@ -60,14 +60,13 @@ std::optional<int> ChosenLanguages(const Request& request) {
 
 int InstalledLanguages(const Medium& medium, std::string target) {
   if (IsSdk(medium)) return kEverything;
-  const int languages = TEVInsInitChosenLang(target.data(), medium.os.c_str());
-  // For the library, a file that cannot be read names none.
+  const auto read = [&] { return TEVInsInitChosenLang(target.data(), medium.os.c_str()); };
+  const int languages = read();
+  // The library takes a file that it cannot read for one that names all, or none. What is read
+  // wrongly once would be written.
   const std::string path = SystemDir(medium, target) + "/" + kLanguageRecord;
-  for (const std::string& line : LinesOf(path)) {
-    for (const auto& [name, bit] : kLanguages) {
-      if (line == name && (languages & bit) == 0) throw CannotRead(path);
-    }
-  }
+  LinesOf(path);
+  if (read() != languages) throw CannotRead(path);
   return languages;
 }
 
