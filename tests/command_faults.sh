@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# command_faults_test.sh BUILDDIR SOURCEDIR [TEXT]: one system call of kwbatch, kwmedium or of their
+# command_faults.sh BUILDDIR SOURCEDIR [TEXT]: one system call of kwbatch, kwmedium or of their
 # programs fails, or the disk is full from there on. What says "done" has done it; otherwise the same
 # command, or an undo, then leads to where a run without a fault leads. KWINSTUTIL_EVERY and TEXT are
 # as for kill_test.sh.
