@@ -138,8 +138,11 @@ expect_exit 0 unshare -m bash -ec 'mount -o loop "$1.img" "$1"
   "$0" install "$2/ga" "$1/tree" --os aix_a --scratch "$3"
   "$0" service-pack "$2/sp1" "$1/tree" --scratch "$3"
   mkdir "$1/scratch" && "$0" register "$1/tree" --scratch "$1/scratch"
-  cp "$1.img" "$1.cut" && umount "$1" && mount -o loop "$1.cut" "$1"
-  grep morvelk7run "$1/scratch/services" && grep TEVSysDemon "$1/scratch/inetd.conf"
+  cp "$1.img" "$1.cut"
+  umount "$1"
+  mount -o loop "$1.cut" "$1"
+  grep morvelk7run "$1/scratch/services"
+  grep TEVSysDemon "$1/scratch/inetd.conf"
   "$0" verify "$1/tree" --scratch "$3" && "$0" commit "$1/tree" --scratch "$3"' \
   "$kwbatch" "$work/disk" "$media" "$work/scratch"
 
