@@ -1,7 +1,7 @@
 // fault_at CALL EFFECT COMMAND...: runs a command, and lets one system call of it or of its
 // programs go wrong: the CALLth that counts, from 1. Prints how many counted, and ends with the
 // status of the command, or with 99 when these were fewer. The calls of its first thread do not
-// count.
+// count, which in kwbatch and kwmedium only waits for signals.
 //   kill   all processes are killed before it; only those count that may change a file
 //   error  it fails, with an input/output error
 //   full   half of what it writes is written, and the disk is full from then on; only those count

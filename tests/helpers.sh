@@ -2,6 +2,7 @@
 # Sourced by the end-to-end tests with BUILDDIR and SOURCEDIR as $1 and $2: a directory $work of
 # their own, and what they have in common.
 set -euo pipefail
+set -- "$(realpath "$1")" "$(realpath "$2")" "${@:3}"
 export LC_ALL=C TEVMsgCatalogPath=$2/resources/msgcatalog
 umask 022
 kwbatch=$1/kwbatch/kwbatch

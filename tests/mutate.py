@@ -6,7 +6,7 @@ Usage: mutate.py CLONE SEED COUNT [MINUTES]             (root; ./run mutate make
        mutate.py CLONE --one FILE LINE 'NEW LINE'       who notices one mutant
        mutate.py CLONE --again SEED                     the survivors of a run once more
 
-CLONE is a git clone that nobody else uses; it is built into CLONE/build/mut. SEED and COUNT choose
+CLONE is a git clone below /tmp that nobody else uses; it is built into CLONE/build/mut. SEED and COUNT choose
 the mutants: single lines of the sources, more of longer files, the kinds in turn. A mutant of the
 libraries is run against their tests and two scripts, one of kwbatch and kwmedium against the
 scripts that use these, until the first failure. After MINUTES (75) no further mutant is begun.
@@ -287,13 +287,18 @@ class Bench:
         """Runs tests in one sandbox, with nothing left of one for the next; until the first failure
         when told to `stop`. Yields (test, status, output); 124 and 137 for a time-out."""
         script = ['cd /tmp']
+        kept = [self.clone.split('/')[2], '.changed', '.work']  # what sandbox.sh has put there
         for test in tests:
             extra = options if test.endswith('_test') and self.command(test)[0] != 'bash' else ()
             script += ['mkdir -p cwd; cd cwd',
                        shlex.join(['timeout', '-k', '2', str(LIMIT)] + self.command(test) + list(extra))
                        + ' </dev/null; rc=$?; kill -9 -1 2>/dev/null', 'cd /tmp',
-                       'find . -mindepth 1 -maxdepth 1 ! -name h -exec rm -rf {} +',
-                       'printf "\\n@@@ %s\\n" $rc', '((rc == 0)) || exit' if stop else '']
+                       shlex.join(['find', '.', '-mindepth', '1', '-maxdepth', '1']
+                                  + [word for name in kept for word in ('!', '-name', name)]
+                                  + ['-exec', 'rm', '-rf', '{}', '+']),
+                       # 77 is the status of a script that is skipped.
+                       'printf "\\n@@@ %s\\n" $((rc == 77 ? 0 : rc))',
+                       '((rc == 0 || rc == 77)) || exit' if stop else '']
         environment = dict(os.environ, CPU_LIMIT='60' if tests == LAST else '12')
         done = subprocess.run(['timeout', '-k', '2', str(LIMIT * 5), HERE + '/sandbox.sh', self.clone,
                                'bash', '-c', '\n'.join(script)], stdin=subprocess.DEVNULL, env=environment,
@@ -302,7 +307,6 @@ class Bench:
         for i, test in enumerate(tests):
             # Without its status, the mutant ended the sandbox itself.
             status = int(parts[2 * i + 1]) if 2 * i + 1 < len(parts) else 137
-            status = 0 if status == 77 else status  # skipped
             yield test, status, parts[2 * i]
             if 2 * i + 1 >= len(parts) or stop and status != 0:
                 return

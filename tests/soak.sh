@@ -2,7 +2,7 @@
 # soak.sh BUILDDIR SOURCEDIR [SECONDS [SEED]]: for ten minutes, or so long, kwbatch installs, patches,
 # takes back, commits, repairs and uninstalls at random on a small disk. Some of its runs are killed,
 # some find the disk full. A plain model says what must be there after each. It prints the seed; the
-# same seed makes the same choices. Only its user's patience limits it: no test runs it.
+# same seed makes the same choices. It needs root, and is run by hand.
 seconds=${3:-600}
 RANDOM=${4:-$$}
 seed=${4:-$$}
@@ -18,7 +18,7 @@ echo "Seed $seed, $seconds seconds"
 
 # The model: the places where a tree can be, and the commands that lead from one to another.
 place=none
-declare -A reached_by=(
+declare -A leads_to=(
   [none]='ga' [ga]='sp1-pending none' [sp1-pending]='ga sp1' [sp1]='sp2-pending hf1 none'
   [sp2-pending]='sp1 sp2' [sp2]='none' [hf1]='sp1 none')
 # command PLACE: how the tree gets from $place to the PLACE.
@@ -150,7 +150,7 @@ for to in ga sp1-pending sp1 hf1 sp1 sp2-pending sp2 none; do
 done
 while ((SECONDS < seconds)); do
   ((++steps))
-  read -ra next <<<"${reached_by[$place]}"
+  read -ra next <<<"${leads_to[$place]}"
   case $((RANDOM % 8)) in
     0) add_own ;;
     1) damage ;;

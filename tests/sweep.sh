@@ -6,7 +6,7 @@ source "$2/tests/helpers.sh"
 fault_at=$1/tests/fault_at
 [[ -x $fault_at ]] || skip 'processes cannot be traced on this machine'
 
-# In memory and a namespace of its own, where the killed ones leave their directories.
+# On a file system in memory, in a namespace of its own: what killed commands leave there goes with it.
 if [[ ! ${SWEEP-} ]]; then
   unshare -m true 2>/dev/null || skip 'this user may not mount anything'
   tmp=/tmp
