@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <iterator>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -18,7 +17,6 @@
 #include "log.h"
 #include "medium.h"
 #include "options.h"
-#include "paths.h"
 #include "refusal.h"
 #include "request.h"
 #include "space.h"

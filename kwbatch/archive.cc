@@ -2,13 +2,10 @@
 
 #include <kwinstutil/kwinstutil.h>
 
-#include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <set>
-#include <sstream>
 
 #include "archive_reader.h"
 #include "files.h"

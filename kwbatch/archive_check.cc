@@ -2,13 +2,10 @@
 
 #include <sys/stat.h>
 
-#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <map>
 #include <sstream>
-#include <string_view>
-#include <vector>
 
 #include "archive_reader.h"
 #include "checksum.h"

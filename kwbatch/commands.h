@@ -4,7 +4,8 @@
 class Options;
 
 /// \file
-/// The commands. Each is in the file of its name, and throws a Refusal when it cannot be done.
+/// The commands. Each is in the file of its name, but for "languages" (add_languages.cc) and
+/// "files" (owner.cc), and throws a Refusal when it cannot be done.
 
 /// "install": installs each package of the medium that the target does not have yet: products, SDK
 /// packages or samples.

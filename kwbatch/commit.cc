@@ -1,5 +1,4 @@
 #include "commands.h"
-#include "console.h"
 #include "json.h"
 #include "lock.h"
 #include "log.h"

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
-#include <optional>
 #include <set>
 #include <sstream>
 #include <vector>

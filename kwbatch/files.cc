@@ -13,7 +13,6 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <sstream>
 #include <system_error>
 
@@ -104,6 +103,14 @@ void Delete(const std::string& path) {
   if (IsThere(path) && TEVDeleteFile(path.c_str()) != 0) {
     throw Refusal(Text("FileNotDeleted", "The file {1} cannot be deleted.\n", {path}));
   }
+}
+
+void DeleteTree(const std::string& dir) {
+  std::error_code failed;
+  std::filesystem::remove_all(dir, failed);
+  if (!failed) return;
+  throw Refusal(Text("DirectoryNotDeleted", "The directory {1} cannot be deleted: {2}.\n",
+                     {dir, failed.message()}));
 }
 
 void Rename(const std::string& from, const std::string& to) {

@@ -36,6 +36,9 @@ void RequireRegular(const std::string& path);
 /// Deletes a file, if it exists. Throws a Refusal when it stays.
 void Delete(const std::string& path);
 
+/// Deletes a directory with all that is in it, if it exists. Throws a Refusal when something stays.
+void DeleteTree(const std::string& dir);
+
 /// Gives a file another name. Throws a Refusal.
 void Rename(const std::string& from, const std::string& to);
 

@@ -107,7 +107,7 @@ constexpr int kEverything = 127;  ///< all languages and the fonts
 /// nobody chose, so no manifest lists them.
 bool IsOfLanguage(const std::string& path);
 
-/// Why a service pack or a hot fix cannot bring a file; null when it can.
+/// Why a service pack or a hot fix cannot bring a file; empty when it can.
 std::string WhyNotInUpdate(const std::string& path, mode_t mode);
 
 // In the system.

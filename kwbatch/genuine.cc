@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <set>
-#include <sstream>
 
 #include "console.h"
 #include "files.h"
@@ -80,9 +79,7 @@ void RequireKeyring(const std::string& keyring) {
     throw Refusal(Text("NoKeyring", "The keyring {1} does not exist.\n", {keyring}));
   }
   RequireReadable(keyring);
-  if (!fs::is_regular_file(keyring)) {
-    throw Refusal(Text("KeyringNotRegular", "The keyring {1} is no regular file.\n", {keyring}));
-  }
+  RequireRegular(keyring);
   if (fs::is_empty(keyring)) {
     throw Refusal(Text("KeyringEmpty", "The keyring {1} is empty.\n", {keyring}));
   }

@@ -1,5 +1,4 @@
 #include "commands.h"
-#include "console.h"
 #include "hot_fix_undo.h"
 #include "integrity.h"
 #include "json.h"

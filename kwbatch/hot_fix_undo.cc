@@ -20,7 +20,7 @@ std::string UndoDirectory(const std::string& system_dir, const std::string& name
 /// Gives a file a second name. Where the file system has none, it is copied.
 void LinkFile(const std::string& from, const std::string& to) {
   std::error_code failed;
-  fs::create_directories(fs::path(to).parent_path(), failed);
+  MakeDirectories(fs::path(to).parent_path());
   Delete(to);
   if (fs::is_symlink(from)) {
     fs::copy_symlink(from, to, failed);
@@ -40,8 +40,7 @@ void KeepForUndo(const Pack& pack) {
     const std::string saved = pack.In(file) + kSavedSuffix;
     if (IsThere(saved)) LinkFile(saved, dir + "/" + file);
   }
-  std::error_code failed;
-  fs::create_directories(dir + "/" + kControl, failed);
+  MakeDirectories(dir + "/" + kControl);
   Journal journal = pack.journal;
   journal.phase = Journal::Phase::kPending;
   journal.Write(dir);
@@ -82,13 +81,8 @@ void SetAsideAgain(Pack& pack) {
 }
 
 void ForgetUndo(const Pack& pack) {
-  const std::string dir = UndoDirectory(pack.system_dir, pack.journal.pack);
-  std::error_code failed;
-  fs::remove_all(dir, failed);
-  if (failed) {
-    throw Refusal(Text("DirectoryNotDeleted", "The directory {1} cannot be deleted: {2}.\n",
-                       {dir, failed.message()}));
-  }
+  DeleteTree(UndoDirectory(pack.system_dir, pack.journal.pack));
   // Others may be kept there.
+  std::error_code failed;
   fs::remove(pack.In(kUndoFiles), failed);
 }

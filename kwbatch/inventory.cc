@@ -12,7 +12,6 @@
 #include "journal.h"
 #include "medium.h"
 #include "pointers.h"
-#include "refusal.h"
 #include "removal.h"
 #include "tree.h"
 #include "unfinished.h"
@@ -35,8 +34,7 @@ int64_t SizeOnDisk(const std::string& dir) {
   return blocks * 512;
 }
 
-/// The state of the service pack that is not committed, as its journal says; an empty text when all
-/// are committed.
+/// The state of a pack that is not committed, as its journal says.
 std::string StateOf(const Journal& journal) {
   switch (journal.phase) {
     case Journal::Phase::kPending:
@@ -165,7 +163,7 @@ Inventory InventoryOf(const std::string& dir, const std::string& os) {
   std::vector<std::string> dirs = SystemDirsIfAny(dir, os);
   // The list of systems is written when all of them have their tables.
   const std::string begun = dirs.empty() ? InstalledSystem(dir) : "";
-  if (!begun.empty()) dirs.push_back(dir + "/" + begun);
+  if (!begun.empty() && (os.empty() || begun == os)) dirs.push_back(dir + "/" + begun);
   for (const std::string& system_dir : dirs) {
     inventory.systems.push_back(InstalledSystemIn(dir, system_dir));
     inventory.kind = system_dir == dir ? "sdk" : "tree";

@@ -6,7 +6,6 @@
 #include <filesystem>
 #include <iterator>
 #include <sstream>
-#include <system_error>
 #include <vector>
 
 #include "console.h"
@@ -24,14 +23,10 @@ namespace {
 
 [[noreturn]] void RejectLanguage(const std::string& name) {
   std::vector<std::string> known;
-  std::string list;
-  for (const Language& language : kLanguages) {
-    known.emplace_back(language.name);
-    list += std::string(list.empty() ? "" : ", ") + language.name;
-  }
+  for (const Language& language : kLanguages) known.emplace_back(language.name);
   const std::string unknown = Text("UnknownLanguage", "unknown language \"{1}\"", {name});
   throw UsageError(Text("KnownLanguages", "{1}\nLanguages: all, none, or some of {2}",
-                        {DidYouMean(unknown, "", name, known), list}));
+                        {DidYouMean(unknown, "", name, known), CommaList(known)}));
 }
 
 /// The bits of a comma-separated list of languages.
@@ -104,11 +99,6 @@ void RecordLanguages(const Medium& medium, const std::string& target, int langua
 void RemoveOtherLanguages(const std::string& system_dir, int languages) {
   for (const auto& [name, bit] : kLanguages) {
     const std::string dir = system_dir + "/" + kCatalogs + "/" + name;
-    if ((languages & bit) != 0 || !Exists(dir)) continue;
-    std::error_code failed;
-    fs::remove_all(dir, failed);
-    if (failed) {
-      throw Refusal(Text("DirectoryNotRemoved", "The directory {1} cannot be removed.\n", {dir}));
-    }
+    if ((languages & bit) == 0) DeleteTree(dir);
   }
 }

@@ -4,7 +4,6 @@
 #include <optional>
 #include <string>
 
-#include "log.h"
 #include "medium.h"
 #include "request.h"
 

@@ -12,10 +12,10 @@ bool OptionGroup::IsFor(const std::string& command) const {
 }
 
 const std::vector<OptionGroup>& OptionGroups() {
-  const std::vector<CommandName> installs = {command::kInstall, command::kCheck};
-  const std::string options = Text("TitleOptions", "Options");
-  const std::string what_is_installed = Text("TitleInstalled", "What is installed");
-  const std::string ports = Text("TitlePorts", "Services and ports");
+  static const std::vector<CommandName> installs = {command::kInstall, command::kCheck};
+  static const std::string options = Text("TitleOptions", "Options");
+  static const std::string what_is_installed = Text("TitleInstalled", "What is installed");
+  static const std::string ports = Text("TitlePorts", "Services and ports");
   static const std::vector<OptionGroup> groups = {
       {options,
        {},

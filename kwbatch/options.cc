@@ -5,7 +5,6 @@
 #include <charconv>
 #include <cstring>
 #include <filesystem>
-#include <iterator>
 #include <stdexcept>
 
 #include "answers.h"

@@ -46,12 +46,6 @@ std::string PathBelow(const std::string& dir, const fs::path& file) {
   return "";
 }
 
-std::string CommaList(const std::vector<std::string>& names) {
-  std::string list;
-  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
-  return list;
-}
-
 }  // namespace
 
 void Owner(const Options& options) {

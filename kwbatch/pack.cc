@@ -11,7 +11,6 @@
 #include "installable.h"
 #include "json.h"
 #include "pack_archive.h"
-#include "paths.h"
 #include "refusal.h"
 #include "space.h"
 #include "texts.h"
@@ -114,7 +113,7 @@ std::vector<Pack> UncommittedPacks(const Request& request) {
     if (const auto journal = Journal::Read(dir)) {
       packs.push_back({dir, std::filesystem::path(dir).filename(), type, *journal});
     } else {
-      Delete(JournalPath(dir) + ".new");
+      DeleteUnwritten(JournalPath(dir));
     }
   }
   if (packs.empty()) {

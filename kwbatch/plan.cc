@@ -15,7 +15,6 @@
 #include "languages.h"
 #include "nearest.h"
 #include "pack.h"
-#include "paths.h"
 #include "refusal.h"
 #include "satellite.h"
 #include "space.h"

@@ -16,7 +16,6 @@
 #include "console.h"
 #include "files.h"
 #include "formats.h"
-#include "json.h"
 #include "options.h"
 #include "refusal.h"
 #include "system_files.h"
@@ -33,25 +32,22 @@ bool NeedsDaemon(const std::string& system_dir) {
   return CheckNeedUpdateServices(inetd.data(), dir.data()) == 1;
 }
 
-bool AreRegistered(const Ports& ports) {
-  return PortInServices("morvelk7bb") == ports.bulletin_board &&
-         PortInServices("morvelk7run") == ports.run &&
-         PortInServices("TEVDeviceBroker") == ports.broker;
+/// In the order of kOurServices.
+std::array<int, 3> InOrder(const Ports& ports) {
+  return {ports.bulletin_board, ports.run, ports.broker};
+}
+std::array<int*, 3> InOrder(Ports& ports) {
+  return {&ports.bulletin_board, &ports.run, &ports.broker};
 }
 
 /// Is there nothing to register: has each service its given port, or any when none is given?
 bool IsRegistered(const Ports& given) {
-  const auto has = [](const char* service, int port) {
+  const auto has = [](int port, const char* service) {
     const int registered = PortInServices(service);
     return port == 0 ? registered != 0 : registered == port;
   };
-  return has("morvelk7bb", given.bulletin_board) && has("morvelk7run", given.run) &&
-         has("TEVDeviceBroker", given.broker);
-}
-
-/// In the order of kOurServices.
-std::array<int*, 3> InOrder(Ports& ports) {
-  return {&ports.bulletin_board, &ports.run, &ports.broker};
+  const auto ports = InOrder(given);
+  return std::equal(ports.begin(), ports.end(), std::begin(kOurServices), has);
 }
 
 /// The given ports, and for the others those that their services have, or else the usual ones. The
@@ -173,12 +169,12 @@ void WritePorts(const Ports& ports, Log& log) {
     throw Refused(message);
   }
   // The library calls it a success too when the file could not be replaced.
-  if (AreRegistered(ports)) {
+  if (IsRegistered(ports)) {
     Say(message.ConvertToChar());
   } else {
     Overwrite(services);
   }
-  if (!AreRegistered(ports)) {
+  if (!IsRegistered(ports)) {
     throw Refusal(Text("PortsNotWritten", "The ports are not in {1}.\n", {services}));
   }
   Tell("  morvelk7bb " + std::to_string(ports.bulletin_board) + ", morvelk7run " +
@@ -191,7 +187,7 @@ void WriteDaemon(std::string daemon, Log& log) {
   if (UpdateDemon(daemon.data(), &message) != 1) {
     throw Refusal(Text("DaemonByHand",
                        "{1}Make {2} the program of morvelk7run in {3} by hand, and repeat the "
-                       "command with --no-services.\n",
+                       "command.\n",
                        {message.ConvertToChar(), daemon, SystemFile(kInetd)}));
   }
   Say(message.ConvertToChar());
@@ -246,14 +242,7 @@ bool LacksRegistration(const PortWishes& wishes, const std::string& system_dir) 
   if (!wishes.registered) return false;
   if (!IsRegistered(wishes.given)) return true;
   if (!Exists(SystemFile(kInetd)) || !NeedsDaemon(system_dir)) return false;
-  for (const std::string& line : LinesOf(SystemFile(kInetd))) {
-    std::istringstream words(line);
-    const std::vector<std::string> fields{std::istream_iterator<std::string>(words), {}};
-    constexpr size_t kProgram = 5;
-    if (fields.size() <= kProgram || fields.front() != kDaemonService) continue;
-    if (Exists(fields[kProgram])) return false;
-  }
-  return true;
+  return !Exists(InetdProgram(kDaemonService));
 }
 
 void Register(const Registration& registration, Log& log) {

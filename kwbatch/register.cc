@@ -1,10 +1,7 @@
 #include <filesystem>
-#include <map>
-#include <optional>
 #include <string>
 
 #include "commands.h"
-#include "console.h"
 #include "files.h"
 #include "formats.h"
 #include "json.h"

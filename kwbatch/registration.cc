@@ -119,14 +119,8 @@ int PortInServices(const std::string& service) {
 
 Registered Registered::InSystem() {
   Registered now;
-  for (const std::string& line : LinesOf(SystemFile(kServices))) {
-    std::istringstream words(line);
-    std::string name;
-    int port = 0;
-    const bool read = static_cast<bool>(words >> name >> port);
-    if (read && std::count(std::begin(kOurServices), std::end(kOurServices), name) > 0) {
-      now.ports.emplace(name, port);
-    }
+  for (const char* service : kOurServices) {
+    if (const int port = PortInServices(service)) now.ports.emplace(service, port);
   }
   now.daemon = ProgramOf(kDaemonService);
   now.satellite = ProgramOf(kSatelliteService);

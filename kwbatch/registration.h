@@ -9,8 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "refusal.h"
-
 /// \file
 /// What the system's files say of a tree, and the tree's own record of it.
 

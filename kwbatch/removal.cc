@@ -9,7 +9,7 @@
 #include <cstring>
 #include <filesystem>
 #include <set>
-#include <system_error>
+#include <utility>
 
 #include "files.h"
 #include "formats.h"
@@ -22,6 +22,8 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kPurge = "purge\n";  ///< the text of the record of a removal with --purge
+
+std::string RemovalRecord(const std::string& target) { return target + "/" + kUninstalling; }
 
 /// Keeps the directory of the latest file open: mostly the next file is there, too.
 class LatestDirectory {
@@ -137,8 +139,6 @@ void Remove(const Removal& removal, bool purge) {
 void BeginRemoval(const std::string& target, bool purge) {
   WriteDurably(RemovalRecord(target), purge ? kPurge : "keep\n");
 }
-
-std::string RemovalRecord(const std::string& target) { return target + "/" + kUninstalling; }
 
 bool IsBeingPurged(const std::string& target) { return TextOf(RemovalRecord(target)) == kPurge; }
 

@@ -6,8 +6,8 @@
 #include <vector>
 
 /// \file
-/// Takes the files of the product out of a tree. Nothing else is deleted, and no symbolic link is
-/// followed below a system directory.
+/// Takes the files of the product out of a tree. Without --purge nothing else is deleted. No
+/// symbolic link is followed below a system directory.
 
 /// The files of one directory that go: paths below it.
 struct RemovalFrom {
@@ -28,22 +28,17 @@ struct Removal {
 };
 
 /// What goes from a target, as the manifests, tables and records there say; with `purge` also what
-/// the site has changed. Throws a Refusal when
-/// one of them is damaged, or names a path that leads out of its directory, with ".." or through a
-/// symbolic link.
+/// the site has changed. Throws a Refusal when one of them is damaged, or names a path that leads
+/// out of its directory, with ".." or through a symbolic link.
 Removal PlanRemoval(const std::string& target, bool purge);
 
 /// The full paths of all files that go and are there.
 std::vector<std::string> FilesToRemove(const Removal& removal);
 
 /// Deletes the files, and directories of theirs that are empty then; gives the site files their new
-/// names. With `purge` also what else is
-/// in the system directories, but nothing that is mounted there. What is gone already is no
-/// failure. Throws a Refusal when something stays.
+/// names. With `purge` also what else is in the system directories, but nothing that is mounted
+/// there. What is gone already is no failure. Throws a Refusal when a file of the product stays.
 void Remove(const Removal& removal, bool purge);
-
-/// The path of the record that says that a tree is being taken away. It goes last.
-std::string RemovalRecord(const std::string& target);
 
 /// Is the target being taken away? An empty record, as a power cut may leave one that nothing has
 /// followed yet, does not say so.
@@ -52,7 +47,8 @@ bool IsBeingRemoved(const std::string& target);
 /// Is it being taken away with all that is in it?
 bool IsBeingPurged(const std::string& target);
 
-/// Writes the record durably. Throws a Refusal.
+/// Writes the record that says that a tree is being taken away, durably. It goes last. Throws a
+/// Refusal.
 void BeginRemoval(const std::string& target, bool purge);
 
 /// Throws a Refusal when the target is being taken away.

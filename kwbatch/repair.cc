@@ -17,7 +17,6 @@
 #include "lock.h"
 #include "log.h"
 #include "medium.h"
-#include "paths.h"
 #include "refusal.h"
 #include "request.h"
 #include "space.h"

@@ -3,7 +3,6 @@
 #include <kwinstutil/kwinstutil.h>
 
 #include "archive.h"
-#include "console.h"
 #include "files.h"
 #include "formats.h"
 #include "json.h"
@@ -32,7 +31,7 @@ bool HasSatellite(const std::string& target) { return Exists(target + "/satellit
 
 std::vector<Member> SatelliteMembers(const std::string& medium) {
   std::vector<Member> members = MembersOf(MediumPath(medium) + "/" + kSatelliteArchive);
-  for (Member& member : members) member.path.insert(0, "satellite/");
+  for (Member& member : members) member.path.insert(0, std::string(kSatelliteDirectory) + "/");
   return members;
 }
 
@@ -64,6 +63,6 @@ void RegisterSatellite(std::string dir) {
   TEVUnicodeString message;
   if (SatUpdateInet(dir.data(), message) < 0) throw Refused(message);
   SyncSystemFiles();
-  SayDone(Text("SatelliteRegistered", "It is registered in {1} and {2}.",
+  SayDone(Text("SatelliteRegistered", "The rendering satellite is registered in {1} and {2}.",
                {SystemFile(kServices), SystemFile(kInetd)}));
 }

@@ -1,7 +1,5 @@
 #include "service_pack.h"
 
-#include <kwinstutil/kwinstutil.h>
-
 #include <string>
 
 #include "commands.h"

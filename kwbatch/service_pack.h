@@ -14,7 +14,8 @@ void BeginPack(Pack& pack, Log& log);
 /// Sets aside what a pack or hot fix replaces, and unpacks its archive. It must have been begun.
 void ReplaceFiles(const Medium& medium, const std::string& target, Pack& pack, Log& log);
 
-/// Ends what is installed: it can no longer be taken back. Says which files of the site are kept.
+/// Ends what is installed: a service pack can no longer be taken back. Says which files of the site
+/// are kept.
 void CommitPack(Pack& pack, Log& log);
 
 /// Takes it out, so that the system directory is as it was before. Of one that was wholly

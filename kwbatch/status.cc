@@ -16,12 +16,6 @@
 
 namespace {
 
-std::string Joined(const std::vector<std::string>& texts) {
-  std::string line;
-  for (const std::string& text : texts) line += (line.empty() ? "" : ", ") + text;
-  return line;
-}
-
 /// A state for people; the object for machines has the word itself.
 std::string Shown(const std::string& state) {
   static const std::map<std::string, std::string> states = {
@@ -66,7 +60,7 @@ std::string Joined(const std::vector<UpdateState>& updates) {
     texts.push_back(Text("StatusUpdate", "{1} (level {2}, {3})",
                          {update.name, update.level, Shown(update.state)}));
   }
-  return Joined(texts);
+  return CommaList(texts);
 }
 
 /// Shows what was registered for a system, and whether the system's files still say so.
@@ -87,7 +81,7 @@ void ShowRegistered(const Registered& registered, const std::string& pointer) {
   SetField(pointer + "/units", units);
   texts.insert(texts.end(), units.begin(), units.end());
   if (texts.empty()) return;
-  Show("  " + Text("StatusRegistered", "registered: {1}", {Joined(texts)}));
+  Show("  " + Text("StatusRegistered", "registered: {1}", {CommaList(texts)}));
   Show("  " + (current ? Text("StatusCurrent", "The system's files still say so.")
                        : Text("StatusNotCurrent", "The system's files say something else now.")));
 }
@@ -102,21 +96,21 @@ void ShowSystem(const SystemInventory& system, const std::string& pointer) {
             {system.dir, system.name, system.level.empty() ? "-" : system.level,
              Shown(system.state), system.size / 1024}));
   const PackageLists& packages = system.packages;
-  ShowList(Text("StatusProducts", "products: {1}", {Joined(packages.products)}),
+  ShowList(Text("StatusProducts", "products: {1}", {CommaList(packages.products)}),
            pointer + "/products", packages.products);
-  ShowList(Text("StatusSolutions", "solutions: {1}", {Joined(packages.solutions)}),
+  ShowList(Text("StatusSolutions", "solutions: {1}", {CommaList(packages.solutions)}),
            pointer + "/solutions", packages.solutions);
-  ShowList(Text("StatusSdk", "development kits: {1}", {Joined(packages.sdk)}), pointer + "/sdk",
+  ShowList(Text("StatusSdk", "development kits: {1}", {CommaList(packages.sdk)}), pointer + "/sdk",
            packages.sdk);
-  ShowList(Text("StatusSamples", "samples: {1}", {Joined(packages.samples)}), pointer + "/samples",
-           packages.samples);
-  ShowList(Text("StatusOthers", "other packages: {1}", {Joined(packages.others)}),
+  ShowList(Text("StatusSamples", "samples: {1}", {CommaList(packages.samples)}),
+           pointer + "/samples", packages.samples);
+  ShowList(Text("StatusOthers", "other packages: {1}", {CommaList(packages.others)}),
            pointer + "/others", packages.others);
   ShowUpdates(Text("StatusServicePacks", "service packs: {1}", {Joined(system.service_packs)}),
               pointer + "/service_packs", system.service_packs);
   ShowUpdates(Text("StatusHotFixes", "hot fixes: {1}", {Joined(system.hot_fixes)}),
               pointer + "/hot_fixes", system.hot_fixes);
-  ShowList(Text("StatusLanguages", "languages beside English: {1}", {Joined(system.languages)}),
+  ShowList(Text("StatusLanguages", "languages beside English: {1}", {CommaList(system.languages)}),
            pointer + "/languages", system.languages);
   SetField(pointer + "/fonts", system.fonts);
   if (system.fonts) Show("  " + Text("StatusFonts", "The language-indexed fonts are installed."));

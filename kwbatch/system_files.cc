@@ -80,14 +80,15 @@ void RequireWritable(const std::string& path) {
   const bool forbidden = !writable && (error == EACCES || error == EPERM);
   const std::string reason =
       writable ? Text("ReasonNoFile", "it is no file") : std::string(std::strerror(error));
-  throw Refusal(
-      forbidden ? Text("SystemFileForbidden",
-                       "The file {1} cannot be written: {2}. Be root, or use --scratch DIR or "
-                       "--no-services.\n",
-                       {path, reason})
-                : Text("SystemFileNotWritten",
-                       "The file {1} cannot be written: {2}. Use --scratch DIR or --no-services.\n",
-                       {path, reason}));
+  throw Refusal(forbidden
+                    ? Text("SystemFileForbidden",
+                           "The file {1} cannot be written: {2}. Be root, or use --scratch DIR or "
+                           "install --no-services.\n",
+                           {path, reason})
+                    : Text("SystemFileNotWritten",
+                           "The file {1} cannot be written: {2}. Use --scratch DIR or "
+                           "install --no-services.\n",
+                           {path, reason}));
 }
 
 void Overwrite(const std::string& path) {

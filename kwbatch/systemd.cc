@@ -7,7 +7,6 @@
 #include "files.h"
 #include "formats.h"
 #include "interruption.h"
-#include "json.h"
 #include "refusal.h"
 #include "registration.h"
 #include "satellite.h"
@@ -125,6 +124,6 @@ void TakeOutUnits(const std::vector<std::string>& names, Log& log) {
     Tell(Text("UnitDeleted", "The unit {1} is deleted.", {UnitDirectory() + "/" + name}), log);
   }
   Say("  " + Text("SystemdEnds",
-                  "systemd ends with them after: systemctl daemon-reload; systemctl stop {1}",
+                  "systemd stops using them after: systemctl daemon-reload; systemctl stop {1}",
                   {SocketsOf(names)}));
 }

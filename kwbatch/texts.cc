@@ -38,3 +38,9 @@ std::string Text(const char* key, const char* english, std::initializer_list<Tex
   }
   return message;
 }
+
+std::string CommaList(const std::vector<std::string>& names) {
+  std::string list;
+  for (const std::string& name : names) list += (list.empty() ? "" : ", ") + name;
+  return list;
+}

@@ -5,11 +5,13 @@
 #include <string>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 /// \file
 /// The texts for people, in their language. The English text stands where it is used:
 ///
-///     Say(Text("LockHeld", "Another kwbatch (process {1}) works on {2}.\n", {process, dir}));
+///     Say(Text("NoEnvironmentFile", "The configuration {1} in {2} names no environment file.\n",
+///              {configuration, dir}));
 ///
 /// The catalogs have the others by their keys. A text is a whole sentence or a whole heading, since
 /// other languages order the words in another way. Each key has one place.
@@ -37,5 +39,8 @@ class TextValue {
 /// The text of a key with the values in the place of {1} to {9}. Both strings are literals.
 std::string Text(const char* key, const char* english,
                  std::initializer_list<TextValue> values = {});
+
+/// Names with commas between them.
+std::string CommaList(const std::vector<std::string>& names);
 
 #endif  // KWBATCH_TEXTS_H_

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "commands.h"
-#include "console.h"
 #include "files.h"
 #include "formats.h"
 #include "hot_fix_undo.h"

@@ -1,7 +1,6 @@
 #include "units.h"
 
 #include <filesystem>
-#include <system_error>
 
 #include "files.h"
 #include "formats.h"

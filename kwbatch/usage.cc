@@ -30,7 +30,7 @@ void RejectOption(const std::string& name, const CLI::App* command) {
       if (option.name.text != name) continue;
       if (taken) {
         throw UsageError(
-            Text("OptionBefore", "--{1} must stand behind {2}", {name, command->get_name()}));
+            Text("OptionBefore", "--{1} must come after {2}", {name, command->get_name()}));
       }
       for (const CommandName taker : group.commands) {
         takers += (takers.empty() ? "" : " ") + std::string(taker.text);

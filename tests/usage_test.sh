@@ -17,7 +17,7 @@ expect_usage_error 'TARGET is required' install a
 expect_usage_error '"c"' check a b c
 expect_usage_error 'did you mean --languages?' install a b --langauges=French
 expect_usage_error 'tasks has no option --os; these have it: install' tasks a --os b
-expect_usage_error '--os must stand behind verify' --os a verify b
+expect_usage_error '--os must come after verify' --os a verify b
 expect_usage_error '--os' install a b --os
 expect_usage_error '--os needs a value' install a b --os=
 expect_usage_error '--orb-base needs --orb-port' install a b --orb-base 7
