@@ -27,7 +27,7 @@ check_hardening() {
     readelf --wide --program-headers --dynamic --symbols "$file" >"$work/elf"
     expect "$file" 'GNU_RELRO' 'FLAGS.* (BIND_NOW|NOW)\b' 'GNU_STACK.* RW +0x' \
       '__stack_chk_fail'
-    # It calls no function that has a checked form.
+    # libQTOCLIB calls no function that has a checked form.
     [[ $file == *libQTOCLIB* ]] || expect "$file" '__[a-z]+_chk\b'
     count=$((count + 1))
   done < <(find "$1" -type f \( -path '*/bin/*' -o -name 'lib*.so.*' \))

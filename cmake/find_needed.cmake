@@ -3,8 +3,10 @@
 function(find_needed package version debian what option)
   find_package(${package} ${version} QUIET)
   if(NOT ${package}_FOUND)
-    # A version that is too old is there, and named.
-    set(hint "Needed for ${what}: ${package} ${version} (Debian: ${debian}) ${${package}_VERSION}")
+    set(hint "Needed for ${what}: ${package} ${version} (Debian: ${debian})")
+    if(${package}_VERSION)
+      string(APPEND hint "; found: ${${package}_VERSION}")
+    endif()
     if(DEFINED ${option})
       string(APPEND hint "\n-D${option}=OFF leaves that out.")
     endif()

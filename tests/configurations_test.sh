@@ -39,7 +39,7 @@ configure 0 alone "${without[@]}"
 grep -qx 'CMAKE_BUILD_TYPE:STRING=RelWithDebInfo' "$work/alone/CMakeCache.txt" || fail 'build type'
 [[ $(targets alone) == 'KWINSTUTIL kwbatch kwmedium libKWINSTUTIL.so' ]] || fail "$(targets alone)"
 
-# No script without kwbatch.
+# Without kwbatch no script is a test.
 configure 0 alone -DKWINSTUTIL_BUILD_TESTS=ON -DKWINSTUTIL_BUILD_KWBATCH=OFF \
   -DKWINSTUTIL_BUILD_KWMEDIUM=OFF -DCMAKE_UNITY_BUILD=ON -DBUILD_SHARED_LIBS=OFF
 [[ $(targets alone) == 'KWINSTUTIL fixture libKWINSTUTIL.a' ]] || fail "$(targets alone)"

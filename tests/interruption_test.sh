@@ -34,6 +34,7 @@ mv "$work/journal" "$system/control/SPK.journal"
 rm "$system/code/bin/TEVDrafting"
 run 0 service-pack "$media/sp2" "$work/tree"
 run 0 verify "$work/tree"
+tail -n 2 "$work/scratch/kwinst.log" | grep -q '] done' || fail 'the verification is not logged'
 # An undo that cannot rename a file, and is repeated.
 mv "$system/code/bin/TEVModeler" "$work/TEVModeler"
 mkdir -p "$system/code/bin/TEVModeler/full"

@@ -127,6 +127,7 @@ expect_no_medium '  resources/msgcatalog/French/BASE.msg' "${pack[@]}" "${trees[
 expect_no_medium 'Nothing has changed' "${pack[@]}" --from tree --to tree out
 # A wrong level is found before anything is unpacked.
 expect_no_medium 'no number above 0' service-pack --from ga --to ga --name SP1 --level x out
+grep Unpacking output && fail 'unpacked in vain'
 expect_no_medium 'no number above 0' hot-fix --from ga --name HF1 --pack SP1 --pack-level 0 out code/bin/TEVModeler
 grep Unpacking output && fail 'unpacked in vain'
 make pack "${pack[@]}" "${trees[@]}" --leave-languages
@@ -219,7 +220,7 @@ run 0 install "$work/ga2" "$work/signed" --keyring one.gpg
 expect_text 'ga2 is genuine'
 run 0 verify "$work/signed"
 expect_refusal 'not signed with a key of' languages "$work/signed" "$work/bad" --add French --keyring one.gpg
-# Nor does the log of a transfer that fails.
+# The log of a failed transfer names the medium, too, and not the copy.
 run 0 install "$work/ga2" "$work/kept" --keyring one.gpg --os aix_a --only BASE
 mkdir -p kept/aix_a/code/bin/TEVModeler/directory
 run 1 install "$work/ga2" "$work/kept" --keyring one.gpg --os aix_a
